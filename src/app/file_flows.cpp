@@ -1,0 +1,67 @@
+#include <optional>
+
+#include "app/principal.h"
+
+namespace dravenna {
+
+void Principal::mnu_Abrir_Click() { OpenScript(); }
+
+void Principal::OpenScript() {
+  try {
+    if (Modified) {
+      const Answer answer = say(words::mnuSaveBeforeOpen, kQuestionYesNoCancel);
+      if (answer == Answer::Cancel) return;
+      if (answer == Answer::Yes) Salvar();
+    }
+    CMD.FileName.clear();
+    CMD.DialogTitle = read(registry_, words::dialogOpen);
+    CMD.Filter = u"Npcs (*.txt)|*.txt|All files (*.*)|*.*";
+    if (!ScriptPath.empty()) {
+      const std::size_t separator = ScriptPath.rfind(platform_.process.pathSeparator());
+      CMD.InitDir = separator == std::u16string::npos ? u"" : ScriptPath.substr(0, separator + 1);
+    }
+    platform_.windowing.showOpen(CMD);
+    if (CMD.FileName.empty()) return;
+    ScriptPath = CMD.FileName;
+    write(registry_, settings::File, ScriptPath);
+    LoadScript();
+  } catch (const Failure&) {
+    // A cancelled dialog is no event.
+  }
+}
+
+void Principal::mnu_Guardar_Click() {
+  if (!ScriptPath.empty() && ScriptLoaded) {
+    Salvar();
+  } else {
+    say(words::NoFileSelected, kWarning);
+  }
+}
+
+void Principal::Salvar() {
+  if (!ScriptLoaded) {
+    platform_.windowing.beep();
+    return;
+  }
+  std::optional<Failure> kept;
+  try {
+    const auto file = platform_.files.createTextFile(ScriptPath, Writing::Replace);
+    file->write(N.Text());
+    file->close();
+    Modified = false;
+    say(read(registry_, words::FileSaved) + u"\r\n\r\n" + ScriptPath, kInformation);
+  } catch (const Failure& failure) {
+    kept = failure;
+  }
+  if (kept) sayFailure(*kept);
+}
+
+void Principal::mnu_Salir_Click() { platform_.windowing.unloadMainForm(); }
+
+void Principal::Form_Unload() {
+  if (Modified && say(words::SaveBeforeExit, kQuestionYesNo) == Answer::Yes) Salvar();
+  closeSearch();
+  if (!LastSearch.empty()) write(registry_, settings::LastSearch, LastSearch);
+}
+
+}  // namespace dravenna

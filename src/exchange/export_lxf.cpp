@@ -1,0 +1,54 @@
+#include <optional>
+
+#include "app/principal.h"
+#include "exchange/lxf.h"
+
+namespace dravenna {
+
+std::u16string Principal::lxfPath() const {
+  const std::size_t dot = ScriptPath.rfind(u'.');
+  return (dot == std::u16string::npos ? std::u16string() : ScriptPath.substr(0, dot + 1)) + u"lxf";
+}
+
+void Principal::mnu_Export_Click() {
+  try {
+    CMD.Filter = u"LXF (*.lxf)|*.lxf";
+    CMD.DialogTitle = kTitle;
+    CMD.InitDir = ScriptPath;
+    CMD.Flags = kAskBeforeOverwrite;
+    CMD.FileName = lxfPath();
+    platform_.windowing.showSave(CMD);
+    if (!CMD.FileName.empty()) ExportLxf(std::u16string(CMD.FileName));
+  } catch (const Failure&) {
+    // A cancelled dialog is no event.
+  }
+}
+
+void Principal::ExportLxf(std::u16string_view LxfFile) {
+  std::optional<Failure> kept;
+  std::unique_ptr<TextWriter> file;
+  try {
+    file = platform_.files.createTextFile(LxfFile, Writing::InPlace);
+    setMousePointer(kHourglass);
+    EDT.Visible = false;
+    const CommandLists lists(AllowedCommands, SpecialAllowedCommands);
+    std::u16string record;
+    forEachRecord(N.Text(), lists, [&](std::int32_t number, TextView text) {
+      record = decimal(number);
+      record.append(u":").append(text);
+      file->writeLine(record);
+    });
+    file->close();
+  } catch (const Failure& failure) {
+    kept = failure;
+  }
+  setMousePointer(0);
+  file.reset();
+  if (kept) {
+    sayFailure(*kept);
+  } else {
+    say(words::LXFCreated, kInformation);
+  }
+}
+
+}  // namespace dravenna

@@ -1,0 +1,57 @@
+#include <optional>
+
+#include "app/principal.h"
+#include "exchange/lxf.h"
+
+namespace dravenna {
+
+void Principal::mnu_Import_Click() {
+  if (say(words::ImportWarning, kQuestionOkCancel) == Answer::Cancel) return;
+  try {
+    CMD.Filter = u"Translator File (*.lxf)|*.lxf";
+    CMD.DialogTitle = u"Export";
+    CMD.InitDir = ScriptPath;
+    CMD.FileName = lxfPath();
+    platform_.windowing.showOpen(CMD);
+    if (!CMD.FileName.empty()) ImportLxf(std::u16string(CMD.FileName));
+  } catch (const Failure&) {
+    // A cancelled dialog is no event.
+  }
+}
+
+void Principal::ImportLxf(std::u16string_view LxfFile) {
+  std::optional<Failure> kept;
+  try {
+    const auto stream = platform_.files.openTextFile(LxfFile);
+    const std::u16string records = stream->readAll();
+    stream->close();
+    setMousePointer(kHourglass);
+    EDT.Visible = false;
+    const CommandLists lists(AllowedCommands, SpecialAllowedCommands);
+    const MergeResult merged = mergeLxf(N.Text(), records, lists);
+    if (merged.status == MergeStatus::NoColon) {
+      LoadScript();
+      say(readFilled(registry_, words::BadLXFFile, decimal(static_cast<std::int64_t>(merged.recordIndex) + 1)),
+          kCritical);
+      return;
+    }
+    if (merged.status == MergeStatus::RanOut) {
+      throw Failure(u"The exchange file ends in the middle of line " +
+                    decimal(static_cast<std::int64_t>(merged.lineIndex) + 1) + u" of the script.");
+    }
+    const auto script = platform_.files.createTextFile(ScriptPath, Writing::Replace);
+    script->write(merged.text);
+    script->close();
+    LoadScript();
+  } catch (const Failure& failure) {
+    kept = failure;
+  }
+  setMousePointer(0);
+  if (kept) {
+    sayFailure(*kept);
+  } else {
+    say(words::ImportFinish, kInformation);
+  }
+}
+
+}  // namespace dravenna

@@ -1,0 +1,63 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+// Text files in the system's code page. Every operation throws Failure with a true description when it fails.
+// Paths are UTF-16; a platform whose paths are bytes keeps undecodable ones as lone low surrogates 0xDC00 + byte.
+namespace dravenna {
+
+class TextReader {
+ public:
+  virtual ~TextReader() = default;  // closes without a failure
+
+  // Size of the file in bytes when it was opened; 0 if it is not known. A hint for reserving memory.
+  virtual std::size_t sizeHint() const { return 0; }
+
+  virtual bool atEndOfStream() = 0;
+
+  // The next line without its end. CR LF and LF end a line; a lone CR is a character of it. The last line needs no
+  // end. The view holds until the next call. Fails at the end of the stream.
+  virtual std::u16string_view readLine() = 0;
+
+  // All that has not been read, line ends as they are. Fails at the end of the stream, and so on an empty file.
+  virtual std::u16string readAll() = 0;
+
+  virtual void close() = 0;
+};
+
+class TextWriter {
+ public:
+  virtual ~TextWriter() = default;  // without close(): Replace leaves the old file, InPlace what was written so far
+
+  // Fails on a character that the code page cannot hold, before any of this text is written; the description names
+  // the character and its line in the text (from 1).
+  virtual void write(std::u16string_view text) = 0;
+
+  // The text and CR LF.
+  virtual void writeLine(std::u16string_view text) = 0;
+
+  virtual void close() = 0;
+};
+
+enum class Writing {
+  InPlace,  // empties or makes the file at once and writes into it
+  Replace,  // writes beside it; close() flushes to disk and renames over the target, keeping its permission bits and
+            // following symbolic links. Until then the old contents are whole. Refuses a read-only target at once.
+};
+
+class TextFiles {
+ public:
+  virtual ~TextFiles() = default;
+
+  // For reading. Fails if the file is missing, unreadable or a folder.
+  virtual std::unique_ptr<TextReader> openTextFile(std::u16string_view path) = 0;
+
+  virtual std::unique_ptr<TextWriter> createTextFile(std::u16string_view path, Writing writing) = 0;
+
+  // True for an existing file that is no folder. Never fails.
+  virtual bool fileExists(std::u16string_view path) = 0;
+};
+
+}  // namespace dravenna

@@ -1,0 +1,90 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "scan/segment_colors.h"
+
+namespace dravenna {
+
+struct CharStyle {
+  std::uint32_t color = 0;
+  bool bold = false;
+  bool italic = false;
+  bool strikeThru = false;
+  bool operator==(const CharStyle&) const = default;
+};
+
+// The document surface: one UTF-16 string and one style byte for each character. Offsets count code units from 0; a
+// line end is the two characters CR LF. It knows nothing of its view but a listener for changes of the text.
+class RichTextBox {
+ public:
+  class Listener {
+   public:
+    virtual ~Listener() = default;
+    // `removed` characters at `position` have given way to `inserted` new ones.
+    virtual void textChanged(std::size_t position, std::size_t removed, std::size_t inserted) = 0;
+  };
+
+  RichTextBox();
+
+  std::int32_t Top = 0;
+  std::int32_t Width = 0;
+  std::int32_t Height = 0;
+  bool Visible = true;
+  bool TabStop = false;
+  std::int32_t SelAlignment = 0;  // 2 is centred
+
+  void setListener(Listener* listener) { listener_ = listener; }
+
+  const std::u16string& Text() const { return text_; }
+  void clear();  // Text = "": caret to 0, selection empty
+
+  std::int32_t SelStart() const { return selStart_; }
+  std::int32_t SelLength() const { return selLength_; }
+  std::u16string_view SelText() const;
+  // Nothing selected: the colour of the character left of the caret (clrPlain at offset 0). Else the one colour of the
+  // selection, or kNoColor.
+  std::uint32_t SelColor() const;
+
+  void setSelStart(std::int32_t offset);   // clamped; empties the selection
+  void setSelLength(std::int32_t length);  // clamped to the end
+  // Replaces the selection and leaves the caret behind the new text. The new text looks like the first character that
+  // it replaces, or, where nothing is selected, as last written below.
+  void setSelText(std::u16string_view text);
+  void setSelColor(std::uint32_t color) { insertion_.color = color; }
+  void setSelBold(bool on) { insertion_.bold = on; }
+  void setSelItalic(bool on) { insertion_.italic = on; }
+  void setSelStrikeThru(bool on) { insertion_.strikeThru = on; }
+
+  // What styleAt gives is an index for style(). The seven segments have their own numbers (Segment) at all times.
+  std::uint8_t styleAt(std::size_t offset) const { return styles_[offset]; }
+  const CharStyle& style(std::uint8_t index) const { return table_[index]; }
+  std::uint32_t colorAt(std::size_t offset) const { return table_[styles_[offset]].color; }
+
+  // The bulk form of the operations above, for the scanner and for titles: the listener hears of each run once.
+  void reserve(std::size_t characters);
+  // Appends a line and its CR LF, all in one segment; returns the offset of the line. paint() gives a part of it
+  // another one. Ends with commitAppend(), which puts the caret to the end.
+  std::size_t appendLine(std::u16string_view line, Segment segment);
+  void paint(std::size_t begin, std::size_t end, Segment segment);
+  void commitAppend();
+  // Replaces the same number of characters at each of the offsets (ascending, not overlapping) by `text`.
+  void replaceEach(const std::vector<std::int32_t>& starts, std::int32_t length, std::u16string_view text);
+
+ private:
+  std::uint8_t styleIndex(const CharStyle& style);
+
+  std::u16string text_;
+  std::string styles_;  // one byte a character
+  std::vector<CharStyle> table_;
+  CharStyle insertion_;
+  std::int32_t selStart_ = 0;
+  std::int32_t selLength_ = 0;
+  std::size_t appendedFrom_ = 0;
+  Listener* listener_ = nullptr;
+};
+
+}  // namespace dravenna

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "platform/registry_calls.h"
+
+namespace dravenna {
+
+// The only way to the settings. No failure is ever reported. Each call opens the key, does its work and closes it.
+class Registry {
+ public:
+  explicit Registry(RegistryCalls& calls) : calls_(calls) {}
+
+  // The string value, up to its first NUL; `fallback` if key or value is missing, is no string, or is longer than
+  // 32,767 characters. An empty value that exists is empty. An empty `name` is the key's default value.
+  std::u16string GetRegValue(std::uint32_t root, std::u16string_view subKey, std::u16string_view name,
+                             std::u16string_view fallback);
+
+  // True when the value was stored. Creates the key and the keys above it.
+  bool SetRegValue(std::uint32_t root, std::u16string_view subKey, std::u16string_view name, std::u16string_view value);
+
+  // One key that has none below it.
+  void DeleteRegKey(std::uint32_t root, std::u16string_view subKey);
+
+ private:
+  RegistryCalls& calls_;
+};
+
+}  // namespace dravenna
