@@ -1,0 +1,17 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "support/driver.h"
+
+namespace dravenna {
+
+// Runs all scenario files under the paths, prints a line for each failed expectation and the totals. The exit status.
+int runScenarios(const std::vector<std::filesystem::path>& paths, const DriverFactory& makeDriver);
+
+// The same against the real window. Status 2 where this build has none.
+int runScenariosInWindow(const std::vector<std::filesystem::path>& paths);
+
+}  // namespace dravenna
