@@ -1,5 +1,10 @@
 #include "scan/line_scanner.h"
 
+#include <bit>
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
 #include "scan/clean_word.h"
 
 namespace dravenna {
@@ -13,6 +18,34 @@ std::basic_string_view<Char> trimmed(std::basic_string_view<Char> text) {
   return text;
 }
 
+constexpr std::size_t kLongestKnown = 32;
+
+constexpr std::size_t kBlock = 16;  // characters that a mask tells of
+
+// Bit n: the n-th of 16 characters is a quote mark or a slash.
+#if defined(__SSE2__)
+unsigned marksIn(const char* at) {
+  const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(at));
+  return static_cast<unsigned>(_mm_movemask_epi8(
+      _mm_or_si128(_mm_cmpeq_epi8(block, _mm_set1_epi8('"')), _mm_cmpeq_epi8(block, _mm_set1_epi8('/')))));
+}
+
+unsigned marksIn(const char16_t* at) {
+  const auto half = [](const char16_t* from) {
+    const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(from));
+    return _mm_or_si128(_mm_cmpeq_epi16(block, _mm_set1_epi16('"')), _mm_cmpeq_epi16(block, _mm_set1_epi16('/')));
+  };
+  return static_cast<unsigned>(_mm_movemask_epi8(_mm_packs_epi16(half(at), half(at + 8))));
+}
+#else
+template <class Char>
+unsigned marksIn(const Char* at) {
+  unsigned marks = 0;
+  for (std::size_t i = 0; i < kBlock; ++i) marks |= static_cast<unsigned>(at[i] == '"' || at[i] == '/') << i;
+  return marks;
+}
+#endif
+
 }  // namespace
 
 template <class Char>
@@ -21,8 +54,18 @@ CommandTracker<Char>::CommandTracker(const CommandLists& lists) : lists_(lists),
 }
 
 template <class Char>
+CommandTraits CommandTracker<Char>::traits(View word) {
+  if (word.empty()) return emptyTraits_;
+  if (word.size() > kLongestKnown) return lists_.traits(word);
+  const std::size_t slot = static_cast<std::size_t>(word.front() + 3 * word.back()) + word.size();
+  Known& known = known_[slot % known_.size()];
+  if (known.word != word) known = {std::basic_string<Char>(word), lists_.traits(word)};
+  return known.traits;
+}
+
+template <class Char>
 void CommandTracker<Char>::setActive(View word) {
-  active_.traits = lists_.traits(word);
+  active_.traits = traits(word);
   active_.word.assign(word);
 }
 
@@ -54,9 +97,9 @@ void CommandTracker<Char>::digBehindParentheses() {
   View result = trimmed(word.substr(0, open));
   if (lastClose != View::npos) {
     const View behind = trimmed(word.substr(lastClose + 1));
-    const bool behindAllowed = lists_.traits(behind).allowed;
+    const bool behindAllowed = traits(behind).allowed;
     if (open != View::npos) {
-      if (behindAllowed && !lists_.traits(result).allowed) result = behind;
+      if (behindAllowed && !traits(result).allowed) result = behind;
     } else {
       result = behindAllowed && !prior_.traits.allowed ? behind : View(prior_.word);
     }
@@ -72,7 +115,7 @@ void CommandTracker<Char>::digBehindBlanks() {
   if (firstBlank == View::npos) return;
   const View first = word.substr(0, firstBlank);
   const View last = word.substr(word.rfind(Char(' ')) + 1);
-  const bool takesLast = lists_.traits(last).allowed && !lists_.traits(first).allowed;
+  const bool takesLast = traits(last).allowed && !traits(first).allowed;
   setActive(std::basic_string<Char>(takesLast ? last : first));
 }
 
@@ -97,14 +140,21 @@ Segment classOf(std::basic_string_view<Char> text, const QuotedText& quoted) {
 template <class Char>
 std::size_t BasicLineScanner<Char>::cut(View line) {
   quotes_.clear();
-  const Char* const begin = line.data();
-  const Char* const end = begin + line.size();
-  for (const Char* at = begin; at != end; ++at) {
-    if (*at == '"') {
-      quotes_.push_back(static_cast<std::size_t>(at - begin));
-    } else if (*at == '/' && at + 1 != end && at[1] == '/') {
-      return static_cast<std::size_t>(at - begin);
+  // True when the comment begins here.
+  const auto look = [&](std::size_t at) {
+    if (line[at] == '/') return at + 1 < line.size() && line[at + 1] == '/';
+    if (line[at] == '"') quotes_.push_back(at);
+    return false;
+  };
+  std::size_t at = 0;
+  for (; at + kBlock <= line.size(); at += kBlock) {
+    for (unsigned marks = marksIn(line.data() + at); marks != 0; marks &= marks - 1) {
+      const std::size_t found = at + static_cast<std::size_t>(std::countr_zero(marks));
+      if (look(found)) return found;
     }
+  }
+  for (; at < line.size(); ++at) {
+    if (look(at)) return at;
   }
   return line.size();
 }

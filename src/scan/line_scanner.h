@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -37,12 +38,18 @@ class CommandTracker {
     std::basic_string<Char> word;
     CommandTraits traits;
   };
+  struct Known {
+    std::basic_string<Char> word;
+    CommandTraits traits;
+  };
+  CommandTraits traits(View word);
   void setActive(View word);
   void digBehindParentheses();
   void digBehindBlanks();
 
   const CommandLists& lists_;
   CommandTraits emptyTraits_;
+  std::array<Known, 16> known_;  // words looked up lately: a script uses few commands
   Command active_;
   Command prior_;
   std::basic_string<Char> buffer_;

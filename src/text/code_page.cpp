@@ -1,5 +1,7 @@
 #include "text/code_page.h"
 
+#include <cstring>
+
 #include "text/text.h"
 
 namespace dravenna {
@@ -12,17 +14,22 @@ char16_t opaque(unsigned char byte) { return static_cast<char16_t>(0xDC00 + byte
 
 bool isOpaque(char16_t unit, unsigned lowest) { return unit >= 0xDC00 + lowest && unit <= 0xDCFF; }
 
+constexpr std::size_t kBlock = 16;  // bytes that are taken at once while all are ASCII
+
+bool isAsciiBlock(const char* bytes) {
+  std::uint64_t words[2];
+  std::memcpy(words, bytes, sizeof words);
+  return ((words[0] | words[1]) & 0x8080808080808080u) == 0;
+}
+
+void widenBlock(const char* bytes, char16_t* to) {
+  for (std::size_t i = 0; i < kBlock; ++i) to[i] = static_cast<unsigned char>(bytes[i]);
+}
+
 // Appends the bytes that are ASCII at the front of `bytes`; returns how many.
 std::size_t decodeAscii(std::string_view bytes, std::u16string& out) {
-  constexpr std::size_t kBlock = 16;
   std::size_t count = 0;
-  while (count + kBlock <= bytes.size()) {
-    unsigned char any = 0;
-    for (std::size_t i = 0; i < kBlock; ++i)
-      any = static_cast<unsigned char>(any | static_cast<unsigned char>(bytes[count + i]));
-    if (any >= 0x80) break;
-    count += kBlock;
-  }
+  while (count + kBlock <= bytes.size() && isAsciiBlock(bytes.data() + count)) count += kBlock;
   while (count < bytes.size() && static_cast<unsigned char>(bytes[count]) < 0x80) ++count;
   const std::size_t start = out.size();
   out.resize(start + count);
@@ -129,7 +136,16 @@ void CodePage::decodeSingle(std::string_view bytes, std::u16string& out) const {
   const std::size_t start = out.size();
   out.resize(start + bytes.size());
   char16_t* to = out.data() + start;
-  for (std::size_t i = 0; i < bytes.size(); ++i) to[i] = single_[static_cast<unsigned char>(bytes[i])];
+  const auto decodeOne = [&](std::size_t i) { to[i] = single_[static_cast<unsigned char>(bytes[i])]; };
+  std::size_t at = 0;
+  for (; at + kBlock <= bytes.size(); at += kBlock) {
+    if (isAsciiBlock(bytes.data() + at)) {
+      widenBlock(bytes.data() + at, to + at);
+    } else {
+      for (std::size_t i = 0; i < kBlock; ++i) decodeOne(at + i);
+    }
+  }
+  for (; at < bytes.size(); ++at) decodeOne(at);
 }
 
 void CodePage::decodeDouble(std::string_view bytes, std::u16string& out) const {
