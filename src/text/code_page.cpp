@@ -1,6 +1,8 @@
 #include "text/code_page.h"
 
+#include <algorithm>
 #include <cstring>
+#include <iterator>
 
 #include "text/text.h"
 
@@ -13,6 +15,26 @@ constexpr std::size_t kUnits = 0x10000;
 char16_t opaque(unsigned char byte) { return static_cast<char16_t>(0xDC00 + byte); }
 
 bool isOpaque(char16_t unit, unsigned lowest) { return unit >= 0xDC00 + lowest && unit <= 0xDCFF; }
+
+// A letter that a page may hold as two characters.
+struct ComposedLetter {
+  char16_t letter;
+  char16_t base;
+  char16_t mark;
+};
+
+constexpr ComposedLetter kComposedLetters[] = {
+// clang-format off
+#include "text/composed_letters.inc"
+    // clang-format on
+};
+
+// Null for every other character.
+const ComposedLetter* composedLetter(char16_t unit) {
+  const auto* const found = std::lower_bound(std::begin(kComposedLetters), std::end(kComposedLetters), unit,
+                                             [](const ComposedLetter& one, char16_t c) { return one.letter < c; });
+  return found != std::end(kComposedLetters) && found->letter == unit ? found : nullptr;
+}
 
 constexpr std::size_t kBlock = 16;  // bytes that are taken at once while all are ASCII
 
@@ -201,7 +223,12 @@ bool CodePage::encodeOne(std::u16string_view text, std::size_t& at, std::string&
   } else if (bytes != 0) {
     put(bytes);
   } else {
-    return false;
+    const ComposedLetter* const composed = composedLetter(unit);
+    if (composed == nullptr || kind_ != Kind::SingleByte || reverse_[composed->base] == 0 ||
+        reverse_[composed->mark] == 0)
+      return false;
+    put(reverse_[composed->base]);
+    put(reverse_[composed->mark]);
   }
   return true;
 }

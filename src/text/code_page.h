@@ -44,8 +44,9 @@ class CodePage {
   void decode(std::string_view bytes, std::u16string& out) const;
   std::u16string decode(std::string_view bytes) const;
 
-  // Appends the encoded bytes. Returns the offset of the first character that the page cannot hold, or npos when all
-  // went in; in the first case `out` holds what stands before it.
+  // Appends the encoded bytes; a Vietnamese letter that the page has as base and tone mark only becomes these two.
+  // Returns the offset of the first character that the page cannot hold, or npos when all went in; in the first case
+  // `out` holds what stands before it.
   std::size_t encode(std::u16string_view text, std::string& out) const;
 
   // How many bytes of the text are undefined in this page.
