@@ -1,0 +1,52 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "text/code_page.h"
+
+namespace dravenna {
+
+// The tool scans bytes. In single-byte pages and in UTF-8 no byte but its own stands for an ASCII character, so a file
+// is scanned as it is. In double-byte pages a trail byte can look like `^` or `\`: there the work bytes are UTF-8 in
+// which a lone surrogate has its three-byte form too, so that the way back is exact.
+class Codec {
+ public:
+  explicit Codec(CodePagePtr page) : page_(std::move(page)) {}
+
+  const CodePage& page() const { return *page_; }
+  // What command words are decoded with (see CommandLists).
+  CodePagePtr wordPage() const { return direct() ? page_ : CodePage::utf8(); }
+
+  // The work bytes of a file's bytes; in `buffer` where they are not the same.
+  std::string_view toWork(std::string_view file, std::string& buffer) const;
+  // The way back, for everything that came from toWork.
+  std::string_view toFile(std::string_view work, std::string& buffer) const;
+
+  std::u16string decode(std::string_view work) const;
+  // Appends work bytes. Gives the offset of the first character that the page cannot hold, or npos.
+  std::size_t encode(std::u16string_view text, std::string& work) const;
+
+  // Characters as the window counts them: UTF-16 code units.
+  std::size_t units(std::string_view work) const;
+  // Characters as a reader counts them, for columns.
+  std::size_t characters(std::string_view work) const;
+
+ private:
+  bool direct() const { return page_->isSingleByte() || page_->isUtf8(); }
+
+  CodePagePtr page_;
+};
+
+bool isAscii(std::string_view bytes);
+
+// UTF-8 for terminals, tables and JSON. A byte that the page lacks and a control character stand as \xHH in escaped
+// text; tab, line ends and the backslash as \t, \n, \r, \\. In JSON the byte is the lone surrogate \udcXX.
+void appendEscaped(const Codec& codec, std::string_view work, std::string& out);
+void appendJsonString(std::u16string_view text, std::string& out);  // quote marks included
+void appendJsonString(const Codec& codec, std::string_view work, std::string& out);
+
+// The same for a name of a file or an argument: UTF-8 by custom.
+void appendEscapedName(std::string_view name, std::string& out);
+
+}  // namespace dravenna

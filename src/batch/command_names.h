@@ -1,0 +1,24 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace dravenna {
+
+// A pair of command lists under a name.
+struct CommandPair {
+  std::string name;
+  std::string about;
+  std::u16string allowed;
+  std::u16string special;
+};
+
+// Reads the data file's text (see commands.json). Throws Failure that tells what is wrong with it.
+std::vector<CommandPair> readCommandPairs(std::string_view json);
+
+// The pairs of the file that `path` names; with an empty path of the one that DRAVENNA_COMMANDS names, else of
+// share/dravenna/commands.json beside the program's folder, else of the built-in copy.
+std::vector<CommandPair> findCommandPairs(const std::string& path);
+
+}  // namespace dravenna

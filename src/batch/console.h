@@ -1,0 +1,57 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace dravenna {
+
+enum class ColorUse { Auto, Always, Never };
+
+// What the user hears: messages on standard error, a progress bar there when it is a terminal. One thread at a time.
+class Console {
+ public:
+  void setQuiet(bool quiet) { quiet_ = quiet; }
+  void setColor(ColorUse use);
+
+  void error(std::string_view text);    // sets failed()
+  void warning(std::string_view text);  // also when quiet: something is wrong with the input
+  void note(std::string_view text);     // summaries; not when quiet
+
+  // The exit status is 1 from now on.
+  void fail() { failed_ = true; }
+  bool failed() const { return failed_; }
+
+  void progress(std::size_t done, std::size_t all);
+  void endProgress();
+
+ private:
+  void line(const char* color, std::string_view word, std::string_view text);
+
+  bool quiet_ = false;
+  bool colors_ = false;
+  bool failed_ = false;
+  bool barShown_ = false;
+  std::chrono::steady_clock::time_point barDrawn_;
+};
+
+// Standard output or a file, in large writes. The file is replaced at close().
+class Output {
+ public:
+  explicit Output(std::string path) : path_(std::move(path)) {}  // empty or "-": standard output
+
+  std::string& buffer() { return buffer_; }
+  // Writes when enough has gathered; false when nobody reads on.
+  bool flushSome();
+  // Throws Failure when a file cannot be written; false as above.
+  bool close();
+
+ private:
+  bool toStandardOutput() const { return path_.empty() || path_ == "-"; }
+
+  std::string path_;
+  std::string buffer_;
+};
+
+}  // namespace dravenna

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace dravenna {
+
+// An exchange file cut at CR LF and at nothing else.
+struct ExchangeFile {
+  struct Record {
+    std::string_view line;
+    bool hasColon;
+    std::string_view number;  // before the first colon
+    std::string_view text;    // behind it
+  };
+  std::vector<Record> records;
+  std::string_view rest;      // what stands behind the last CR LF; empty in a good file
+  std::size_t bareFeeds = 0;  // LF without a CR in front
+};
+
+ExchangeFile cutExchangeFile(std::string_view bytes);
+
+// Whether a record bears that number, in plain decimal.
+bool bearsNumber(const ExchangeFile::Record& record, std::size_t number);
+
+// Why the file would not fit a script with so many texts, in a few words; empty when it fits: as many records as
+// texts, numbered from 1 in order, every line ended by CR LF.
+std::string whyNoFit(const ExchangeFile& file, std::size_t texts);
+
+}  // namespace dravenna

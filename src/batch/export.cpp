@@ -1,0 +1,145 @@
+#include <fmt/format.h>
+
+#include <set>
+#include <unordered_map>
+
+#include "batch/ordered_pool.h"
+#include "batch/records.h"
+#include "batch/session.h"
+#include "platform/failure.h"
+#include "platform/terminal.h"
+#include "platform/tree_files.h"
+
+namespace dravenna {
+
+namespace {
+
+constexpr char kFooter[] =
+    "Examples:\n"
+    "  dravenna-lxf export guard.txt                   writes guard.lxf beside it\n"
+    "  dravenna-lxf export guard.txt - | less          looks at it\n"
+    "  dravenna-lxf export npc --out lxf               one exchange file a script, folders mirrored\n"
+    "  dravenna-lxf export npc --out lxf --keep-codes  leaves the ^RRGGBB codes in the texts";
+
+struct Options {
+  std::vector<std::string> paths;
+  std::string out;
+  bool keepCodes = false;
+  bool noClobber = false;
+};
+
+void exportOne(Session& session, const Options& options) {
+  const std::string& script = options.paths[0];
+  std::string file;
+  std::string work;
+  std::string lxf;
+  if (script != "-" && pathKind(script) == PathKind::Folder) throw UsageError("a folder needs --out DIR");
+  exportWork(readWork(session, script, file, work), *session.lists, options.keepCodes, lxf);
+  const std::string_view bytes = session.codec->toFile(lxf, work);
+
+  const bool named = options.paths.size() == 2;
+  const std::string target = named ? options.paths[1] : script == "-" ? "-" : withExtension(script, ".lxf");
+  if (target == "-") {
+    if (!writeStandardOutput(bytes)) session.console.error("Standard output cannot be written");
+    return;
+  }
+  if (pathKind(target) == PathKind::File && target != script) {
+    if (options.noClobber) return session.console.note(fmt::format("{}: kept", shownName(target)));
+    if (!named) {
+      // A translation may stand there.
+      readWhole(target, file);
+      if (file != bytes) {
+        throw Failure(fromUtf8(target) + u": exists with other contents; name it behind the script to overwrite it");
+      }
+    }
+  }
+  if (target == script) throw UsageError("the exchange file would overwrite the script");
+  writeWhole(target, bytes);
+}
+
+struct Outcome {
+  std::string error;
+  std::size_t records = 0;
+  bool kept = false;
+};
+
+// Where each script's exchange file goes; two scripts must not share one. Makes the folders.
+std::vector<std::string> targetsOf(const std::vector<Script>& scripts, const std::string& out) {
+  std::vector<std::string> targets;
+  std::unordered_map<std::string, std::string> owners;
+  std::set<std::string> folders{out};
+  for (const Script& script : scripts) {
+    if (script.path == "-") throw UsageError("standard input cannot go to --out");
+    targets.push_back(joinPath(out, withExtension(script.relative, ".lxf")));
+    const auto [owner, fresh] = owners.emplace(targets.back(), script.path);
+    if (!fresh) {
+      throw UsageError(fmt::format("{} and {} would both go to {}", shownName(owner->second), shownName(script.path),
+                                   shownName(targets.back())));
+    }
+    folders.insert(folderOf(targets.back()));
+  }
+  for (const std::string& folder : folders) makeFolders(folder);
+  return targets;
+}
+
+void exportTree(Session& session, const Options& options) {
+  const std::vector<Script> scripts = collectScripts(session, options.paths);
+  const std::vector<std::string> targets = targetsOf(scripts, options.out);
+  std::size_t files = 0;
+  std::size_t records = 0;
+  runOrdered<Outcome>(
+      scripts.size(), session.jobs,
+      [&](std::size_t i) {
+        thread_local std::string file;
+        thread_local std::string work;
+        thread_local std::string lxf;
+        Outcome outcome;
+        try {
+          if (options.noClobber && pathKind(targets[i]) == PathKind::File) return Outcome{{}, 0, true};
+          exportWork(readWork(session, scripts[i].path, file, work), *session.lists, options.keepCodes, lxf);
+          writeWhole(targets[i], session.codec->toFile(lxf, work));
+          outcome.records = static_cast<std::size_t>(std::count(lxf.begin(), lxf.end(), '\n'));
+        } catch (const Failure& failure) {
+          outcome.error = shown(failure.description());
+        }
+        return outcome;
+      },
+      [&](std::size_t i, Outcome&& outcome) {
+        if (!outcome.error.empty()) {
+          session.console.error(outcome.error);
+        } else if (outcome.kept) {
+          session.console.note(fmt::format("{}: kept", shownName(targets[i])));
+        } else {
+          ++files;
+          records += outcome.records;
+        }
+        session.console.progress(i + 1, scripts.size());
+        return true;
+      });
+  session.console.note(fmt::format("{} exported, {}", counted(files, "script"), counted(records, "record")));
+}
+
+void run(Session& session, const Options& options) {
+  session.prepare();
+  if (!options.out.empty()) return exportTree(session, options);
+  if (options.paths.size() > 2) throw UsageError("several scripts need --out DIR");
+  exportOne(session, options);
+}
+
+}  // namespace
+
+void addExport(CLI::App& app, Session& session) {
+  CLI::App* const verb = app.add_subcommand("export", "Write the texts of scripts into numbered exchange files (LXF)");
+  const auto options = std::make_shared<Options>();
+  verb->add_option("path", options->paths, "SCRIPT [LXF], `-` for a standard stream; or with --out files and folders")
+      ->required()
+      ->type_name("PATH...");
+  verb->add_option("-o,--out", options->out, "Folder for one exchange file a script")->type_name("DIR");
+  verb->add_flag("--keep-codes", options->keepCodes, "Leave the colour codes in the texts");
+  verb->add_flag("-n,--no-clobber", options->noClobber, "Leave exchange files that exist alone");
+  session.addOptions(*verb);
+  verb->footer(kFooter);
+  verb->callback([&session, options] { run(session, *options); });
+}
+
+}  // namespace dravenna

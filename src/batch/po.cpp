@@ -1,0 +1,4 @@
+#include "batch/session.h"
+namespace dravenna {
+void addPo(CLI::App&, Session&) {}
+}  // namespace dravenna

@@ -1,0 +1,4 @@
+#include "batch/session.h"
+namespace dravenna {
+void addUpdate(CLI::App&, Session&) {}
+}  // namespace dravenna

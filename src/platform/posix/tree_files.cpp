@@ -1,0 +1,190 @@
+#include "platform/tree_files.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <atomic>
+#include <system_error>
+#include <utility>
+
+#include "platform/posix/tree_calls.h"
+#include "platform/terminal.h"
+#include "text/text.h"
+
+namespace dravenna {
+
+namespace fs = std::filesystem;
+using posix::failWithErrno;
+using posix::OpenFile;
+using posix::SystemCalls;
+using posix::SystemFailure;
+
+namespace {
+
+SystemCalls* treeCalls = nullptr;
+
+SystemCalls& calls() { return treeCalls != nullptr ? *treeCalls : posix::realSystemCalls(); }
+
+void listFolder(const fs::path& folder, const std::string& relative,
+                const std::function<bool(const std::string&)>& enter,
+                const std::function<bool(const std::string&)>& take, std::vector<std::string>& out) {
+  std::error_code error;
+  fs::directory_iterator entries(folder, error);
+  if (error) throw SystemFailure(error.value(), folder.native());
+  for (; entries != fs::directory_iterator(); entries.increment(error)) {
+    const fs::directory_entry& entry = *entries;
+    std::string name = relative + entry.path().filename().native();
+    const bool link = entry.is_symlink(error);
+    if (entry.is_directory(error)) {
+      if (!link && enter(name)) listFolder(entry.path(), name + "/", enter, take, out);
+    } else if (entry.is_regular_file(error) && take(name)) {
+      out.push_back(std::move(name));
+    }
+  }
+  if (error) throw SystemFailure(error.value(), folder.native());
+}
+
+}  // namespace
+
+void posix::setTreeCalls(SystemCalls& replacement) { treeCalls = &replacement; }
+
+PathKind pathKind(const fs::path& path) {
+  struct stat status {};
+  if (calls().stat(path.c_str(), status) != 0) return PathKind::Missing;
+  return S_ISDIR(status.st_mode) ? PathKind::Folder : PathKind::File;
+}
+
+std::vector<std::string> filesBelow(const fs::path& folder, const std::function<bool(const std::string&)>& enter,
+                                    const std::function<bool(const std::string&)>& take) {
+  std::vector<std::string> out;
+  listFolder(folder, {}, enter, take, out);
+  std::sort(out.begin(), out.end());
+  return out;
+}
+
+void readWhole(const fs::path& path, std::string& bytes) {
+  OpenFile file(calls(), path.native(), O_RDONLY, 0, path.native());
+  const struct stat status = file.status();
+  if (S_ISDIR(status.st_mode)) throw SystemFailure(EISDIR, path.native());
+  std::size_t filled = 0;
+  bytes.resize(static_cast<std::size_t>(status.st_size) + 1);  // one more, to see the end without growing
+  for (;;) {
+    const std::size_t got = file.read(bytes.data() + filled, bytes.size() - filled);
+    if (got == 0) break;
+    filled += got;
+    if (filled == bytes.size()) bytes.resize(bytes.size() + bytes.size() / 2 + 65536);
+  }
+  bytes.resize(filled);
+}
+
+void writeWhole(const fs::path& path, std::string_view bytes) {
+  OpenFile file(calls(), path.native(), O_WRONLY | O_CREAT | O_TRUNC, 0666, path.native());
+  file.writeAll(bytes);
+  file.close();
+}
+
+void makeFolders(const fs::path& folder) {
+  std::error_code error;
+  if (!folder.empty()) fs::create_directories(folder, error);
+  if (error) throw SystemFailure(error.value(), folder.native());
+}
+
+struct Replacements::Staged {
+  std::string target;
+  std::string temporary;
+  OpenFile file;
+  bool placed = false;
+
+  ~Staged() {
+    file.closeQuietly();
+    if (!placed && !temporary.empty()) calls().unlink(temporary.c_str());
+  }
+
+  void backUp(const std::string& suffix) const;
+};
+
+// The old file under a second name: a link, put in place by a rename so that an older backup gives way at once.
+void Replacements::Staged::backUp(const std::string& suffix) const {
+  const std::string link = temporary + "~";
+  if (::link(target.c_str(), link.c_str()) != 0) failWithErrno(target + suffix);
+  const int renamed = calls().rename(link.c_str(), (target + suffix).c_str());
+  const int error = errno;
+  calls().unlink(link.c_str());  // a rename between two names of one file leaves both
+  if (renamed != 0) throw SystemFailure(error, target + suffix);
+}
+
+Replacements::Replacements(std::string backupSuffix) : backupSuffix_(std::move(backupSuffix)) {}
+
+Replacements::~Replacements() = default;
+
+void Replacements::stage(const fs::path& path, std::string_view bytes) {
+  auto staged = std::make_unique<Staged>();
+  struct stat old {};
+  if (calls().realpath(path.c_str(), staged->target) != 0) failWithErrno(path.native());
+  if (calls().stat(staged->target.c_str(), old) != 0) failWithErrno(path.native());
+  if (S_ISDIR(old.st_mode)) throw SystemFailure(EISDIR, path.native());
+  // The super user may write everywhere; a file without any write permission is meant to stay all the same.
+  if ((old.st_mode & 0222) == 0) throw SystemFailure(EACCES, path.native());
+  if (calls().mayWrite(staged->target.c_str()) != 0) failWithErrno(path.native());
+
+  static std::atomic<unsigned> serial{0};
+  const std::string stem = fs::path(staged->target).parent_path() / (".dravenna-" + std::to_string(::getpid()) + "-");
+  for (;;) {
+    const std::string temporary = stem + std::to_string(++serial);
+    try {
+      staged->file = OpenFile(calls(), temporary, O_WRONLY | O_CREAT | O_EXCL, 0600, path.native());
+      staged->temporary = temporary;
+      break;
+    } catch (const SystemFailure& failure) {
+      if (failure.error() != EEXIST) throw;
+    }
+  }
+  OpenFile& file = staged->file;
+  file.writeAll(bytes);
+  const struct stat made = file.status();
+  // Another owner's file stays his where that is allowed; where it is not, the replaced file is ours.
+  if (made.st_uid != old.st_uid || made.st_gid != old.st_gid) {
+    static_cast<void>(calls().fchown(file.number(), old.st_uid, old.st_gid));
+  }
+  if (calls().fchmod(file.number(), old.st_mode & 07777) != 0) failWithErrno(path.native());
+#ifdef __linux__
+  // Lets the disk begin now, so that the flush of a whole folder waits once and not for each file.
+  ::sync_file_range(file.number(), 0, 0, SYNC_FILE_RANGE_WRITE);
+#endif
+  staged_.push_back(std::move(staged));
+}
+
+std::vector<std::u16string> Replacements::commit() {
+  std::vector<std::u16string> outcomes(staged_.size());
+  const auto each = [&](auto step) {
+    for (std::size_t i = 0; i < staged_.size(); ++i) {
+      if (!outcomes[i].empty()) continue;
+      try {
+        if (interrupted()) throw Failure(u"Interrupted: '" + fromUtf8(staged_[i]->target) + u"'");
+        step(*staged_[i]);
+      } catch (const Failure& failure) {
+        outcomes[i] = failure.description();
+      }
+    }
+  };
+  each([](Staged& staged) {
+    staged.file.sync();
+    staged.file.close();
+  });
+  each([&](Staged& staged) {
+    if (!backupSuffix_.empty()) staged.backUp(backupSuffix_);
+    if (calls().rename(staged.temporary.c_str(), staged.target.c_str()) != 0) failWithErrno(staged.target);
+    staged.placed = true;
+  });
+  return outcomes;
+}
+
+void flushFolder(const fs::path& folder) {
+  const std::string path = folder.empty() ? "." : folder.native();
+  OpenFile handle(calls(), path, O_RDONLY | O_DIRECTORY, 0, path);
+  // Some file systems cannot flush a folder.
+  if (calls().fsync(handle.number()) != 0 && errno != EINVAL) failWithErrno(path);
+}
+
+}  // namespace dravenna
