@@ -1,0 +1,43 @@
+#pragma once
+
+#include <QtWidgets/QLineEdit>
+#include <functional>
+
+#include "platform/controls.h"
+
+namespace dravenna {
+
+// A text box over its model. It keeps its selection when it loses the focus, has no length limit, and a paste into it is
+// cut at its first line break.
+class EditBox : public QLineEdit {
+ public:
+  explicit EditBox(TextBox& model, QWidget* parent = nullptr);
+
+  // Model to screen: text, selection, colours. The text is written only if it differs, for the sake of the box's undo.
+  void synchronise();
+  // Screen to model: what the user has done.
+  void takeOver();
+
+  std::function<void()> onGotFocus;
+  std::function<void()> onUserEdit;  // the model has been brought up to the user's change
+
+  // The box's own handling of a key, for those that the form's handlers have let pass.
+  void keyPressEvent(QKeyEvent* event) override;
+
+ protected:
+  void focusInEvent(QFocusEvent* event) override;
+  void focusOutEvent(QFocusEvent* event) override;
+  void mouseReleaseEvent(QMouseEvent* event) override;
+  void dropEvent(QDropEvent* event) override;
+  void contextMenuEvent(QContextMenuEvent* event) override;
+
+ private:
+  void insertCut(const QString& text);
+  void showColors();
+
+  TextBox& model_;
+  std::uint32_t shownFore_ = 0, shownBack_ = 0;
+  bool colorsShown_ = false;
+};
+
+}  // namespace dravenna

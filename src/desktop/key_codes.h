@@ -1,0 +1,13 @@
+#pragma once
+
+#include "app/principal.h"
+
+class QKeyEvent;
+
+namespace dravenna {
+
+// A key press as the handlers take it: virtual key code, modifiers, and the character that it yields. The character of
+// a key with Ctrl is computed, since the event's text differs from system to system. `focus` is left to the caller.
+KeyEvent keyEventOf(const QKeyEvent& event);
+
+}  // namespace dravenna

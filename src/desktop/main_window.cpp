@@ -1,0 +1,145 @@
+#include "desktop/main_window.h"
+
+#include <QtGui/QScreen>
+#include <QtWidgets/QApplication>
+#include <QtWidgets/QMenuBar>
+#include <exception>
+
+#include "desktop/edit_box.h"
+#include "desktop/qt_text.h"
+#include "desktop/script_view.h"
+#include "desktop/search_box.h"
+#include "desktop/twips.h"
+
+namespace dravenna {
+
+namespace {
+
+constexpr std::int32_t kSmallestWidth = 4500, kSmallestHeight = 4000;  // twips, frame included
+
+QFont editFont() {
+  QFont font(QStringLiteral("Arial"));
+  font.setPointSizeF(8.25);
+  font.setBold(true);
+  return font;
+}
+
+// "[*]" in a window title is the toolkit's mark of a change; doubled it stands for itself.
+QString titleOf(std::u16string_view caption) {
+  return toQt(caption).replace(QStringLiteral("[*]"), QStringLiteral("[*][*]"));
+}
+
+}  // namespace
+
+MainWindow::MainWindow(TextFiles& files, RegistryCalls& registry, Process& process)
+    : onBeep(&QApplication::beep), principal_(Platform{files, registry, process, *this}) {
+  setObjectName(QStringLiteral("Principal"));
+  buildControls();
+  menuBar_ = std::make_unique<MenuBar>(*menuBar(), principal_, [this](MenuBar::Click click) {
+    EDT_->takeOver();
+    handle([this, click] { (principal_.*click)(); });
+  });
+  placeOnScreen();
+  synchronise();
+}
+
+MainWindow::~MainWindow() {
+  // The views let go of their models first.
+  delete searchBox_;
+  delete takeCentralWidget();
+}
+
+void MainWindow::buildControls() {
+  auto* area = new QWidget(this);
+  N_ = new ScriptView(principal_.N, area);
+  N_->setObjectName(QStringLiteral("N"));
+  N_->setAccessibleName(QStringLiteral("Script"));
+  N_->onMouseUp = [this] {
+    EDT_->takeOver();
+    handle([this] { principal_.N_MouseUp(); });
+  };
+  EDT_ = new EditBox(principal_.EDT, area);
+  EDT_->setObjectName(QStringLiteral("EDT"));
+  EDT_->setAccessibleName(QStringLiteral("Text"));
+  EDT_->setFont(editFont());
+  EDT_->setToolTip(QStringLiteral("F5 -> Color"));
+  EDT_->onGotFocus = [this] { handle([this] { principal_.EDT_GotFocus(); }); };
+  EDT_->onUserEdit = [this] { handle([] {}); };
+  QWidget::setTabOrder(N_, EDT_);
+  setCentralWidget(area);
+  area->installEventFilter(this);
+  N_->installEventFilter(this);
+  EDT_->installEventFilter(this);
+  installEventFilter(this);
+  EDT_->setFocus();
+}
+
+void MainWindow::placeOnScreen() {
+  const FormState& form = principal_.form;
+  resize(pixels(form.ScaleWidth), pixels(form.ScaleHeight) + menuBar()->sizeHint().height());
+  if (const QScreen* on = screen()) {
+    const QRect available = on->availableGeometry();
+    move(available.center() - rect().center());
+  }
+}
+
+void MainWindow::start() {
+  show();
+  tellSize();
+  started_ = true;
+  handle([this] { principal_.Form_Load(); });
+}
+
+void MainWindow::handle(const std::function<void()>& handlers) {
+  ++running_;
+  QString failure;
+  try {
+    handlers();
+  } catch (const Failure& error) {
+    failure = toQt(error.description());
+  } catch (const std::exception& error) {
+    failure = QString::fromUtf8(error.what());
+  }
+  --running_;
+  if (running_ == 0) synchronise();
+  if (!failure.isEmpty()) messageBox(u"Error: " + fromQt(failure), kCritical, u"Dravenna");
+}
+
+void MainWindow::synchronise() {
+  const FormState& form = principal_.form;
+  const QString title = titleOf(form.Caption);
+  if (windowTitle() != title) setWindowTitle(title);
+  menuBar_->synchronise();
+
+  // The form may have given itself another size.
+  const QSize missing(pixels(form.Width) - frameGeometry().width(), pixels(form.Height) - frameGeometry().height());
+  if (started_ && form.WindowState == 0 && !missing.isNull()) resize(size() + missing);
+
+  const RichTextBox& N = principal_.N;
+  const TextBox& EDT = principal_.EDT;
+  N_->setFocusPolicy(N.TabStop ? Qt::StrongFocus : Qt::ClickFocus);
+  N_->setGeometry(0, pixels(N.Top), pixels(N.Width), pixels(N.Height));
+  EDT_->setGeometry(0, pixels(EDT.Top), pixels(EDT.Width), pixels(EDT.Height));
+  EDT_->synchronise();
+  N_->synchronise();
+  if (searchBox_ != nullptr) searchBox_->synchronise();
+}
+
+void MainWindow::tellSize() {
+  FormState& form = principal_.form;
+  form.WindowState = isMinimized() ? 1 : 0;
+  form.Width = twips(frameGeometry().width());
+  form.Height = twips(frameGeometry().height());
+  form.ScaleWidth = twips(centralWidget()->width());
+  form.ScaleHeight = twips(centralWidget()->height());
+  const QSize frame = frameGeometry().size() - size();
+  setMinimumSize(pixels(kSmallestWidth) - frame.width(), pixels(kSmallestHeight) - frame.height());
+}
+
+void MainWindow::formResized() {
+  if (!started_) return;
+  tellSize();
+  handle([this] { principal_.Form_Resize(); });
+}
+
+}  // namespace dravenna

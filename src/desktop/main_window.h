@@ -1,0 +1,83 @@
+#pragma once
+
+#include <QtWidgets/QMainWindow>
+#include <functional>
+#include <memory>
+
+#include "app/principal.h"
+#include "desktop/menu_bar.h"
+#include "platform/windowing.h"
+
+namespace dravenna {
+
+class ColorPickDialog;
+class EditBox;
+class ScriptView;
+class SearchBox;
+
+// The main form's window. The form is the truth: what it has changed is shown when a handler has returned, before each
+// modal call and before the focus moves.
+class MainWindow : public QMainWindow, private Windowing {
+ public:
+  MainWindow(TextFiles& files, RegistryCalls& registry, Process& process);
+  ~MainWindow() override;
+  using QWidget::setFocus;
+
+  // Shows the window and runs the form's start-up; the script is there with the first paint.
+  void start();
+
+  // Message boxes are answered by their default buttons and told to this function instead of being shown.
+  void answerBy(std::function<void(std::u16string_view text)> tell) { tellMessage_ = std::move(tell); }
+  // What sounds the beep.
+  std::function<void()> onBeep;
+
+  Principal& principal() { return principal_; }
+  ScriptView& scriptView() { return *N_; }
+  EditBox& editBox() { return *EDT_; }
+  SearchBox* searchBox() { return searchBox_; }              // null while it is closed
+  ColorPickDialog* colorPickDialog() { return colorPick_; }  // null while it is closed
+
+  // Runs handlers of the form, then shows what they did. All input comes in by this way.
+  void handle(const std::function<void()>& handlers);
+  void synchronise();
+
+ protected:
+  bool eventFilter(QObject* object, QEvent* event) override;
+  void changeEvent(QEvent* event) override;
+  void closeEvent(QCloseEvent* event) override;
+
+ private:
+  // Windowing.
+  Answer messageBox(std::u16string_view text, int flags, std::u16string_view title) override;
+  void showOpen(CommonDialog& dialog) override;
+  void showSave(CommonDialog& dialog) override;
+  void beep() override;
+  void pointerChanged() override;
+  void setFocus(Control control) override;
+  void showSearchBox(FrmSearch& box) override;
+  void unloadSearchBox(FrmSearch& box) override;
+  void showColorPick(ColorPick& picker) override;
+  void unloadMainForm() override;
+
+  void buildControls();
+  void placeOnScreen();
+  void tellSize();
+  void formResized();
+  bool keyPressed(const QObject* object, QKeyEvent& event);
+  Control focusedControl() const;
+  void pick(CommonDialog& dialog, bool saving);
+
+  Principal principal_;
+  ScriptView* N_ = nullptr;
+  EditBox* EDT_ = nullptr;
+  std::unique_ptr<MenuBar> menuBar_;
+  SearchBox* searchBox_ = nullptr;
+  ColorPickDialog* colorPick_ = nullptr;
+  std::function<void(std::u16string_view)> tellMessage_;
+  int running_ = 0;  // handlers on the stack
+  bool started_ = false;
+  bool unloaded_ = false;
+  bool busyShown_ = false;
+};
+
+}  // namespace dravenna

@@ -1,0 +1,108 @@
+#include <QtGui/QGuiApplication>
+#include <QtWidgets/QApplication>
+
+#include "desktop/color_pick_dialog.h"
+#include "desktop/edit_box.h"
+#include "desktop/file_dialog.h"
+#include "desktop/main_window.h"
+#include "desktop/message_box.h"
+#include "desktop/script_view.h"
+#include "desktop/search_box.h"
+#include "platform/failure.h"
+
+// What the form asks of its window.
+namespace dravenna {
+
+namespace {
+
+constexpr std::int32_t kHourglassPointer = 11;
+
+// The form's busy pointer is not shown over a modal window; the screen's is.
+class ModalPointer {
+ public:
+  explicit ModalPointer(bool hide) : hide_(hide) {
+    if (hide_) QGuiApplication::restoreOverrideCursor();
+  }
+  ~ModalPointer() {
+    if (hide_) QGuiApplication::setOverrideCursor(Qt::WaitCursor);
+  }
+  ModalPointer(const ModalPointer&) = delete;
+  ModalPointer& operator=(const ModalPointer&) = delete;
+
+ private:
+  bool hide_;
+};
+
+}  // namespace
+
+Answer MainWindow::messageBox(std::u16string_view text, int flags, std::u16string_view title) {
+  synchronise();
+  if (tellMessage_) {
+    tellMessage_(text);
+    return defaultAnswer(flags);
+  }
+  const ModalPointer pointer(busyShown_ && principal_.screenMousePointer != kHourglassPointer);
+  return showMessageBox(this, text, flags, title);
+}
+
+void MainWindow::pick(CommonDialog& dialog, bool saving) {
+  synchronise();
+  const ModalPointer pointer(busyShown_ && principal_.screenMousePointer != kHourglassPointer);
+  if (!showFileDialog(this, dialog, saving) && dialog.CancelError) throw Failure(u"Cancel was selected.");
+}
+
+void MainWindow::showOpen(CommonDialog& dialog) { pick(dialog, false); }
+
+void MainWindow::showSave(CommonDialog& dialog) { pick(dialog, true); }
+
+void MainWindow::beep() { onBeep(); }
+
+void MainWindow::pointerChanged() {
+  const bool busy = principal_.form.MousePointer == kHourglassPointer ||
+                    principal_.screenMousePointer == kHourglassPointer;
+  if (busy == busyShown_) return;
+  busyShown_ = busy;
+  if (busy) {
+    QGuiApplication::setOverrideCursor(Qt::WaitCursor);
+  } else {
+    QGuiApplication::restoreOverrideCursor();
+  }
+}
+
+void MainWindow::setFocus(Control control) {
+  synchronise();
+  if (control == Control::N) N_->setFocus(Qt::OtherFocusReason);
+  if (control == Control::EDT) EDT_->setFocus(Qt::OtherFocusReason);
+  // Out of the search box, the window itself comes forward with its control.
+  if (QApplication::activeWindow() != nullptr && !isActiveWindow()) activateWindow();
+}
+
+void MainWindow::showSearchBox(FrmSearch& box) {
+  synchronise();
+  if (searchBox_ == nullptr) {
+    searchBox_ = new SearchBox(box, this, [this](const std::function<void()>& handlers) { handle(handlers); });
+    searchBox_->show();
+  }
+  searchBox_->raise();
+  searchBox_->activateWindow();
+}
+
+void MainWindow::unloadSearchBox(FrmSearch&) {
+  if (searchBox_ == nullptr) return;
+  SearchBox* box = searchBox_;
+  searchBox_ = nullptr;
+  box->unload();
+}
+
+void MainWindow::showColorPick(ColorPick& picker) {
+  synchronise();
+  const ModalPointer pointer(busyShown_ && principal_.screenMousePointer != kHourglassPointer);
+  ColorPickDialog dialog(picker, this);
+  colorPick_ = &dialog;
+  dialog.exec();
+  colorPick_ = nullptr;
+}
+
+void MainWindow::unloadMainForm() { close(); }
+
+}  // namespace dravenna

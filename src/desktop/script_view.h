@@ -1,0 +1,138 @@
+#pragma once
+
+#include <QtCore/QBasicTimer>
+#include <QtGui/QTextLayout>
+#include <QtWidgets/QAbstractScrollArea>
+#include <functional>
+#include <map>
+#include <memory>
+#include <vector>
+
+#include "desktop/block_index.h"
+#include "scan/rich_text_box.h"
+
+namespace dravenna {
+
+// Draws a RichTextBox and moves its caret and selection for the user, who cannot change the text. Only what is visible
+// is ever laid out. All offsets are those of the model. Every row has the same height; scrolling goes by rows.
+class ScriptView : public QAbstractScrollArea, private RichTextBox::Listener {
+ public:
+  explicit ScriptView(RichTextBox& model, QWidget* parent = nullptr);
+  ~ScriptView() override;
+
+  // Shows what the program has changed in the model. A new selection is brought into view.
+  void synchronise();
+
+  // The model's Visible, as last shown: a view that is not shown is blank, and keeps the focus.
+  bool contentShown() const { return contentShown_; }
+
+  const RichTextBox& model() const { return model_; }
+  std::size_t caret() const;
+
+  // The user's moves: they change the model's selection at once.
+  void moveCaret(std::size_t offset, bool extend);
+  void select(std::size_t anchor, std::size_t caret);
+  void copy() const;
+
+  // The offset under a point of the viewport, the nearest one where there is no text.
+  std::size_t offsetAt(QPoint point);
+  // Where a character stands in the viewport; empty if it is not on the page.
+  QRect rectOf(std::size_t offset);
+  void scrollTo(std::size_t offset);
+
+  // The line around an offset, without its line end.
+  std::pair<std::size_t, std::size_t> lineAround(std::size_t offset) const;
+
+  // A mouse button has been released over the view, and the caret is where it belongs.
+  std::function<void()> onMouseUp;
+
+  // The view's own handling of a key, for those that the form's handlers have let pass.
+  void keyPressEvent(QKeyEvent* event) override;
+
+  QSize sizeHint() const override { return {592, 392}; }
+
+ protected:
+  void paintEvent(QPaintEvent* event) override;
+  void resizeEvent(QResizeEvent* event) override;
+  void changeEvent(QEvent* event) override;
+  void scrollContentsBy(int dx, int dy) override;
+  void mousePressEvent(QMouseEvent* event) override;
+  void mouseMoveEvent(QMouseEvent* event) override;
+  void mouseReleaseEvent(QMouseEvent* event) override;
+  void mouseDoubleClickEvent(QMouseEvent* event) override;
+  void contextMenuEvent(QContextMenuEvent* event) override;
+  void focusInEvent(QFocusEvent* event) override;
+  void focusOutEvent(QFocusEvent* event) override;
+  void timerEvent(QTimerEvent* event) override;
+
+ private:
+  static constexpr int kMargin = 4;  // pixels at the left and the right
+
+  // A row of a block, from 0.
+  struct Place {
+    std::size_t block = 0;
+    int row = 0;
+  };
+
+  void textChanged(std::size_t position, std::size_t removed, std::size_t inserted) override;
+
+  // Layout.
+  void measureFont();
+  void takeTextChanges();
+  void dropLayouts();
+  QTextLayout& layoutOf(std::size_t block);
+  QList<QTextLayout::FormatRange> formatsOf(std::size_t begin, std::size_t end);
+  const QTextCharFormat& formatOf(std::uint8_t style);
+  int pageRows() const;
+  Place placeOf(std::size_t offset);
+  Place moved(Place place, int rows);  // stops at both ends
+  int rowsBetween(Place from, Place to, int most);
+  Place lastPlace();
+  std::size_t offsetIn(Place place, qreal x);
+
+  // Scrolling.
+  void setTop(Place top);
+  void bringIntoView(std::size_t begin, std::size_t end);
+  void updateScrollBar();
+  void afterUserMove();
+
+  // Painting.
+  void paintBlock(QPainter& painter, std::size_t block, int y, const QRect& clip);
+  void restartBlink();
+
+  // Keyboard and mouse.
+  std::size_t anchor() const;
+  std::size_t characterMove(std::size_t from, bool forward, QTextLayout::CursorMode mode);
+  std::size_t rowMove(int rows);
+  std::size_t rowEnd(std::size_t from, bool atEnd);
+  bool moveByKey(const QKeyEvent& event);
+  void dragTo(QPoint point);
+
+  void tellSelection();
+
+  RichTextBox& model_;
+  BlockIndex index_;
+  std::map<std::size_t, std::unique_ptr<QTextLayout>> layouts_;
+  std::vector<std::pair<CharStyle, QTextCharFormat>> formats_;  // by the model's style index
+  int rowHeight_ = 1;
+  qreal ascent_ = 0;
+  qreal charWidth_ = 1;
+  int laidOutWidth_ = 0;
+
+  Place top_;
+  bool followCaret_ = true;  // the caret stays in view until the user scrolls
+  bool settingBar_ = false;
+  bool contentShown_ = true;
+
+  // The selection as last shown.
+  std::size_t shownStart_ = 0, shownLength_ = 0;
+  bool caretAtStart_ = false;  // the caret is the front end of the selection
+
+  qreal wishedX_ = -1;  // where the caret would like to be while it moves from row to row
+  bool dragging_ = false;
+  QPoint dragPoint_;
+  QBasicTimer dragTimer_, blinkTimer_;
+  bool caretOn_ = false;
+};
+
+}  // namespace dravenna

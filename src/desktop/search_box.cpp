@@ -1,0 +1,109 @@
+#include "desktop/search_box.h"
+
+#include <QtCore/QTimer>
+#include <QtGui/QCloseEvent>
+#include <QtGui/QKeyEvent>
+#include <QtWidgets/QPushButton>
+#include <utility>
+
+#include "desktop/edit_box.h"
+#include "desktop/key_codes.h"
+#include "desktop/qt_text.h"
+#include "desktop/twips.h"
+#include "editing/frm_search.h"
+
+namespace dravenna {
+
+namespace {
+
+constexpr int kWidth = 3450, kHeight = 585, kControlHeight = 285;
+
+QFont smallFont() {
+  QFont font(QStringLiteral("Arial"));
+  font.setPointSizeF(8.25);
+  return font;
+}
+
+}  // namespace
+
+SearchBox::SearchBox(FrmSearch& box, QWidget* owner, Run run)
+    : QWidget(owner, Qt::Tool | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowCloseButtonHint),
+      box_(&box),
+      run_(std::move(run)),
+      txtSearch_(new EditBox(box.txtSearch, this)),
+      CancelButton_(new QPushButton(toQt(box.CancelButton), this)) {
+  setObjectName(QStringLiteral("frmSearch"));
+  setWindowTitle(toQt(box.Caption));
+  setFont(smallFont());
+  setFixedSize(pixels(kWidth), pixels(kHeight));
+  const auto place = [](QWidget* control, int left, int top, int width) {
+    control->setGeometry(pixels(left), pixels(top), pixels(width), pixels(kControlHeight));
+  };
+  txtSearch_->setObjectName(QStringLiteral("txtSearch"));
+  txtSearch_->setAccessibleName(windowTitle().trimmed());
+  place(txtSearch_, 0, 0, 3435);
+  CancelButton_->setObjectName(QStringLiteral("CancelButton"));
+  place(CancelButton_, 2310, 300, 1125);
+  connect(CancelButton_, &QPushButton::clicked, this, [this] {
+    call([](FrmSearch& form) { form.CancelButton_Click(); });
+  });
+  for (const std::size_t i : {std::size_t{0}, std::size_t{1}}) {
+    auto* button = new QPushButton(toQt(box.btn_Search.at(i)), this);
+    button->setObjectName(QStringLiteral("btn_Search%1").arg(i));
+    place(button, i == 0 ? 1170 : 30, 300, 1125);
+    connect(button, &QPushButton::clicked, this, [this, i] {
+      call([i](FrmSearch& form) { form.btn_Search_Click(static_cast<std::int16_t>(i)); });
+    });
+    btn_Search_.at(i) = button;
+  }
+  setTabOrder(txtSearch_, CancelButton_);
+  setTabOrder(CancelButton_, btn_Search_[0]);
+  setTabOrder(btn_Search_[0], btn_Search_[1]);
+  for (QWidget* control : findChildren<QWidget*>()) control->installEventFilter(this);
+  txtSearch_->setFocus();
+  const QRect over = owner->frameGeometry();
+  move(over.center() - rect().center());
+}
+
+void SearchBox::synchronise() {
+  if (box_ != nullptr) txtSearch_->synchronise();
+}
+
+void SearchBox::unload() {
+  box_ = nullptr;
+  hide();
+  deleteLater();
+}
+
+void SearchBox::call(const std::function<void(FrmSearch&)>& handler) {
+  if (box_ == nullptr) return;
+  txtSearch_->takeOver();
+  run_([this, &handler] { handler(*box_); });
+}
+
+bool SearchBox::event(QEvent* event) {
+  if (event->type() == QEvent::WindowDeactivate && box_ != nullptr) {
+    // Queued: what has taken the focus comes to its end first.
+    QTimer::singleShot(0, this, [this] {
+      if (box_ != nullptr && !isActiveWindow()) call([](FrmSearch& form) { form.Form_LostFocus(); });
+    });
+  }
+  return QWidget::event(event);
+}
+
+bool SearchBox::eventFilter(QObject* object, QEvent* event) {
+  if (event->type() != QEvent::KeyPress || box_ == nullptr) return QWidget::eventFilter(object, event);
+  std::int16_t KeyAscii = keyEventOf(*static_cast<QKeyEvent*>(event)).KeyAscii;
+  if (KeyAscii == 0) return false;
+  call([&KeyAscii](FrmSearch& form) { form.Form_KeyPress(KeyAscii); });
+  if (KeyAscii != 0) return false;
+  event->accept();
+  return true;
+}
+
+void SearchBox::closeEvent(QCloseEvent* event) {
+  event->ignore();
+  call([](FrmSearch& form) { form.CancelButton_Click(); });
+}
+
+}  // namespace dravenna
