@@ -1,0 +1,198 @@
+#include <iconv.h>
+
+#include <array>
+#include <cstdlib>
+#include <mutex>
+#include <string>
+#include <string_view>
+
+#include "platform/system.h"
+
+namespace dravenna {
+
+namespace {
+
+constexpr char16_t kNone = CodePage::kUndefined;
+
+// windows-1252 from 0x80 to 0x9F; from 0xA0 on, byte and code point are the same. Built in, so that there is always a
+// code page, and the usual start needs no iconv.
+constexpr char16_t kWestern[32] = {0x20AC, kNone,  0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021,
+                                   0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, kNone,  0x017D, kNone,
+                                   kNone,  0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014,
+                                   0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, kNone,  0x017E, 0x0178};
+
+constexpr int kSingleBytePages[] = {874, 1250, 1251, 1252, 1253, 1254, 1255, 1256, 1257, 1258};
+constexpr int kDoubleBytePages[] = {932, 936, 949, 950};
+
+class Converter {
+ public:
+  explicit Converter(const std::string& from) : state_(::iconv_open("UTF-16LE", from.c_str())) {}
+  Converter(const Converter&) = delete;
+  Converter& operator=(const Converter&) = delete;
+  ~Converter() {
+    if (works()) ::iconv_close(state_);
+  }
+
+  bool works() const { return state_ != reinterpret_cast<iconv_t>(-1); }
+
+  // The one UTF-16 unit that these bytes stand for, else kUndefined.
+  char16_t unitOf(std::string_view bytes) {
+    std::array<char, 4> from{};
+    std::array<char, 16> to{};
+    bytes.copy(from.data(), from.size());
+    char* in = from.data();
+    char* out = to.data();
+    std::size_t inLeft = bytes.size();
+    std::size_t outLeft = to.size();
+    const bool converted = ::iconv(state_, &in, &inLeft, &out, &outLeft) != static_cast<std::size_t>(-1);
+    // Pages with combining marks hold a letter back until they see what follows: this brings it out.
+    const bool flushed = ::iconv(state_, nullptr, nullptr, &out, &outLeft) != static_cast<std::size_t>(-1);
+    if (!converted || !flushed || inLeft != 0 || to.size() - outLeft != 2) return kNone;
+    return static_cast<char16_t>(static_cast<unsigned char>(to[0]) | static_cast<unsigned char>(to[1]) << 8);
+  }
+
+ private:
+  iconv_t state_;
+};
+
+std::array<char16_t, 256> singlesOf(Converter& converter) {
+  std::array<char16_t, 256> table{};
+  for (unsigned byte = 0; byte < 256; ++byte) {
+    const char character = static_cast<char>(static_cast<unsigned char>(byte));
+    table[byte] = byte < 0x80 ? static_cast<char16_t>(byte) : converter.unitOf({&character, 1});
+  }
+  return table;
+}
+
+std::vector<char16_t> pairsOf(Converter& converter, const std::array<char16_t, 256>& singles) {
+  std::vector<char16_t> pairs(0x10000, kNone);
+  for (unsigned lead = 0x80; lead < 256; ++lead) {
+    if (singles[lead] != kNone) continue;
+    for (unsigned trail = 0x40; trail < 256; ++trail) {
+      const char bytes[2] = {static_cast<char>(static_cast<unsigned char>(lead)),
+                             static_cast<char>(static_cast<unsigned char>(trail))};
+      pairs[lead << 8 | trail] = converter.unitOf({bytes, 2});
+    }
+  }
+  return pairs;
+}
+
+CodePagePtr buildWestern() {
+  std::array<char16_t, 256> table{};
+  for (unsigned byte = 0; byte < 256; ++byte) {
+    table[byte] = byte >= 0x80 && byte < 0xA0 ? kWestern[byte - 0x80] : static_cast<char16_t>(byte);
+  }
+  return CodePage::singleByte(1252, table);
+}
+
+CodePagePtr build(int number) {
+  if (number == kUtf8CodePage) return CodePage::utf8();
+  if (number == 1252) return buildWestern();
+  Converter converter("CP" + std::to_string(number));
+  if (!converter.works()) return nullptr;
+  const std::array<char16_t, 256> singles = singlesOf(converter);
+  for (const int known : kSingleBytePages) {
+    if (known == number) return CodePage::singleByte(number, singles);
+  }
+  for (const int known : kDoubleBytePages) {
+    if (known == number) return CodePage::doubleByte(number, singles, pairsOf(converter, singles));
+  }
+  return nullptr;
+}
+
+std::string lowerAscii(std::string_view text) {
+  std::string lower(text);
+  for (char& c : lower) {
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c + 32);
+  }
+  return lower;
+}
+
+struct LanguagePage {
+  std::string_view language;
+  int page;
+};
+
+// Languages that are not written in the Western page.
+constexpr LanguagePage kLanguagePages[] = {
+    {"th", 874},  {"ja", 932},   {"ko", 949},                                               // Far East
+    {"bs", 1250}, {"cs", 1250},  {"hr", 1250},  {"hu", 1250}, {"pl", 1250}, {"ro", 1250},   // Central Europe
+    {"sk", 1250}, {"sl", 1250},  {"sq", 1250},  {"tk", 1250},                               //
+    {"ba", 1251}, {"be", 1251},  {"bg", 1251},  {"ce", 1251}, {"cv", 1251}, {"kk", 1251},   // Cyrillic
+    {"ky", 1251}, {"mk", 1251},  {"mn", 1251},  {"os", 1251}, {"ru", 1251}, {"sah", 1251},  //
+    {"sr", 1251}, {"tg", 1251},  {"tt", 1251},  {"uk", 1251},                               //
+    {"el", 1253},                                                                           // Greek
+    {"az", 1254}, {"crh", 1254}, {"ku", 1254},  {"tr", 1254}, {"uz", 1254},                 // Turkish
+    {"he", 1255}, {"iw", 1255},  {"yi", 1255},                                              // Hebrew
+    {"ar", 1256}, {"ckb", 1256}, {"fa", 1256},  {"ps", 1256}, {"sd", 1256}, {"ug", 1256},   // Arabic
+    {"ur", 1256},                                                                           //
+    {"et", 1257}, {"lt", 1257},  {"ltg", 1257}, {"lv", 1257},                               // Baltic
+    {"vi", 1258},
+};
+
+// The page of a locale name such as "pt_BR.UTF-8", "sr_RS@latin" or "C".
+int pageOfLocale(const std::string& locale) {
+  const std::string name = lowerAscii(locale);
+  const std::string language = name.substr(0, name.find_first_of("_.@"));
+  const std::string modifier = name.find('@') == std::string::npos ? "" : name.substr(name.find('@') + 1);
+  if (language == "zh") {
+    const std::string territory = name.size() >= 5 && name[2] == '_' ? name.substr(3, 2) : "";
+    return territory == "tw" || territory == "hk" || territory == "mo" ? 950 : 936;
+  }
+  for (const LanguagePage& entry : kLanguagePages) {
+    if (entry.language != language) continue;
+    if (entry.page == 1251 && modifier == "latin") return 1250;
+    if (modifier == "cyrillic") return 1251;
+    return entry.page;
+  }
+  return 1252;
+}
+
+std::string environment(const char* name) {
+  const char* const value = std::getenv(name);
+  return value != nullptr ? value : "";
+}
+
+}  // namespace
+
+CodePagePtr codePageByName(std::string_view name) {
+  std::string number = lowerAscii(name);
+  if (number == "utf-8" || number == "utf8") number = std::to_string(kUtf8CodePage);
+  for (const std::string_view prefix : {"windows-", "cp"}) {
+    if (number.starts_with(prefix)) {
+      number.erase(0, prefix.size());
+      break;
+    }
+  }
+  const auto matches = [&](int page) { return number == std::to_string(page); };
+  // Built once: a page of pairs takes some milliseconds.
+  static std::mutex mutex;
+  static std::vector<CodePagePtr> built;
+  const std::lock_guard<std::mutex> lock(mutex);
+  for (const CodePagePtr& page : built) {
+    if (matches(page->number())) return page;
+  }
+  CodePagePtr page;
+  for (const int known : kSingleBytePages) {
+    if (matches(known)) page = build(known);
+  }
+  for (const int known : kDoubleBytePages) {
+    if (matches(known)) page = build(known);
+  }
+  if (matches(kUtf8CodePage)) page = build(kUtf8CodePage);
+  if (page) built.push_back(page);
+  return page;
+}
+
+CodePagePtr systemCodePage() {
+  if (CodePagePtr page = codePageByName(environment("DRAVENNA_CODEPAGE"))) return page;
+  for (const char* const name : {"LC_ALL", "LC_CTYPE", "LANG"}) {
+    const std::string locale = environment(name);
+    if (locale.empty()) continue;
+    if (CodePagePtr page = codePageByName(std::to_string(pageOfLocale(locale)))) return page;
+    break;
+  }
+  return codePageByName("1252");
+}
+
+}  // namespace dravenna

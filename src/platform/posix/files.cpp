@@ -1,0 +1,186 @@
+#include "platform/posix/files.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <random>
+
+#include "platform/system.h"
+#include "text/text.h"
+
+namespace dravenna {
+
+std::string readBytes(std::u16string_view path) {
+  posix::OpenFile file = posix::openForReading(posix::realSystemCalls(), posix::pathBytes(path));
+  return posix::readWholeFile(file, std::string().max_size());
+}
+
+void replaceBytes(std::u16string_view path, std::string_view bytes) {
+  posix::replaceFile(posix::realSystemCalls(), posix::pathBytes(path), bytes, {});
+}
+
+namespace posix {
+
+namespace {
+
+constexpr int kMostLinks = 40;
+constexpr int kMostNames = 100;
+
+std::string newTemporaryName(const std::string& folder) {
+  static std::atomic<unsigned> count{0};
+  static const unsigned seed = std::random_device{}();
+  return folder + "/.dravenna-" + std::to_string(::getpid()) + "-" + std::to_string(seed + count++) + ".tmp";
+}
+
+std::string nameOf(const std::string& path) { return path.substr(path.rfind('/') + 1); }
+
+}  // namespace
+
+std::string pathBytes(std::u16string_view path) {
+  std::string bytes = toUtf8(path);
+  // The system would take what stands before the NUL for the path.
+  if (bytes.find('\0') != std::string::npos) throw SystemFailure(ENOENT, bytes);
+  return bytes;
+}
+
+std::string folderOf(const std::string& path) {
+  const std::size_t slash = path.rfind('/');
+  if (slash == std::string::npos) return ".";
+  return slash == 0 ? "/" : path.substr(0, slash);
+}
+
+std::string resolveTarget(SystemCalls& calls, const std::string& path) {
+  std::string at = path;
+  for (int links = 0; links < kMostLinks; ++links) {
+    std::string resolved;
+    if (calls.realpath(at.c_str(), resolved) == 0) return resolved;
+    if (errno != ENOENT) failWithErrno(path);
+    struct stat status {};
+    if (calls.lstat(at.c_str(), status) < 0) {
+      if (errno != ENOENT || at.empty() || at.back() == '/') failWithErrno(path);
+      if (calls.realpath(folderOf(at).c_str(), resolved) < 0) failWithErrno(path);
+      return (resolved == "/" ? "" : resolved) + "/" + nameOf(at);
+    }
+    // A link to a missing file: that file is meant.
+    std::string link;
+    if (!S_ISLNK(status.st_mode)) throw SystemFailure(ENOENT, path);
+    if (calls.readlink(at.c_str(), link) < 0) failWithErrno(path);
+    at = !link.empty() && link[0] == '/' ? link : folderOf(at) + "/" + link;
+  }
+  throw SystemFailure(ELOOP, path);
+}
+
+void makeFolders(SystemCalls& calls, const std::string& folder) {
+  struct stat status {};
+  if (calls.stat(folder.c_str(), status) == 0) return;
+  if (errno != ENOENT || folder == folderOf(folder)) failWithErrno(folder);
+  makeFolders(calls, folderOf(folder));
+  if (calls.mkdir(folder.c_str(), 0700) < 0 && errno != EEXIST) failWithErrno(folder);
+}
+
+OpenFile openForReading(SystemCalls& calls, const std::string& path) {
+  OpenFile file(calls, path, O_RDONLY, 0, path);
+  if (S_ISDIR(file.status().st_mode)) throw SystemFailure(EISDIR, path);
+  return file;
+}
+
+std::string readWholeFile(OpenFile& file, std::size_t limit) {
+  constexpr std::size_t kChunk = 65536;
+  std::string bytes;
+  for (;;) {
+    const std::size_t size = bytes.size();
+    bytes.resize(size + kChunk);
+    const std::size_t count = file.read(bytes.data() + size, kChunk);
+    bytes.resize(size + count);
+    if (count == 0) return bytes;
+    if (bytes.size() > limit) file.fail(EFBIG);
+  }
+}
+
+FileReplacement::FileReplacement(SystemCalls& calls, const std::string& path, Options options)
+    : calls_(calls), path_(path), target_(resolveTarget(calls, path)) {
+  struct stat status {};
+  const bool exists = calls_.stat(target_.c_str(), status) == 0;
+  if (!exists && errno != ENOENT) failWithErrno(path_);
+  if (exists) {
+    if (S_ISDIR(status.st_mode)) throw SystemFailure(EISDIR, path_);
+    if (!S_ISREG(status.st_mode)) throw SystemFailure(EINVAL, path_);
+    if (calls_.mayWrite(target_.c_str()) < 0) failWithErrno(path_);
+    // The superuser may write everything: what nobody is meant to write is refused all the same.
+    if ((status.st_mode & 0222) == 0) throw SystemFailure(EACCES, path_);
+  }
+  try {
+    folder_ = OpenFile(calls_, folderOf(target_), O_RDONLY | O_DIRECTORY, 0, path_);
+  } catch (const SystemFailure& failure) {
+    // A folder may be open for writing and not for reading: then its flush is left out.
+    if (failure.error() != EACCES) throw;
+  }
+  openTemporary(options, exists);
+  try {
+    if (exists) takeOver(status);
+  } catch (...) {
+    removeTemporary();
+    throw;
+  }
+}
+
+void FileReplacement::openTemporary(Options options, bool targetExists) {
+  // Until it has the bits of the target, the new file is closed to all others.
+  const mode_t mode = targetExists ? 0600 : options.newFileMode;
+  for (int names = 1;; ++names) {
+    std::string name = options.locked ? target_ + ".new" : newTemporaryName(folderOf(target_));
+    try {
+      file_ = OpenFile(calls_, name, O_WRONLY | O_CREAT | O_EXCL, mode, path_);
+      temporary_ = std::move(name);
+      return;
+    } catch (const SystemFailure& failure) {
+      if (failure.error() != EEXIST || names == kMostNames) throw;
+      if (options.locked && calls_.unlink(name.c_str()) < 0) failWithErrno(path_);
+    }
+  }
+}
+
+void FileReplacement::takeOver(const struct stat& target) {
+  mode_t bits = target.st_mode & 07777;
+  const struct stat own = file_.status();
+  const bool sameOwner = own.st_uid == target.st_uid && own.st_gid == target.st_gid;
+  if (!sameOwner && calls_.fchown(file_.number(), target.st_uid, target.st_gid) < 0) {
+    bits &= 0777;
+    if (own.st_gid != target.st_gid) static_cast<void>(calls_.fchown(file_.number(), own.st_uid, target.st_gid));
+  }
+  if (calls_.fchmod(file_.number(), bits) < 0) failWithErrno(path_);
+}
+
+FileReplacement::~FileReplacement() { removeTemporary(); }
+
+void FileReplacement::removeTemporary() noexcept {
+  file_.closeQuietly();
+  if (!temporary_.empty()) calls_.unlink(temporary_.c_str());
+  temporary_.clear();
+}
+
+void FileReplacement::commit() {
+  file_.sync();
+  file_.close();
+  if (calls_.rename(temporary_.c_str(), target_.c_str()) < 0) failWithErrno(path_);
+  temporary_.clear();
+  if (!folder_.isOpen()) return;
+  try {
+    folder_.sync();
+  } catch (const SystemFailure& failure) {
+    // Some file systems cannot flush a folder.
+    if (failure.error() != EINVAL && failure.error() != ENOTSUP && failure.error() != EROFS) throw;
+  }
+}
+
+void replaceFile(SystemCalls& calls, const std::string& path, std::string_view bytes,
+                 FileReplacement::Options options) {
+  FileReplacement replacement(calls, path, options);
+  replacement.write(bytes);
+  replacement.commit();
+}
+
+}  // namespace posix
+
+}  // namespace dravenna

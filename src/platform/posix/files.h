@@ -1,0 +1,65 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "platform/posix/system_calls.h"
+
+// Paths are bytes here, without NULs. Everything that fails throws SystemFailure unless told otherwise.
+namespace dravenna::posix {
+
+// The bytes of a path.
+std::string pathBytes(std::u16string_view path);
+
+// The folder of a path: "." if it names none.
+std::string folderOf(const std::string& path);
+
+// The file that `path` leads to, through all symbolic links. The file itself may be missing, its folder not.
+std::string resolveTarget(SystemCalls& calls, const std::string& path);
+
+// Makes a folder and the missing ones above it, for this user only.
+void makeFolders(SystemCalls& calls, const std::string& folder);
+
+// Opens for reading. Fails on a folder.
+OpenFile openForReading(SystemCalls& calls, const std::string& path);
+
+// All bytes of a file that is no larger than `limit`; fails with EFBIG on a larger one.
+std::string readWholeFile(OpenFile& file, std::size_t limit);
+
+// New contents for a file. They go into a temporary file beside it; `commit` flushes that to disk and renames it over
+// the target. Until then, and when anything fails, the target is whole; the destructor removes the temporary file.
+class FileReplacement {
+ public:
+  struct Options {
+    mode_t newFileMode = 0666;  // less the umask, for a file that does not exist
+    bool locked = false;        // nobody else replaces this file now: a left-over temporary file is removed
+  };
+
+  // Refuses a folder and anything else that is no plain file, and a file that may not be written or has no permission
+  // bit for writing. An existing file keeps its permission bits and, where the system allows, its owner.
+  FileReplacement(SystemCalls& calls, const std::string& path, Options options);
+  FileReplacement(const FileReplacement&) = delete;
+  FileReplacement& operator=(const FileReplacement&) = delete;
+  ~FileReplacement();
+
+  void write(std::string_view bytes) { file_.writeAll(bytes); }
+
+  // Once. A failure to flush the folder comes when the target is the new one already.
+  void commit();
+
+ private:
+  void openTemporary(Options options, bool targetExists);
+  void takeOver(const struct stat& target);
+  void removeTemporary() noexcept;
+
+  SystemCalls& calls_;
+  std::string path_;    // as it was given, for failures
+  std::string target_;  // resolved
+  std::string temporary_;
+  OpenFile folder_;
+  OpenFile file_;
+};
+
+void replaceFile(SystemCalls& calls, const std::string& path, std::string_view bytes, FileReplacement::Options options);
+
+}  // namespace dravenna::posix
