@@ -38,6 +38,7 @@ class QuietWindowing : public Windowing {
 struct Editor {
   explicit Editor(const fs::path& source) {
     fs::copy_file(source, script, fs::copy_options::overwrite_existing);
+    fs::permissions(script, fs::perms::owner_write, fs::perm_options::add);
     windowing.pick = fromUtf8((folder / "script.lxf").string());
     form.AllowedCommands = kDefaultAllowedCommands;
     form.SpecialAllowedCommands = kDefaultSpecialCommands;
