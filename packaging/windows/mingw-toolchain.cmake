@@ -1,6 +1,6 @@
 # Windows (64 bit) from Debian: mingw-w64 with POSIX threads.
-# DRAVENNA_WINDOWS_CACHE is the folder that packaging/windows/build fills: qt/ (Qt for Windows) and headers/ (header-only
-# libraries of the distribution). Qt itself is built with this file too, before that folder has anything in it.
+# DRAVENNA_WINDOWS_CACHE is the folder that packaging/windows/build fills: qt/ (Qt for Windows) and libraries/ (small
+# ones). Qt itself is built with this file too, before that folder has anything in it.
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR x86_64)
 set(CMAKE_C_COMPILER x86_64-w64-mingw32-gcc-posix)
@@ -19,7 +19,7 @@ endif()
 list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES DRAVENNA_WINDOWS_CACHE)
 
 # Headers, libraries and packages only of the target; programs (moc, rcc) only of the build machine.
-set(CMAKE_FIND_ROOT_PATH /usr/x86_64-w64-mingw32 ${DRAVENNA_WINDOWS_CACHE}/qt ${DRAVENNA_WINDOWS_CACHE}/headers)
+set(CMAKE_FIND_ROOT_PATH /usr/x86_64-w64-mingw32 ${DRAVENNA_WINDOWS_CACHE}/qt ${DRAVENNA_WINDOWS_CACHE}/libraries)
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
