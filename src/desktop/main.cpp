@@ -10,6 +10,7 @@
 #include "app/version.h"
 #include "desktop/arguments.h"
 #include "desktop/main_window.h"
+#include "desktop/program_style.h"
 #include "desktop/qt_text.h"
 #include "desktop/script_view.h"
 #include "platform/system.h"
@@ -51,10 +52,16 @@ int transferSettings(const Arguments& arguments) {
   }
 }
 
-// The toolkit ends the program by an abort when there is no display; this ends it by a word and a status.
+// The toolkit ends the program by an abort when there is no display; this ends it by a word and a status. Its warnings
+// are of use only then.
 void tellToolkitMessage(QtMsgType type, const QMessageLogContext&, const QString& message) {
-  std::fprintf(stderr, "dravenna: %s\n", qUtf8Printable(message));
-  if (type == QtFatalMsg) std::_Exit(1);
+  static std::string warnings;
+  const std::string line = "dravenna: " + message.toStdString() + "\n";
+  if (type == QtCriticalMsg) std::fputs(line.c_str(), stderr);
+  if (type == QtWarningMsg) warnings += line;
+  if (type != QtFatalMsg) return;
+  std::fputs((warnings + line).c_str(), stderr);
+  std::_Exit(1);
 }
 
 // Each of these costs milliseconds or megabytes before the first paint and gives this program nothing.
@@ -65,7 +72,7 @@ void trimToolkit() {
   setDefault("QT_XCB_GL_INTEGRATION", "none");
   setDefault("QT_QPA_PLATFORMTHEME", "generic");
   QCoreApplication::setAttribute(Qt::AA_DontUseNativeMenuBar);
-  QApplication::setStyle(QStringLiteral("fusion"));
+  QApplication::setStyle(new ProgramStyle);
 }
 
 QIcon programIcon() {

@@ -62,6 +62,8 @@ void MainWindow::buildControls() {
   EDT_->setObjectName(QStringLiteral("EDT"));
   EDT_->setAccessibleName(QStringLiteral("Text"));
   EDT_->setFont(editFont());
+  EDT_->setFrame(false);
+  EDT_->setTextMargins(3, 0, 3, 0);
   EDT_->setToolTip(QStringLiteral("F5 -> Color"));
   EDT_->onGotFocus = [this] { handle([this] { principal_.EDT_GotFocus(); }); };
   EDT_->onUserEdit = [this] { handle([] {}); };
@@ -86,8 +88,10 @@ void MainWindow::placeOnScreen() {
 void MainWindow::start() {
   show();
   tellSize();
-  started_ = true;
+  started_ = loading_ = true;
   handle([this] { principal_.Form_Load(); });
+  loading_ = false;
+  pointerChanged();
 }
 
 void MainWindow::handle(const std::function<void()>& handlers) {

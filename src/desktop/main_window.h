@@ -76,6 +76,7 @@ class MainWindow : public QMainWindow, private Windowing {
   std::function<void(std::u16string_view)> tellMessage_;
   int running_ = 0;  // handlers on the stack
   bool started_ = false;
+  bool loading_ = false;  // the start-up runs: the busy pointer would cost more than it shows
   bool unloaded_ = false;
   bool busyShown_ = false;
 };

@@ -60,7 +60,7 @@ void MainWindow::beep() { onBeep(); }
 void MainWindow::pointerChanged() {
   const bool busy = principal_.form.MousePointer == kHourglassPointer ||
                     principal_.screenMousePointer == kHourglassPointer;
-  if (busy == busyShown_) return;
+  if (busy == busyShown_ || loading_) return;
   busyShown_ = busy;
   if (busy) {
     QGuiApplication::setOverrideCursor(Qt::WaitCursor);
