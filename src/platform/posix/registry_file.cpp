@@ -250,14 +250,12 @@ class RegistryFile : public RegistryCalls {
       std::optional<std::string> kept;
       try {
         kept = readFile(name, stamp);
-        if (!kept) {
-          replaceFile(calls_, name, bytes, {.newFileMode = status.st_mode & 0777, .locked = true});
-          return;
-        }
       } catch (const SystemFailure&) {
         if (number == kMostKept) throw;
+        continue;  // not ours to read
       }
-      if (kept == bytes) return;
+      if (!kept) replaceFile(calls_, name, bytes, {.newFileMode = status.st_mode & 0777, .locked = true});
+      if (!kept || kept == bytes) return;
     }
   }
 

@@ -1,0 +1,386 @@
+// What every system's implementation of files, code pages and registry must do.
+
+#include <gtest/gtest.h>
+
+#include <random>
+
+#include "platform/failure.h"
+#include "platform/system.h"
+#include "scratch_folder.h"
+#include "text/text.h"
+
+namespace dravenna {
+
+namespace {
+
+using namespace std::string_literals;
+using Names = std::set<std::string>;
+
+constexpr const char* kPages[] = {"874",  "932",  "936",  "949",  "950",  "1250", "1251", "1252",
+                                  "1253", "1254", "1255", "1256", "1257", "1258", "65001"};
+
+// Runs `call`, which must fail; gives the description.
+template <typename Call>
+std::string failureOf(Call call) {
+  try {
+    call();
+  } catch (const Failure& failure) {
+    EXPECT_FALSE(failure.description().empty());
+    return toUtf8(failure.description());
+  }
+  ADD_FAILURE() << "no failure";
+  return {};
+}
+
+// The lines of a text by the plain rule.
+std::vector<std::u16string> linesOf(std::u16string_view text) {
+  std::vector<std::u16string> lines;
+  while (!text.empty()) {
+    const std::size_t feed = text.find(u'\n');
+    std::u16string_view line = text.substr(0, feed);
+    if (feed != std::u16string_view::npos && line.ends_with(u'\r')) line.remove_suffix(1);
+    lines.emplace_back(line);
+    text = feed == std::u16string_view::npos ? std::u16string_view() : text.substr(feed + 1);
+  }
+  return lines;
+}
+
+std::vector<std::u16string> readLines(TextFiles& files, std::u16string_view path) {
+  std::vector<std::u16string> lines;
+  const auto reader = files.openTextFile(path);
+  while (!reader->atEndOfStream()) lines.emplace_back(reader->readLine());
+  EXPECT_NE(failureOf([&] { reader->readLine(); }), "");
+  reader->close();
+  return lines;
+}
+
+std::string replaced(TextFiles& files, const ScratchFolder& folder, std::u16string_view text) {
+  const auto writer = files.createTextFile(folder.path("out"), Writing::Replace);
+  writer->write(text);
+  writer->close();
+  return folder.get("out");
+}
+
+class EveryPage : public testing::TestWithParam<const char*> {
+ protected:
+  CodePagePtr page_ = codePageByName(GetParam());
+  ScratchFolder folder_;
+};
+
+INSTANTIATE_TEST_SUITE_P(Pages, EveryPage, testing::ValuesIn(kPages));
+
+TEST_P(EveryPage, GivesBackArbitraryBytes) {
+  ASSERT_TRUE(page_);
+  EXPECT_EQ(std::to_string(page_->number()), GetParam());
+  const auto files = makeTextFiles(page_);
+  std::mt19937 random(static_cast<unsigned>(page_->number()));
+  for (const std::size_t size : {1u, 2u, 3u, 7u, 100u, 65535u, 65536u, 65537u, 131072u, 300001u}) {
+    for (const unsigned lineEnds : {0u, 4u, 40u}) {  // in 256 bytes
+      std::string bytes(size, '\0');
+      for (char& c : bytes) {
+        const unsigned pick = random() % 256;
+        c = pick < lineEnds ? "\r\n"[pick % 2] : static_cast<char>(random() % 256);
+      }
+      folder_.put("in", bytes);
+      const std::u16string text = files->openTextFile(folder_.path("in"))->readAll();
+      ASSERT_EQ(text, page_->decode(bytes)) << size;
+      ASSERT_EQ(replaced(*files, folder_, text), bytes) << size;
+      ASSERT_EQ(readLines(*files, folder_.path("in")), linesOf(text)) << size;
+    }
+  }
+}
+
+TEST_P(EveryPage, CutsNothingAtAnyPlace) {
+  const auto files = makeTextFiles(page_);
+  // Two lines of what the page has beyond ASCII, moved over the border of a chunk byte by byte.
+  std::string sample = "\r\r\n";
+  for (int byte = 0x80; byte < 0x100; ++byte) sample += static_cast<char>(byte);
+  sample += "\xE3\x81\x82\xF0\x9F\x98\x80\xE3\x81\r\n\x81\x40\x30\x81";
+  for (std::size_t before = 65536 - sample.size() - 1; before <= 65537; ++before) {
+    const std::string bytes = std::string(before, 'x') + sample;
+    folder_.put("in", bytes);
+    ASSERT_EQ(readLines(*files, folder_.path("in")), linesOf(page_->decode(bytes))) << before;
+  }
+}
+
+TEST(TextFiles, EndLinesAtLineFeedsOnly) {
+  const ScratchFolder folder;
+  const auto files = makeTextFiles(codePageByName("1252"));
+  using Lines = std::vector<std::u16string>;
+  const std::pair<std::string, Lines> cases[] = {
+      {"", {}},
+      {"\n", {u""}},
+      {"\r\n", {u""}},
+      {"a", {u"a"}},
+      {"a\r", {u"a\r"}},
+      {"a\r\nb\nc", {u"a", u"b", u"c"}},
+      {"a\rb\r\n", {u"a\rb"}},
+      {"a\r\r\n\r\r", {u"a\r", u"\r\r"}},
+      {"\n\n\r\n", {u"", u"", u""}},
+      {"a\0b\n\0"s, {u"a\0b"s, u"\0"s}},
+      {"\x1A\xEF\xBB\xBF\n", {u"\x1A\xEF\xBB\xBF"}},
+  };
+  for (const auto& [bytes, lines] : cases) {
+    folder.put("in", bytes);
+    EXPECT_EQ(readLines(*files, folder.path("in")), lines) << testing::PrintToString(bytes);
+  }
+}
+
+TEST(TextFiles, ReadTheRestAfterSomeLines) {
+  const ScratchFolder folder;
+  const auto files = makeTextFiles(codePageByName("1252"));
+  const std::string rest = std::string(200000, 'y') + "\r\nz";
+  folder.put("in", "a\r\n\nb\n" + rest);
+  const auto reader = files->openTextFile(folder.path("in"));
+  EXPECT_EQ(reader->readLine(), u"a");
+  EXPECT_EQ(reader->readLine(), u"");
+  EXPECT_EQ(reader->readLine(), u"b");
+  EXPECT_EQ(reader->readAll(), fromAscii(rest));
+  EXPECT_TRUE(reader->atEndOfStream());
+  failureOf([&] { reader->readAll(); });
+  folder.put("empty", "");
+  failureOf([&] { files->openTextFile(folder.path("empty"))->readAll(); });
+}
+
+TEST(TextFiles, HoldOneVeryLongLine) {
+  const ScratchFolder folder;
+  const auto files = makeTextFiles(codePageByName("utf-8"));
+  folder.put("in", std::string(20'000'000, '"') + "\r\nend");
+  const auto reader = files->openTextFile(folder.path("in"));
+  EXPECT_EQ(reader->readLine().size(), 20'000'000u);
+  EXPECT_EQ(reader->readLine(), u"end");
+}
+
+TEST(TextFiles, RefuseWhatIsNoFile) {
+  const ScratchFolder folder;
+  folder.put("file", "x");
+  std::filesystem::create_directory(folder.file("folder"));
+  const auto files = makeTextFiles(codePageByName("1252"));
+  for (const char* const name : {"missing", "folder", "folder/missing/file"}) {
+    failureOf([&] { files->openTextFile(folder.path(name)); });
+    EXPECT_FALSE(files->fileExists(folder.path(name))) << name;
+  }
+  EXPECT_TRUE(files->fileExists(folder.path("file")));
+  EXPECT_FALSE(files->fileExists(u""));
+  for (const Writing writing : {Writing::InPlace, Writing::Replace}) {
+    failureOf([&] { files->createTextFile(folder.path("folder"), writing); });
+    failureOf([&] { files->createTextFile(folder.path("folder/missing/file"), writing); });
+    failureOf([&] { files->createTextFile(u"", writing); });
+  }
+  EXPECT_EQ(folder.names(), (Names{"file", "folder"}));
+}
+
+TEST(TextFiles, WriteLines) {
+  const ScratchFolder folder;
+  const auto files = makeTextFiles(codePageByName("1252"));
+  for (const Writing writing : {Writing::InPlace, Writing::Replace}) {
+    folder.put("out", "what was there before, and is longer");
+    const auto writer = files->createTextFile(folder.path("out"), writing);
+    writer->writeLine(u"caf\u00E9 \u20AC");
+    writer->write(u"a\nb");
+    writer->writeLine(u"");
+    writer->close();
+    EXPECT_EQ(folder.get("out"), "caf\xE9 \x80\r\na\nb\r\n");
+  }
+  EXPECT_EQ(folder.names(), Names{"out"});
+}
+
+TEST(TextFiles, WithoutCloseAReplacedFileIsTheOldOne) {
+  const ScratchFolder folder;
+  const auto files = makeTextFiles(codePageByName("1252"));
+  folder.put("out", "old");
+  {
+    const auto writer = files->createTextFile(folder.path("out"), Writing::Replace);
+    writer->write(std::u16string(200000, u'n'));
+    EXPECT_EQ(folder.get("out"), "old");
+  }
+  EXPECT_EQ(folder.get("out"), "old");
+  files->createTextFile(folder.path("new"), Writing::Replace)->write(u"n");
+  EXPECT_EQ(folder.names(), Names{"out"});
+  files->createTextFile(folder.path("out"), Writing::InPlace)->write(u"new");
+  EXPECT_EQ(folder.get("out"), "new");
+}
+
+TEST(TextFiles, NameTheCharacterThatThePageCannotHold) {
+  const ScratchFolder folder;
+  const auto files = makeTextFiles(codePageByName("1252"));
+  folder.put("out", "old");
+  {
+    const auto writer = files->createTextFile(folder.path("out"), Writing::Replace);
+    writer->writeLine(u"one");
+    const std::string description = failureOf([&] { writer->write(u"two\nthr\u0416ee"); });
+    for (const char* const word : {"\xD0\x96", "U+0416", "line 3", "1252"}) {
+      EXPECT_NE(description.find(word), std::string::npos) << description;
+    }
+    failureOf([&] { writer->close(); });
+  }
+  EXPECT_EQ(folder.get("out"), "old");
+  {
+    const auto writer = files->createTextFile(folder.path("out"), Writing::InPlace);
+    writer->writeLine(u"one");
+    EXPECT_NE(failureOf([&] { writer->write(u"two\U0001F600"); }).find("U+1F600"), std::string::npos);
+    writer->writeLine(u"three");
+    writer->close();
+  }
+  EXPECT_EQ(folder.get("out"), "one\r\nthree\r\n");
+  EXPECT_EQ(folder.names(), Names{"out"});
+}
+
+TEST(TextFiles, KeepForeignCharactersInPaths) {
+  const ScratchFolder folder;
+  const std::u16string path = folder.path("") + u"\u0416 \u00E9\u0E01 \U0001F600.txt";
+  replaceBytes(path, "first\0"s);
+  replaceBytes(path, "second\0\xFF"s);
+  EXPECT_EQ(readBytes(path), "second\0\xFF"s);
+  const auto files = makeTextFiles(codePageByName("1252"));
+  EXPECT_TRUE(files->fileExists(path));
+  EXPECT_EQ(files->openTextFile(path)->readAll(), u"second\0\u00FF"s);
+  failureOf([&] { readBytes(folder.path("missing")); });
+  failureOf([&] { replaceBytes(folder.path("missing/file"), ""); });
+}
+
+TEST(CodePages, HaveTheirCharacters) {
+  const std::tuple<const char*, const char*, const char16_t*> cases[] = {
+      {"874", "\xA1\x80\xFB", u"\u0E01\u20AC\u0E5B"},
+      {"932", "\x82\xA0\xB1\x83\x5C", u"\u3042\uFF71\u30BD"},
+      {"936", "\xC4\xE3\x80", u"\u4F60\u20AC"},
+      {"949", "\xC7\xD1", u"\uD55C"},
+      {"950", "\xA4\xA4\xB3\x5C", u"\u4E2D\u8A31"},
+      {"1250", "\xB9\xF8", u"\u0105\u0159"},
+      {"1251", "\xC6\xFF", u"\u0416\u044F"},
+      {"1252", "\x80\x9F\xE3", u"\u20AC\u0178\u00E3"},
+      {"1253", "\xE1\xD9", u"\u03B1\u03A9"},
+      {"1254", "\xDD\xFD", u"\u0130\u0131"},
+      {"1255", "\xE0\xC0\xF9", u"\u05D0\u05B0\u05E9"},
+      {"1256", "\xC7\xED", u"\u0627\u064A"},
+      {"1257", "\xE6\xE0", u"\u0119\u0105"},
+      {"1258", "\xE2\xEC\xF5", u"\u00E2\u0301\u01A1"},
+      {"65001", "\xE0\xB8\x81\xF0\x9F\x98\x80", u"\u0E01\U0001F600"},
+  };
+  for (const auto& [name, bytes, text] : cases) {
+    const CodePagePtr page = codePageByName(name);
+    ASSERT_TRUE(page) << name;
+    EXPECT_EQ(page->decode(bytes), text) << name;
+    std::string back;
+    EXPECT_EQ(page->encode(text, back), std::u16string_view::npos);
+    EXPECT_EQ(back, bytes) << name;
+  }
+  for (const char* const name : {"cp1252", "CP1252", "windows-1252", "Windows-1252"}) {
+    EXPECT_EQ(codePageByName(name)->number(), 1252) << name;
+  }
+  for (const char* const name : {"utf-8", "UTF8", "Utf-8", "65001"}) EXPECT_TRUE(codePageByName(name)->isUtf8());
+  for (const char* const name : {"", "0", "437", "12520", "cp", "latin1", "windows-cp1252", "1252 "}) {
+    EXPECT_FALSE(codePageByName(name)) << name;
+  }
+}
+
+constexpr std::uint32_t kRoot = HKEY_LOCAL_MACHINE_ID;
+constexpr char16_t kKey[] = u"Software\\Halvex\\DravennaContractTest";
+
+class RegistryContract : public testing::Test {
+ protected:
+  ~RegistryContract() override {
+    registry_->deleteKey(kRoot, std::u16string(kKey) + u"\\Below\\Deep");
+    registry_->deleteKey(kRoot, std::u16string(kKey) + u"\\Below");
+    registry_->deleteKey(kRoot, kKey);
+  }
+
+  bool has(std::u16string_view key) {
+    RegistryCalls::Handle handle = 1;
+    const bool opened = registry_->openKey(kRoot, key, handle) == 0;
+    EXPECT_EQ(opened, handle != 0);
+    EXPECT_EQ(registry_->closeKey(handle) == 0, opened);
+    return opened;
+  }
+
+  std::int32_t set(std::u16string_view key, std::u16string_view name, std::u16string_view data) {
+    RegistryCalls::Handle handle = 0;
+    registry_->createKey(kRoot, key, handle);
+    const std::int32_t status = registry_->setValue(handle, name, data);
+    registry_->closeKey(handle);
+    return status;
+  }
+
+  // Without a terminator that the system may have stored behind the value.
+  std::u16string get(std::u16string_view key, std::u16string_view name) {
+    RegistryCalls::Handle handle = 0;
+    registry_->openKey(kRoot, key, handle);
+    std::uint32_t type = 99;
+    std::uint32_t size = 0;
+    std::u16string data = u"missing";
+    if (registry_->queryValue(handle, name, type, nullptr, size) == 0) {
+      EXPECT_EQ(type, kRegSz);
+      data.assign(size, u' ');
+      EXPECT_EQ(registry_->queryValue(handle, name, type, data.data(), size), 0);
+      EXPECT_EQ(size, data.size());
+    }
+    registry_->closeKey(handle);
+    return data;
+  }
+
+  std::unique_ptr<RegistryCalls> registry_ = makeRegistry();
+};
+
+TEST_F(RegistryContract, ReadingMakesNothing) {
+  EXPECT_FALSE(has(kKey));
+  EXPECT_EQ(get(kKey, u"Name"), u"missing");
+  EXPECT_NE(registry_->deleteKey(kRoot, kKey), 0);
+  EXPECT_FALSE(has(kKey));
+}
+
+TEST_F(RegistryContract, GivesBackWhatWasStored) {
+  std::u16string all;
+  for (unsigned unit = 1; unit < 0x3000; ++unit) all += static_cast<char16_t>(unit);
+  const std::u16string values[] = {u"",           u"word",
+                                   u"a\\b\"c\"",  u"two\r\nlines",
+                                   u"a\0b"s,      u"\xDC80\xD800x",
+                                   u"\U0001F600", all,
+                                   u" blanks ",   std::u16string(40000, u'x')};
+  for (const std::u16string& value : values) {
+    ASSERT_EQ(set(kKey, u"Name", value), 0);
+    EXPECT_EQ(get(kKey, u"Name"), value);
+    registry_ = makeRegistry();
+    EXPECT_EQ(get(kKey, u"Name"), value);
+  }
+  ASSERT_EQ(set(kKey, u"", u"default"), 0);
+  ASSERT_EQ(set(kKey, u"\u0416 \"=\\", u"odd name"), 0);
+  EXPECT_EQ(get(kKey, u""), u"default");
+  EXPECT_EQ(get(u"SOFTWARE\\halvex\\dravennacontracttest", u"\u0436 \"=\\"), u"odd name");
+  ASSERT_EQ(set(kKey, u"NAME", u"again"), 0);
+  EXPECT_EQ(get(kKey, u"name"), u"again");
+}
+
+TEST_F(RegistryContract, FillsASmallerBufferOrFails) {
+  ASSERT_EQ(set(kKey, u"Name", u"abcdef"), 0);
+  RegistryCalls::Handle handle = 0;
+  ASSERT_EQ(registry_->openKey(kRoot, kKey, handle), 0);
+  char16_t data[4] = {u'.', u'.', u'.', u'.'};
+  std::uint32_t type = 0;
+  std::uint32_t size = 3;
+  registry_->queryValue(handle, u"Name", type, data, size);
+  EXPECT_EQ(data[3], u'.');
+  registry_->closeKey(handle);
+  EXPECT_NE(registry_->queryValue(handle, u"Name", type, nullptr, size), 0);
+  EXPECT_NE(registry_->setValue(0, u"Name", u"x"), 0);
+  EXPECT_NE(registry_->closeKey(0), 0);
+}
+
+TEST_F(RegistryContract, MakesAndDeletesKeysOneByOne) {
+  const std::u16string below = std::u16string(kKey) + u"\\Below";
+  const std::u16string deep = below + u"\\Deep";
+  ASSERT_EQ(set(deep, u"", u"x"), 0);
+  EXPECT_TRUE(has(below));
+  EXPECT_TRUE(has(kKey));
+  EXPECT_NE(registry_->deleteKey(kRoot, below), 0);
+  EXPECT_EQ(get(deep, u""), u"x");
+  EXPECT_EQ(registry_->deleteKey(kRoot, deep), 0);
+  EXPECT_FALSE(has(deep));
+  EXPECT_TRUE(has(below));
+  EXPECT_EQ(registry_->deleteKey(kRoot, below), 0);
+  EXPECT_EQ(registry_->deleteKey(kRoot, kKey), 0);
+  EXPECT_NE(registry_->deleteKey(kRoot, kKey), 0);
+}
+
+}  // namespace
+
+}  // namespace dravenna

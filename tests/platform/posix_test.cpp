@@ -1,0 +1,278 @@
+#include <gtest/gtest.h>
+#include <sys/mount.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+
+#include "platform/failure.h"
+#include "platform/posix/desktop_entry.h"
+#include "platform/system.h"
+#include "scratch_folder.h"
+#include "text/text.h"
+
+namespace dravenna {
+
+namespace {
+
+namespace fs = std::filesystem;
+using Names = std::set<std::string>;
+
+// The rights of an ordinary user for a while, when the tests run as root.
+class AsNobody {
+ public:
+  AsNobody() { EXPECT_TRUE(::getuid() != 0 || ::seteuid(65534) == 0); }
+  AsNobody(const AsNobody&) = delete;
+  AsNobody& operator=(const AsNobody&) = delete;
+  ~AsNobody() { EXPECT_TRUE(::getuid() != 0 || ::seteuid(0) == 0); }
+};
+
+std::string save(const fs::path& path, std::u16string_view text) {
+  try {
+    const auto writer = makeTextFiles(codePageByName("utf-8"))->createTextFile(path.u16string(), Writing::Replace);
+    writer->write(text);
+    writer->close();
+  } catch (const Failure& failure) {
+    return toUtf8(failure.description());
+  }
+  return "saved";
+}
+
+mode_t modeOf(const fs::path& path) {
+  struct stat status {};
+  EXPECT_EQ(::lstat(path.c_str(), &status), 0);
+  return status.st_mode & 07777;
+}
+
+TEST(Replace, FollowsLinks) {
+  const ScratchFolder folder;
+  fs::create_directory(folder.file("real"));
+  fs::create_directory(folder.file("links"));
+  folder.put("real/file", "old");
+  fs::create_symlink("../real/file", folder.file("links/one"));
+  fs::create_symlink("one", folder.file("links/two"));
+  fs::create_symlink("../real/missing", folder.file("links/dangling"));
+  fs::create_symlink("dangling", folder.file("links/twice"));
+  fs::create_symlink("../nowhere/missing", folder.file("links/lost"));
+  fs::create_symlink("loop", folder.file("links/loop"));
+  EXPECT_EQ(save(folder.file("links/two"), u"new"), "saved");
+  EXPECT_EQ(folder.get("real/file"), "new");
+  EXPECT_EQ(save(folder.file("links/twice"), u"made"), "saved");
+  EXPECT_EQ(folder.get("real/missing"), "made");
+  for (const char* const name : {"links/one", "links/two", "links/dangling", "links/twice"}) {
+    EXPECT_TRUE(fs::is_symlink(folder.file(name))) << name;
+  }
+  EXPECT_NE(save(folder.file("links/lost"), u"x").find("No such file or directory: '"), std::string::npos);
+  EXPECT_NE(save(folder.file("links/loop"), u"x").find("symbolic links"), std::string::npos);
+}
+
+TEST(Replace, KeepsPermissionBits) {
+  const ScratchFolder folder;
+  for (const mode_t mode : {0600u, 0640u, 0664u, 0755u, 0622u, 0200u}) {
+    const fs::path file = folder.put("file", "old");
+    ASSERT_EQ(::chmod(file.c_str(), mode), 0);
+    EXPECT_EQ(save(file, u"new"), "saved");
+    EXPECT_EQ(modeOf(file), mode);
+  }
+  const mode_t mask = ::umask(027);
+  EXPECT_EQ(save(folder.file("fresh"), u"new"), "saved");
+  ::umask(mask);
+  EXPECT_EQ(modeOf(folder.file("fresh")), 0640u);
+}
+
+TEST(Replace, KeepsTheOwner) {
+  if (::geteuid() != 0) GTEST_SKIP() << "needs root";
+  const ScratchFolder folder;
+  const fs::path file = folder.put("file", "old");
+  ASSERT_EQ(::chown(file.c_str(), 1234, 2345), 0);
+  EXPECT_EQ(save(file, u"new"), "saved");
+  struct stat status {};
+  ASSERT_EQ(::stat(file.c_str(), &status), 0);
+  EXPECT_EQ(status.st_uid, 1234u);
+  EXPECT_EQ(status.st_gid, 2345u);
+}
+
+TEST(Replace, RefusesWhatMayNotBeWritten) {
+  const ScratchFolder folder;
+  fs::create_directory(folder.file("folder"));
+  const fs::path file = folder.put("folder/file", "old");
+  const std::string denied = "Permission denied: '" + file.string() + "'";
+  ASSERT_EQ(::chmod(file.c_str(), 0444), 0);
+  EXPECT_EQ(save(file, u"new"), denied);
+  ASSERT_EQ(::chmod(file.c_str(), 0666), 0);
+  ASSERT_EQ(::chmod(folder.file("folder").c_str(), 0555), 0);
+  {
+    const AsNobody nobody;
+    EXPECT_EQ(save(file, u"new"), denied);
+  }
+  ASSERT_EQ(::chmod(folder.file("folder").c_str(), 0777), 0);
+  if (::geteuid() == 0) {  // another user's file, in a folder that is open to all
+    ASSERT_EQ(::chmod(file.c_str(), 0644), 0);
+    const AsNobody nobody;
+    EXPECT_EQ(save(file, u"new"), denied);
+  }
+  EXPECT_EQ(folder.get("folder/file"), "old");
+  EXPECT_EQ(fs::directory_iterator(folder.file("folder"))->path(), file);
+  // A folder that can be written and not be listed.
+  ASSERT_EQ(::chmod(file.c_str(), 0666), 0);
+  ASSERT_EQ(::chmod(folder.file("folder").c_str(), 0333), 0);
+  {
+    const AsNobody nobody;
+    EXPECT_EQ(save(file, u"new"), "saved");
+  }
+  ASSERT_EQ(::chmod(folder.file("folder").c_str(), 0777), 0);
+  EXPECT_EQ(folder.get("folder/file"), "new");
+  EXPECT_EQ(save(folder.file("folder"), u"x"), "Is a directory: '" + folder.file("folder").string() + "'");
+  ASSERT_EQ(::mkfifo(folder.file("pipe").c_str(), 0666), 0);
+  EXPECT_EQ(save(folder.file("pipe"), u"x"), "Invalid argument: '" + folder.file("pipe").string() + "'");
+  EXPECT_EQ(modeOf(folder.file("pipe")), 0666u & ~022u);
+}
+
+TEST(Replace, LeavesTheFileWholeOnAFullDisk) {
+  const ScratchFolder folder;
+  fs::create_directory(folder.file("disk"));
+  if (::mount("tmpfs", folder.file("disk").c_str(), "tmpfs", 0, "size=256k") != 0) {
+    GTEST_SKIP() << "needs root and the right to mount";
+  }
+  const std::string old(100000, 'o');
+  folder.put("disk/file", old);
+  const std::string saved = save(folder.file("disk/file"), std::u16string(300000, u'n'));
+  const std::string after = folder.get("disk/file");
+  const auto left = std::distance(fs::directory_iterator(folder.file("disk")), {});
+  ASSERT_EQ(::umount(folder.file("disk").c_str()), 0);
+  EXPECT_EQ(saved, "No space left on device: '" + folder.file("disk/file").string() + "'");
+  EXPECT_EQ(after, old);
+  EXPECT_EQ(left, 1);
+}
+
+TEST(Paths, KeepBytesThatAreNoUtf8) {
+  const ScratchFolder folder;
+  folder.put("caf\xE9", "x");
+  const std::u16string path = fromUtf8(folder.file("caf\xE9").string());
+  EXPECT_EQ(path.back(), 0xDCE9);
+  const auto files = makeTextFiles(codePageByName("1252"));
+  EXPECT_TRUE(files->fileExists(path));
+  EXPECT_FALSE(files->fileExists(path + u'\0'));
+  replaceBytes(path, "y");
+  EXPECT_EQ(folder.get("caf\xE9"), "y");
+  EXPECT_THROW(replaceBytes(path + u'\0' + u"z", "z"), Failure);
+  EXPECT_EQ(folder.names(), Names{"caf\xE9"});
+}
+
+TEST(CodePages, FollowTheLocale) {
+  const auto pageIn = [](const char* all, const char* type, const char* lang, const char* own = nullptr) {
+    const std::pair<const char*, const char*> variables[] = {
+        {"LC_ALL", all}, {"LC_CTYPE", type}, {"LANG", lang}, {"DRAVENNA_CODEPAGE", own}};
+    for (const auto& [name, value] : variables) value != nullptr ? ::setenv(name, value, 1) : ::unsetenv(name);
+    return systemCodePage()->number();
+  };
+  const std::pair<const char*, int> languages[] = {{"C", 1252},
+                                                   {"C.UTF-8", 1252},
+                                                   {"POSIX", 1252},
+                                                   {"pt_BR.UTF-8", 1252},
+                                                   {"th_TH", 874},
+                                                   {"ja_JP.UTF-8", 932},
+                                                   {"ko_KR", 949},
+                                                   {"zh_CN.UTF-8", 936},
+                                                   {"zh_SG", 936},
+                                                   {"zh", 936},
+                                                   {"zh_TW.UTF-8", 950},
+                                                   {"zh_HK", 950},
+                                                   {"pl_PL.UTF-8", 1250},
+                                                   {"cs", 1250},
+                                                   {"sr_RS", 1251},
+                                                   {"sr_RS@latin", 1250},
+                                                   {"sr_RS.UTF-8@latin", 1250},
+                                                   {"uk_UA", 1251},
+                                                   {"be_BY", 1251},
+                                                   {"bg_BG", 1251},
+                                                   {"mk_MK", 1251},
+                                                   {"ru_RU.KOI8-R", 1251},
+                                                   {"uz_UZ@cyrillic", 1251},
+                                                   {"el_GR", 1253},
+                                                   {"tr_TR", 1254},
+                                                   {"he_IL", 1255},
+                                                   {"ar_EG", 1256},
+                                                   {"fa_IR", 1256},
+                                                   {"lt_LT", 1257},
+                                                   {"lv_LV", 1257},
+                                                   {"et_EE", 1257},
+                                                   {"vi_VN.UTF-8", 1258},
+                                                   {"thx", 1252}};
+  for (const auto& [locale, number] : languages) EXPECT_EQ(pageIn(nullptr, nullptr, locale), number) << locale;
+  EXPECT_EQ(pageIn("th_TH", "ru_RU", "ja_JP"), 874);
+  EXPECT_EQ(pageIn("", "ru_RU", "ja_JP"), 1251);
+  EXPECT_EQ(pageIn(nullptr, nullptr, nullptr), 1252);
+  EXPECT_EQ(pageIn("th_TH", nullptr, nullptr, "utf-8"), kUtf8CodePage);
+  EXPECT_EQ(pageIn("th_TH", nullptr, nullptr, "cp1251"), 1251);
+  EXPECT_EQ(pageIn("th_TH", nullptr, nullptr, "437"), 874);
+  pageIn(nullptr, nullptr, nullptr);
+}
+
+TEST(Process, KnowsItsCommandLineAndFolder) {
+  const auto process = makeProcess({u"\"a", u"b  c\"", u""});
+  EXPECT_EQ(process->commandLine(), u"\"a b  c\" ");
+  EXPECT_EQ(makeProcess({})->commandLine(), u"");
+  EXPECT_EQ(toUtf8(process->programFolder()), fs::read_symlink("/proc/self/exe").parent_path().string());
+}
+
+class DesktopEntry : public testing::Test {
+ protected:
+  DesktopEntry() {
+    ::setenv("XDG_DATA_HOME", folder_.file("data").c_str(), 1);
+    ::setenv("XDG_CONFIG_HOME", folder_.file("config").c_str(), 1);
+    ::setenv("XDG_DATA_DIRS", folder_.file("system").c_str(), 1);
+    fs::create_directories(folder_.file("system/applications/kde"));
+    fs::create_directory(folder_.file("config"));
+  }
+  ~DesktopEntry() override {
+    for (const char* const name : {"XDG_DATA_HOME", "XDG_CONFIG_HOME", "XDG_DATA_DIRS"}) ::unsetenv(name);
+  }
+
+  void add() { posix::addDesktopEntry(posix::realSystemCalls(), "/opt/my \"$tools\\50%/dravenna"); }
+  void remove() { posix::removeDesktopEntry(posix::realSystemCalls()); }
+  std::string lists() { return folder_.get("config/mimeapps.list"); }
+
+  ScratchFolder folder_;
+};
+
+TEST_F(DesktopEntry, ComesAndGoesWithoutATrace) {
+  add();
+  const std::string entry = folder_.get("data/applications/dravenna-open.desktop");
+  EXPECT_NE(entry.find("\nExec=\"/opt/my \\\\\"\\\\$tools\\\\\\\\50%%/dravenna\" %f\n"), std::string::npos) << entry;
+  EXPECT_NE(entry.find("\nMimeType=text/plain;\n"), std::string::npos);
+  EXPECT_EQ(lists(), "[Added Associations]\ntext/plain=dravenna-open.desktop;\n");
+  add();
+  EXPECT_EQ(lists(), "[Added Associations]\ntext/plain=dravenna-open.desktop;\n");
+  remove();
+  EXPECT_FALSE(fs::exists(folder_.file("data/applications/dravenna-open.desktop")));
+  EXPECT_FALSE(fs::exists(folder_.file("config/mimeapps.list")));
+  remove();
+}
+
+TEST_F(DesktopEntry, StaysBehindTheProgramThatOpensTextFilesNow) {
+  folder_.put("system/applications/mimeinfo.cache",
+              "[MIME Cache]\nimage/png=p.desktop;\ntext/plain=gone.desktop;kde-edit.desktop;z.desktop;\n");
+  folder_.put("system/applications/kde/edit.desktop", "");
+  folder_.put("system/applications/z.desktop", "");
+  add();
+  add();
+  EXPECT_EQ(lists(), "[Added Associations]\ntext/plain=kde-edit.desktop;dravenna-open.desktop;\n");
+  remove();
+  EXPECT_FALSE(fs::exists(folder_.file("config/mimeapps.list")));
+}
+
+TEST_F(DesktopEntry, LeavesWhatOthersHaveInTheList) {
+  const std::string before = "# mine\n[Default Applications]\ntext/plain=vi.desktop\n\n[Added Associations]\n";
+  const std::string behind = "\n[X]\ntext/plain=y\n";
+  folder_.put("config/mimeapps.list", before + "text/plain = a.desktop; b.desktop\n" + behind);
+  add();
+  EXPECT_EQ(lists(), before + "text/plain=a.desktop;b.desktop;dravenna-open.desktop;\n" + behind);
+  remove();
+  EXPECT_EQ(lists(), before + "text/plain=a.desktop;b.desktop;\n" + behind);
+}
+
+}  // namespace
+
+}  // namespace dravenna
