@@ -237,7 +237,7 @@ class CoreDriver : public Driver, private Windowing {
   // Windowing.
   Answer messageBox(std::u16string_view text, int flags, std::u16string_view title) override {
     loseSearch();
-    stage_.boxes.push_back({std::u16string(text), flags, std::u16string(title)});
+    stage_.boxes.push_back({std::u16string(text), flags, std::u16string(title.empty() ? u"Dravenna" : title)});
     return stage_.answerFor(flags);
   }
   void showOpen(CommonDialog& dialog) override { showDialog(dialog, false); }

@@ -95,4 +95,6 @@ std::vector<std::uint32_t> Driver::colors() {
   return colors;
 }
 
+std::int64_t Driver::point(std::int32_t x, std::int32_t y) { return openPicker(*form()).picBigBox.Point(x, y); }
+
 }  // namespace dravenna

@@ -60,6 +60,8 @@ class Driver {
   virtual std::optional<Value> read(const std::string& what);
   // The segment of each character of N as a colour number.
   virtual std::vector<std::uint32_t> colors();
+  // A pixel of the open picker's field; -1 outside.
+  virtual std::int64_t point(std::int32_t x, std::int32_t y);
 };
 
 using DriverFactory = std::function<std::unique_ptr<Driver>(const Surroundings&)>;

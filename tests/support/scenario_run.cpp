@@ -440,8 +440,7 @@ class ScenarioRun {
   void expectPoint() {
     const std::int32_t x = number32(take("X"));
     const std::int32_t y = number32(take("Y"));
-    if (form().colorPick == nullptr) throw ScenarioError{0, "the picker is closed"};
-    compare("picBigBox.Point", std::int64_t{form().colorPick->picBigBox.Point(x, y)});
+    compare("picBigBox.Point", driver().point(x, y));
     noMore();
   }
   static std::string shownBox(const ShownBox& box) {

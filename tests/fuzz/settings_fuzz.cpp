@@ -1,0 +1,68 @@
+#include "fuzz_input.h"
+#include "memory_calls.h"
+#include "platform/posix/registry_file.h"
+#include "settings/registry.h"
+#include "settings/registry_text.h"
+
+using namespace dravenna;
+
+namespace {
+
+constexpr std::uint32_t kRoot = HKEY_LOCAL_MACHINE_ID;
+
+Text anyUnits(std::string_view bytes) {
+  Text text;
+  for (std::size_t at = 0; at + 1 < bytes.size(); at += 2) {
+    text.push_back(static_cast<char16_t>(static_cast<unsigned char>(bytes[at]) |
+                                         static_cast<unsigned char>(bytes[at + 1]) << 8));
+  }
+  return text;
+}
+
+}  // namespace
+
+// The settings file: parts are a file, a key, a name, a value.
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  FuzzInput input(data, size);
+  const bool wide = input.digit() == 1;
+  const std::string file(input.part());
+  const auto word = [&] {
+    const std::string_view bytes = input.part();
+    return wide ? anyUnits(bytes) : fromUtf8(bytes);
+  };
+  const Text key = word();
+  const Text name = word();
+  const Text value = word();
+
+  const RegistryText read = parseRegistryText(file);
+  const std::string written = writeRegistryText(read.keys);
+  const RegistryText again = parseRegistryText(written);
+  require(again.keys == read.keys && !again.damaged, "write and parse");
+  require(writeRegistryText(again.keys) == written, "write twice");
+
+  // A value put into that file is read back, and all else stays.
+  MemoryCalls calls;
+  calls.mostRead = 1 + size % 300;
+  calls.put("/settings", file);
+  const std::unique_ptr<RegistryCalls> store = posix::makeRegistryFile("/settings", calls);
+  Registry registry(*store);
+  const bool stored = registry.SetRegValue(kRoot, key, name, value);
+  const Text got = posix::makeRegistryFile("/settings", calls) != nullptr
+                       ? registry.GetRegValue(kRoot, key, name, u"missing")
+                       : Text();
+  if (stored) require(got == value.substr(0, value.find(u'\0')), "a value that was stored");
+  const auto other = posix::makeRegistryFile("/settings", calls);
+  require(Registry(*other).GetRegValue(kRoot, key, name, u"missing") == got, "another program sees the same");
+  require(!read.damaged || *calls.find("/settings") == file || *calls.find("/settings.bad") == file,
+          "a damaged file is kept");
+  RegistryTree now = parseRegistryText(*calls.find("/settings")).keys;
+  for (const auto& [path, old] : read.keys) {
+    require(now.contains(path) && now[path].unknown == old.unknown, "other keys stay");
+    for (const auto& [oldName, oldValue] : old.values) {
+      if (stored && equalIgnoringCase(oldName, name)) continue;
+      require(now[path].values[oldName] == oldValue, "other values stay");
+    }
+  }
+  registry.DeleteRegKey(kRoot, key);
+  return 0;
+}
