@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace dravenna {
 
@@ -25,5 +26,8 @@ class Process {
   // Never fails.
   virtual void shellVerbChanged(bool on) = 0;
 };
+
+// The words behind the program's name, from what main() was given: bytes where arguments are bytes, else UTF-8.
+std::vector<std::string> commandWords(int argc, char** argv);
 
 }  // namespace dravenna

@@ -57,6 +57,10 @@ class PosixProcess : public Process {
 
 }  // namespace
 
+std::vector<std::string> commandWords(int argc, char** argv) {
+  return argc > 1 ? std::vector<std::string>(argv + 1, argv + argc) : std::vector<std::string>();
+}
+
 std::unique_ptr<Process> makeProcess(std::vector<std::u16string> arguments) {
   return std::make_unique<PosixProcess>(std::move(arguments));
 }

@@ -1,0 +1,68 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "platform/windows/system_calls.h"
+
+// Everything that fails throws SystemFailure unless told otherwise; failures name the path as it was given.
+namespace dravenna::windows {
+
+// The path in the form that the system takes at any length (`\\?\C:\folder\file`). Fails on an empty path and on one
+// with a NUL in it.
+std::wstring extendedPath(std::u16string_view path);
+
+// The running program's file.
+std::wstring programFile();
+
+// FILE_ATTRIBUTE_... of what stands at the path; INVALID_FILE_ATTRIBUTES, with the last error, for nothing.
+DWORD attributesOf(const std::wstring& path);
+
+bool isFolder(DWORD attributes);
+
+OpenFile openForReading(std::u16string_view path);
+
+// Makes or empties the file. A hidden file stays hidden.
+OpenFile openForWriting(std::u16string_view path);
+
+// What stands from the present place to the end, into a buffer that may be used again.
+void readRest(OpenFile& file, std::string& bytes);
+
+// The folder and the missing ones above it.
+void makeFolderTree(std::u16string_view folder);
+
+// New contents for a file. They go into a temporary file beside it; `place` puts that in the place of the target. Until
+// then, and when anything fails, the target is whole; the destructor removes the temporary file.
+class FileReplacement {
+ public:
+  // Refuses a folder and anything else that is no plain file, and a file that is read-only or that this user may not
+  // write. An existing file keeps its attributes and its access list.
+  explicit FileReplacement(std::u16string_view path);
+  FileReplacement(const FileReplacement&) = delete;
+  FileReplacement& operator=(const FileReplacement&) = delete;
+  ~FileReplacement();
+
+  const std::u16string& path() const { return path_; }  // as it was given
+
+  void write(std::string_view bytes) { file_.writeAll(bytes); }
+
+  // To disk. Nothing can be written afterwards.
+  void flush();
+
+  // Once, behind flush(). With a suffix, the old file stays under its name and that suffix. Should the system have
+  // taken the old file away and then failed, the temporary file is kept and the description names it.
+  void place(std::u16string_view backupSuffix = {});
+
+ private:
+  void openTemporary();
+  void placeOverOld(const std::wstring& backup);
+  void removeTemporary() noexcept;
+
+  std::u16string path_;
+  std::wstring target_;  // links resolved
+  std::wstring temporary_;
+  DWORD attributes_ = INVALID_FILE_ATTRIBUTES;  // of the old file; invalid for none
+  OpenFile file_;
+};
+
+}  // namespace dravenna::windows
