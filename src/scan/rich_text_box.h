@@ -60,9 +60,9 @@ class RichTextBox {
   void setSelStrikeThru(bool on) { insertion_.strikeThru = on; }
 
   // What styleAt gives is an index for style(). The seven segments have their own numbers (Segment) at all times.
-  std::uint8_t styleAt(std::size_t offset) const { return styles_[offset]; }
+  std::uint8_t styleAt(std::size_t offset) const { return static_cast<std::uint8_t>(styles_[offset]); }
   const CharStyle& style(std::uint8_t index) const { return table_[index]; }
-  std::uint32_t colorAt(std::size_t offset) const { return table_[styles_[offset]].color; }
+  std::uint32_t colorAt(std::size_t offset) const { return table_[styleAt(offset)].color; }
 
   // The bulk form of the operations above, for the scanner and for titles: the listener hears of each run once.
   void reserve(std::size_t characters);

@@ -59,7 +59,7 @@ class KeyFile {
     if (at < lines_.size()) {
       lines_[at] = line;
     } else {
-      at = std::find(lines_.begin(), lines_.end(), headerOf(group)) - lines_.begin();
+      at = static_cast<std::size_t>(std::find(lines_.begin(), lines_.end(), headerOf(group)) - lines_.begin());
       if (at == lines_.size()) {
         if (!lines_.empty()) lines_.emplace_back();
         lines_.push_back(headerOf(group));
