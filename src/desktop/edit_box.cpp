@@ -6,7 +6,7 @@
 #include <QtGui/QContextMenuEvent>
 #include <QtGui/QDropEvent>
 #include <QtGui/QFocusEvent>
-#include <QtGui/QGuiApplication>
+#include <QtWidgets/QApplication>
 #include <QtWidgets/QMenu>
 #include <limits>
 #include <memory>
@@ -18,8 +18,8 @@ namespace dravenna {
 
 namespace {
 
-// The box counts lengths in int and adds to them.
-constexpr int kMostCharacters = std::numeric_limits<int>::max() / 2;
+constexpr qsizetype kMostShown = 1'000'000;
+constexpr int kNoLimit = std::numeric_limits<int>::max() / 2;  // the box adds to it
 
 bool isLineBreak(QChar c) {
   return c == u'\r' || c == u'\n' || c == QChar::LineSeparator || c == QChar::ParagraphSeparator;
@@ -28,7 +28,7 @@ bool isLineBreak(QChar c) {
 }  // namespace
 
 EditBox::EditBox(TextBox& model, QWidget* parent) : QLineEdit(parent), model_(model) {
-  setMaxLength(kMostCharacters);
+  setMaxLength(kNoLimit);
   connect(this, &QLineEdit::textEdited, this, [this] {
     takeOver();
     if (onUserEdit) onUserEdit();
@@ -36,8 +36,23 @@ EditBox::EditBox(TextBox& model, QWidget* parent) : QLineEdit(parent), model_(mo
 }
 
 void EditBox::synchronise() {
+  showText();
+  if (!tooLong_) showSelection();
+  showColors();
+  if (isHidden() == model_.Visible) setVisible(model_.Visible);
+}
+
+void EditBox::showText() {
   const std::u16string& wanted = model_.Text();
-  if (viewOf(text()) != wanted) setText(toQt(wanted));
+  const bool tooLong = static_cast<qsizetype>(wanted.size()) > kMostShown;
+  if (tooLong != tooLong_) setReadOnly(tooLong);
+  tooLong_ = tooLong;
+  const QString shown =
+      tooLong ? QStringLiteral("(%1 characters: too long to edit)").arg(wanted.size()) : toQt(wanted);
+  if (text() != shown) setText(shown);
+}
+
+void EditBox::showSelection() {
   const int start = model_.SelStart();
   const int length = model_.SelLength();
   const bool same = hasSelectedText() ? selectionStart() == start && selectionLength() == length
@@ -50,8 +65,6 @@ void EditBox::synchronise() {
       setCursorPosition(start);
     }
   }
-  showColors();
-  if (isHidden() == model_.Visible) setVisible(model_.Visible);
 }
 
 void EditBox::showColors() {
@@ -70,6 +83,7 @@ void EditBox::showColors() {
 }
 
 void EditBox::takeOver() {
+  if (tooLong_) return;
   const int start = hasSelectedText() ? selectionStart() : cursorPosition();
   model_.userEdited(viewOf(text()), start, selectionLength());
 }
@@ -89,22 +103,26 @@ void EditBox::focusOutEvent(QFocusEvent* event) {
   event->accept();
 }
 
-void EditBox::insertCut(const QString& text) {
+void EditBox::insertCut(const QString& pasted) {
   qsizetype end = 0;
-  while (end < text.size() && !isLineBreak(text.at(end))) ++end;
-  if (end > 0) insert(text.left(end));
+  while (end < pasted.size() && !isLineBreak(pasted.at(end))) ++end;
+  if (isReadOnly() || text().size() + end > kMostShown) {
+    QApplication::beep();
+  } else if (end > 0) {
+    insert(pasted.left(end));
+  }
 }
 
 void EditBox::keyPressEvent(QKeyEvent* event) {
   if (event->matches(QKeySequence::Paste)) {
-    insertCut(QGuiApplication::clipboard()->text());
+    insertCut(QApplication::clipboard()->text());
   } else {
     QLineEdit::keyPressEvent(event);
   }
 }
 
 void EditBox::mouseReleaseEvent(QMouseEvent* event) {
-  const QClipboard* clipboard = QGuiApplication::clipboard();
+  const QClipboard* clipboard = QApplication::clipboard();
   if (event->button() == Qt::MiddleButton && clipboard->supportsSelection()) {
     deselect();
     setCursorPosition(cursorPositionAt(event->position().toPoint()));
@@ -130,7 +148,7 @@ void EditBox::contextMenuEvent(QContextMenuEvent* event) {
   const std::unique_ptr<QMenu> menu(createStandardContextMenu());
   if (auto* paste = menu->findChild<QAction*>(QStringLiteral("edit-paste"))) {
     paste->disconnect(this);
-    connect(paste, &QAction::triggered, this, [this] { insertCut(QGuiApplication::clipboard()->text()); });
+    connect(paste, &QAction::triggered, this, [this] { insertCut(QApplication::clipboard()->text()); });
   }
   menu->exec(event->globalPos());
 }

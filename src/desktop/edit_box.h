@@ -7,8 +7,9 @@
 
 namespace dravenna {
 
-// A text box over its model. It keeps its selection when it loses the focus, has no length limit, and a paste into it is
-// cut at its first line break.
+// A text box over its model. It keeps its selection when it loses the focus, and a paste into it is cut at its first line
+// break. A text of more than a million characters is more than the toolkit can lay out in reasonable time and memory:
+// the box then shows a notice, takes no typing and leaves the model's text as it is.
 class EditBox : public QLineEdit {
  public:
   explicit EditBox(TextBox& model, QWidget* parent = nullptr);
@@ -32,12 +33,15 @@ class EditBox : public QLineEdit {
   void contextMenuEvent(QContextMenuEvent* event) override;
 
  private:
-  void insertCut(const QString& text);
+  void insertCut(const QString& pasted);
+  void showText();
+  void showSelection();
   void showColors();
 
   TextBox& model_;
   std::uint32_t shownFore_ = 0, shownBack_ = 0;
   bool colorsShown_ = false;
+  bool tooLong_ = false;
 };
 
 }  // namespace dravenna
