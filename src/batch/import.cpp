@@ -86,7 +86,7 @@ void addImport(CLI::App& app, Session& session) {
           "--eol", [options](const std::string& eol) { options->keepEol = eol == "keep"; },
           "Line ends of a script that is written: crlf (throughout) or keep (default crlf)")
       ->type_name("KIND")
-      ->check(CLI::IsMember({"crlf", "keep"}));
+      ->check(CLI::IsMember({"crlf", "keep"}).description(""));
   verb->add_flag("-f,--force", options->force, "Merge exchange files that do not fit too, as the window does");
   session.addOptions(*verb);
   verb->footer(kFooter);

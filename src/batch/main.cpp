@@ -40,6 +40,9 @@ int run(int argc, char** argv, Session& session) {
     writeStandardOutput(app.help("", CLI::AppFormatMode::All));
     return 0;
   } catch (const CLI::ParseError& failure) {
+    if (app.get_subcommands().empty() && argc > 1 && argv[1][0] != '-') {
+      throw UsageError(fmt::format("{} is no verb", shownName(argv[1])));
+    }
     throw UsageError(failure.what());
   }
   session.console.endProgress();

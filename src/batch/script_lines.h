@@ -2,6 +2,7 @@
 
 #include <cstring>
 #include <string_view>
+#include <vector>
 
 namespace dravenna {
 
@@ -27,6 +28,12 @@ void forEachLine(std::string_view bytes, Each&& each) {
     each(ScriptLine{bytes.substr(at, end - at), number, at, bytes.substr(end, next - end)});
     at = next;
   }
+}
+
+inline std::vector<std::string_view> linesOf(std::string_view bytes) {
+  std::vector<std::string_view> lines;
+  forEachLine(bytes, [&](const ScriptLine& line) { lines.push_back(line.text); });
+  return lines;
 }
 
 // Only the lines that hold a quote mark: no other line changes the state of a scan or holds a text.

@@ -18,8 +18,6 @@
 namespace dravenna {
 
 void Session::addOptions(CLI::App& verb) {
-  static const std::map<std::string, ColorUse> colors{
-      {"auto", ColorUse::Auto}, {"always", ColorUse::Always}, {"never", ColorUse::Never}};
   const char* const group = "Options of every verb";
   verb.add_option("--include", include, "Files of folders to take, as a glob; may be given again (default *.txt)")
       ->group(group)
@@ -47,12 +45,17 @@ void Session::addOptions(CLI::App& verb) {
   verb.add_option("-j,--jobs", jobs, "Threads (default: one for each processor)")
       ->group(group)
       ->type_name("N")
-      ->check(CLI::Range(1U, 256U));
+      ->check(CLI::Range(1U, 256U).description(""));
   verb.add_flag("-q,--quiet", quiet, "No summary and no progress bar")->group(group);
-  verb.add_option("--color", color, "Colours on standard error: auto, always, never")
+  verb.add_option_function<std::string>(
+          "--color",
+          [this](const std::string& when) {
+            color = when == "always" ? ColorUse::Always : when == "never" ? ColorUse::Never : ColorUse::Auto;
+          },
+          "Colours on standard error: auto, always or never")
       ->group(group)
       ->type_name("WHEN")
-      ->transform(CLI::CheckedTransformer(colors, CLI::ignore_case));
+      ->check(CLI::IsMember({"auto", "always", "never"}).description(""));
 }
 
 void Session::prepare() {

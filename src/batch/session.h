@@ -9,6 +9,7 @@
 #include "batch/codec.h"
 #include "batch/console.h"
 #include "scan/command_list.h"
+#include "text/text.h"
 
 namespace dravenna {
 
