@@ -8,7 +8,8 @@ void Principal::commit() {
   if (Ini == 0 || Fin == 0) return;
   backToCurrentText();
   std::u16string text = replaceAll(EDT.Text(), u"\"", u"'");
-  if (text != N.SelText()) {
+  // The first place of a title may be a comment or code: that can be current, but is not written over.
+  if (text != N.SelText() && isTextColor(N.SelColor())) {
     if (text.empty()) text = u" ";  // a text without a character would have lost its colour
     if (N.SelColor() == clrTitle) {
       ReplaceTitle(text);
