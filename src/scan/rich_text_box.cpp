@@ -118,7 +118,7 @@ void RichTextBox::replaceEach(const std::vector<std::int32_t>& starts, std::int3
     const auto at = static_cast<std::size_t>(start);
     newText.append(text_, from, at - from).append(text);
     newStyles.append(styles_, from, at - from);
-    newStyles.append(text.size(), styleByte(removed > 0 ? styleAt(at) : styleIndex(insertion_)));
+    newStyles.append(text.size(), styles_.at(removed > 0 ? at : at - 1));
     from = at + removed;
   }
   const auto caret = static_cast<std::int32_t>(newText.size());

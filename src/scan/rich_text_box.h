@@ -71,7 +71,8 @@ class RichTextBox {
   std::size_t appendLine(std::u16string_view line, Segment segment);
   void paint(std::size_t begin, std::size_t end, Segment segment);
   void commitAppend();
-  // Replaces the same number of characters at each of the offsets (ascending, not overlapping) by `text`.
+  // Replaces the same number of characters at each of the offsets (ascending, not overlapping, above 0) by `text`,
+  // which looks like the first character that it replaces; where that is none, like the one in front.
   void replaceEach(const std::vector<std::int32_t>& starts, std::int32_t length, std::u16string_view text);
 
  private:
