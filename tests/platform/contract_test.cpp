@@ -313,6 +313,7 @@ class RegistryContract : public testing::Test {
       data.assign(size, u' ');
       EXPECT_EQ(registry_->queryValue(handle, name, type, data.data(), size), 0);
       EXPECT_EQ(size, data.size());
+      if (data.ends_with(u'\0')) data.pop_back();
     }
     registry_->closeKey(handle);
     return data;
