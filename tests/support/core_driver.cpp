@@ -140,9 +140,10 @@ class CoreDriver : public Driver, private Windowing {
       const Control focus = mainFocus_;
       const KeyOutcome outcome = form_->dispatchKey(
           {stroke.code, stroke.shift, static_cast<std::int16_t>(stroke.character), focus});
-      if (focus == Control::EDT) {
-        editBox(form_->EDT, stroke, outcome.keyPasses, outcome.characterPasses, caretOfEdt_);
-      } else if (focus == Control::N && outcome.keyPasses) {
+      // A handler may have given the focus to EDT: the character goes there too.
+      if (mainFocus_ == Control::EDT) {
+        editBox(form_->EDT, stroke, outcome.keyPasses && focus == mainFocus_, outcome.characterPasses, caretOfEdt_);
+      } else if (mainFocus_ == Control::N && outcome.keyPasses) {
         caretOfN_.follow(form_->N.SelStart(), form_->N.SelLength());
         if (moveCaret(form_->N.Text(), stroke, caretOfN_)) select(caretOfN_);
       }

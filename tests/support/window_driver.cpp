@@ -168,9 +168,11 @@ class WindowDriver : public QObject, public Driver {
       shown = action->menu();
       if (!QTest::qWaitFor([shown] { return shown->isVisible(); }, kPatience)) throw ScenarioError{0, "no menu opens"};
     }
+    // A menu that is still open is left by Esc, and so is the menu bar.
     for (int i = 0; i < 4 && QApplication::activePopupWidget() != nullptr; ++i) {
       QTest::keyClick(QApplication::activePopupWidget(), Qt::Key_Escape);
     }
+    if (window_->menuBar()->hasFocus()) QTest::keyClick(window_->menuBar(), Qt::Key_Escape);
     settle();
   }
 
