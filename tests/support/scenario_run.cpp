@@ -7,10 +7,13 @@
 #include <fstream>
 #include <iterator>
 #include <map>
+#include <optional>
+#include <random>
 
 #include "platform/system.h"
 #include "support/keys.h"
 #include "support/scenario.h"
+#include "support/temporary_store.h"
 #include "text/text.h"
 
 namespace dravenna {
@@ -28,9 +31,11 @@ std::string readFile(const fs::path& path) {
 class TemporaryFolder {
  public:
   TemporaryFolder() {
-    std::string name = (fs::canonical(fs::temp_directory_path()) / "dravenna-XXXXXX").string();
-    if (::mkdtemp(name.data()) == nullptr) throw ScenarioError{0, "no temporary folder"};
-    path_ = name;
+    const fs::path place = fs::canonical(fs::temp_directory_path());
+    std::random_device random;
+    do {
+      path_ = place / ("dravenna-" + std::to_string(random()));
+    } while (!fs::create_directory(path_));
   }
   ~TemporaryFolder() {
     std::error_code ignored;
@@ -116,9 +121,8 @@ class ScenarioRun {
   void prepare() {
     fs::create_directory(folder_.path() / "files");
     fs::create_directory(folder_.path() / "settings");
+    store_.emplace(folder_.path() / "settings");
     directory_ = (folder_.path() / "files").make_preferred();
-    const std::string store = (folder_.path() / "settings" / "registry.reg").string();
-    ::setenv("DRAVENNA_REGISTRY", store.c_str(), 1);
     calls_ = makeRegistry();
     process_ = std::make_unique<ScriptedProcess>(directory_.u16string());
     codePage_ = codePageByName("1252");
@@ -562,6 +566,7 @@ class ScenarioRun {
   bool passed_ = true;
 
   TemporaryFolder folder_;
+  std::optional<TemporaryStore> store_;
   fs::path directory_;
   CodePagePtr codePage_;
   Stage stage_;
