@@ -93,7 +93,7 @@ std::vector<Script> collectScripts(Session& session, const std::vector<std::stri
   std::vector<Script> scripts;
   std::unordered_set<std::string> seen;
   const auto add = [&](Script script) {
-    if (seen.insert(std::filesystem::path(script.path).lexically_normal().native()).second) {
+    if (seen.insert(std::filesystem::path(script.path).lexically_normal().string()).second) {
       scripts.push_back(std::move(script));
     }
   };
