@@ -22,14 +22,16 @@ KeyStroke keyNamed(std::u16string_view name) {
       {u"Del", {kKeyDel}},               {u"F1", {kKeyF1}},               {u"Backspace", {kKeyBackspace, 0, u'\b'}},
       {u"F3", {kKeyF3}},                 {u"F5", {kKeyF5}}};
   std::int16_t shift = 0;
-  const auto modifier = [&](std::u16string_view prefix, int bit) {
-    if (!name.starts_with(prefix)) return;
-    name.remove_prefix(prefix.size());
-    shift = static_cast<std::int16_t>(shift | bit);
-  };
-  modifier(u"Shift+", kShift);
-  modifier(u"Ctrl+", kCtrl);
-  modifier(u"Alt+", kAlt);
+  const std::pair<std::u16string_view, int> modifiers[] = {{u"Shift+", kShift}, {u"Ctrl+", kCtrl}, {u"Alt+", kAlt}};
+  for (bool found = true; found;) {
+    found = false;
+    for (const auto& [prefix, bit] : modifiers) {
+      if (!name.starts_with(prefix)) continue;
+      name.remove_prefix(prefix.size());
+      shift = static_cast<std::int16_t>(shift | bit);
+      found = true;
+    }
+  }
   KeyStroke stroke;
   if (const auto key = keys.find(name); key != keys.end()) {
     stroke = key->second;
