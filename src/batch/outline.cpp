@@ -4,6 +4,7 @@
 #include <array>
 #include <unordered_map>
 
+#include "batch/align.h"
 #include "batch/script_lines.h"
 #include "color/color_codes.h"
 #include "exchange/lxf.h"
@@ -52,11 +53,13 @@ class OutlineBuilder {
       const char c = line_.text[at];
       if (!isWordByte(c)) {
         if (c == '}') pageEnds_ = true;
+        if (c != ' ' && c != '\t') codeBefore_.push_back(c);
         ++at;
         continue;
       }
       const std::size_t start = at;
       while (at < end && isWordByte(line_.text[at])) ++at;
+      codeBefore_.append(line_.text.substr(start, at - start));
       if (endsPage(line_.text.substr(start, at - start))) pageEnds_ = true;
     }
   }
@@ -79,16 +82,21 @@ class OutlineBuilder {
     text.record = takesRecord(std::string_view(buffer_), quoted);
     text.command = commandNumber();
     text.npc = static_cast<std::uint32_t>(outline_.npcs.size() - 1);
-    if (pageEnds_ && (text.record || text.segment == Segment::Title)) {
-      if (outline_.pages > 0) ++page_;
-      pageEnds_ = false;
-    }
-    if (text.record || text.segment == Segment::Title) outline_.pages = page_ + 1;
-    text.page = page_;
+    if (text.record || text.segment == Segment::Title) enterPage();
+    text.page = outline_.pages == 0 ? 0 : outline_.pages - 1;
     outline_.texts.push_back(text);
   }
 
  private:
+  void enterPage() {
+    if (pageEnds_ || outline_.pages == 0) {
+      ++outline_.pages;
+      outline_.pageKeys.push_back(hashOf(codeBefore_));
+      pageEnds_ = false;
+    }
+    codeBefore_.clear();
+  }
+
   std::uint32_t commandNumber() {
     const std::string command(scanner_.tracker().activeCommand());
     const auto [found, fresh] = commandIndex_.emplace(command, static_cast<std::uint32_t>(outline_.commands.size()));
@@ -125,7 +133,7 @@ class OutlineBuilder {
   std::unordered_map<std::string, std::uint32_t> commandIndex_;
   std::string buffer_;
   ScriptLine line_{};
-  std::uint32_t page_ = 0;
+  std::string codeBefore_;  // without blanks, since the last text of a page
   bool pageEnds_ = false;
 };
 

@@ -41,6 +41,7 @@ struct Outline {
   std::vector<std::uint32_t> labelNpcs;  // index into npcs, for each label
   std::size_t lines = 0;
   std::uint32_t pages = 0;
+  std::vector<std::uint64_t> pageKeys;  // for each page, a number for the code in front of its first text
 };
 
 Outline outlineOf(std::string_view work, const CommandLists& lists);
