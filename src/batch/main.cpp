@@ -5,6 +5,7 @@
 
 #include "batch/session.h"
 #include "platform/failure.h"
+#include "platform/process.h"
 #include "platform/terminal.h"
 
 namespace {
@@ -15,7 +16,7 @@ constexpr char kFooter[] =
     "Exit status: 0 all went well and nothing was found, 1 something failed or was found, 2 wrong use.\n"
     "dravenna-lxf VERB --help tells about one verb, with examples. See also dravenna-lxf(1).";
 
-int run(int argc, char** argv, Session& session) {
+int run(const std::vector<std::string>& words, Session& session) {
   CLI::App app("Texts of NPC scripts for translators: what the Dravenna window does for one script, for whole trees.",
                "dravenna-lxf");
   app.set_version_flag("--version", "dravenna-lxf " DRAVENNA_VERSION);
@@ -29,7 +30,7 @@ int run(int argc, char** argv, Session& session) {
   addUpdate(app, session);
   addPo(app, session);
   try {
-    app.parse(argc, argv);
+    app.parse(std::vector<std::string>(words.rbegin(), words.rend()));
   } catch (const CLI::CallForVersion&) {
     writeStandardOutput("dravenna-lxf " DRAVENNA_VERSION "\n");
     return 0;
@@ -40,8 +41,8 @@ int run(int argc, char** argv, Session& session) {
     writeStandardOutput(app.help("", CLI::AppFormatMode::All));
     return 0;
   } catch (const CLI::ParseError& failure) {
-    if (app.get_subcommands().empty() && argc > 1 && argv[1][0] != '-') {
-      throw UsageError(fmt::format("{} is no verb", shownName(argv[1])));
+    if (app.get_subcommands().empty() && !words.empty() && !words[0].starts_with('-')) {
+      throw UsageError(fmt::format("{} is no verb", shownName(words[0])));
     }
     throw UsageError(failure.what());
   }
@@ -56,7 +57,7 @@ int main(int argc, char** argv) {
   Session session;
   int status = 1;
   try {
-    status = run(argc, argv, session);
+    status = run(commandWords(argc, argv), session);
   } catch (const UsageError& failure) {
     session.console.error(failure.what());
     writeStandardError("Try dravenna-lxf --help or dravenna-lxf VERB --help.\n");

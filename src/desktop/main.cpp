@@ -163,6 +163,6 @@ int run(const Arguments& arguments, char** argv, std::chrono::steady_clock::time
 int main(int argc, char** argv) {
   const auto began = std::chrono::steady_clock::now();
   std::vector<std::u16string> words;
-  for (int i = 1; i < argc; ++i) words.push_back(dravenna::fromUtf8(argv[i]));
+  for (const std::string& word : dravenna::commandWords(argc, argv)) words.push_back(dravenna::fromUtf8(word));
   return dravenna::run(dravenna::parseArguments(std::move(words)), argv, began);
 }
