@@ -32,7 +32,7 @@ class TextWriter {
   virtual ~TextWriter() = default;  // without close(): Replace leaves the old file, InPlace what was written so far
 
   // Fails on a character that the code page cannot hold, before any of this text is written; the description names
-  // the character and its line in the text (from 1).
+  // the character and its line in the file (from 1).
   virtual void write(std::u16string_view text) = 0;
 
   // The text and CR LF.

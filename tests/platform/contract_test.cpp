@@ -145,9 +145,12 @@ TEST(TextFiles, ReadTheRestAfterSomeLines) {
 TEST(TextFiles, HoldOneVeryLongLine) {
   const ScratchFolder folder;
   const auto files = makeTextFiles(codePageByName("utf-8"));
-  folder.put("in", std::string(20'000'000, '"') + "\r\nend");
+  constexpr std::size_t kLength = 20'000'000;
+  std::string bytes;
+  bytes.resize(kLength, '"');
+  folder.put("in", bytes + "\r\nend");
   const auto reader = files->openTextFile(folder.path("in"));
-  EXPECT_EQ(reader->readLine().size(), 20'000'000u);
+  EXPECT_EQ(reader->readLine().size(), kLength);
   EXPECT_EQ(reader->readLine(), u"end");
 }
 

@@ -192,7 +192,9 @@ class Associations {
     return std::any_of(folders.begin(), folders.end(), [&](const std::string& folder) {
       struct stat status {};
       for (std::string path = program;; path[path.find('-')] = '/') {
-        if (calls_.stat((folder + "/" + path).c_str(), status) == 0) return true;
+        std::string whole = folder;
+        whole.append("/").append(path);
+        if (calls_.stat(whole.c_str(), status) == 0) return true;
         if (path.find('-') == std::string::npos) return false;
       }
     });

@@ -66,7 +66,7 @@ std::string resolveTarget(SystemCalls& calls, const std::string& path) {
     std::string link;
     if (!S_ISLNK(status.st_mode)) throw SystemFailure(ENOENT, path);
     if (calls.readlink(at.c_str(), link) < 0) failWithErrno(path);
-    at = !link.empty() && link[0] == '/' ? link : folderOf(at) + "/" + link;
+    at = link.starts_with('/') ? link : folderOf(at).append("/").append(link);
   }
   throw SystemFailure(ELOOP, path);
 }
