@@ -58,8 +58,7 @@ BlockIndex::Change BlockIndex::update(std::u16string_view text) {
   // The blocks up to `keep` stay, and so do those from `tail` on: the CR LF in front of them is an old one.
   std::size_t keep = blockAt(firstChange_);
   if (keep > 0) --keep;
-  auto tail = std::lower_bound(starts_.begin() + static_cast<std::ptrdiff_t>(keep) + 1, starts_.end(),
-                               oldEnd + 2);
+  auto tail = std::lower_bound(starts_.begin() + static_cast<std::ptrdiff_t>(keep) + 1, starts_.end(), oldEnd + 2);
   while (tail != starts_.end() && !lineEndsAt(text, change.moved(*tail))) ++tail;
   const std::size_t limit = tail == starts_.end() ? text.size() + 1 : change.moved(*tail);
 

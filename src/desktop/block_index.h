@@ -52,8 +52,8 @@ class BlockIndex {
   std::size_t indexedSize_ = 0;  // of the text at the last update
   std::size_t size_ = 0;         // of the text now
   bool changed_ = false;
-  std::size_t firstChange_ = 0;  // what stands in front is as it was
-  std::size_t sameTail_ = 0;     // this many characters at the end are as they were
+  std::size_t firstChange_ = 0;                       // what stands in front is as it was
+  std::size_t sameTail_ = 0;                          // this many characters at the end are as they were
   mutable std::size_t markBlock_ = 0, markRows_ = 0;  // rowsBefore of one block, to start the next count from
 };
 

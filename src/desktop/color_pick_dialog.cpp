@@ -60,7 +60,7 @@ class ColorField final : public QFrame {
   void paintEvent(QPaintEvent* event) override {
     const PictureBox& picture = picker_.picBigBox;
     const QImage image(reinterpret_cast<const uchar*>(picture.pixels().data()), picture.width(), picture.height(),
-                       picture.width() * 4, QImage::Format_RGBX8888);
+                       qsizetype{picture.width()} * 4, QImage::Format_RGBX8888);
     QPainter painter(this);
     painter.drawImage(kBorder, kBorder, image);
     painter.end();

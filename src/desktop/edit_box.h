@@ -7,9 +7,9 @@
 
 namespace dravenna {
 
-// A text box over its model. It keeps its selection when it loses the focus, and a paste into it is cut at its first line
-// break. A text of more than a million characters is more than the toolkit can lay out in reasonable time and memory:
-// the box then shows a notice, takes no typing and leaves the model's text as it is.
+// A text box over its model. It keeps its selection when it loses the focus, and a paste into it is cut at its first
+// line break. A text of more than a million characters is more than the toolkit can lay out in reasonable time and
+// memory: the box then shows a notice, takes no typing and leaves the model's text as it is.
 class EditBox : public QLineEdit {
  public:
   explicit EditBox(TextBox& model, QWidget* parent = nullptr);

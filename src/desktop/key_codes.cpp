@@ -14,11 +14,11 @@ struct Code {
 };
 
 constexpr Code kCodes[] = {
-    {Qt::Key_Escape, kKeyEsc}, {Qt::Key_Tab, 9},        {Qt::Key_Backtab, 9}, {Qt::Key_Backspace, 8},
+    {Qt::Key_Escape, kKeyEsc},   {Qt::Key_Tab, 9},           {Qt::Key_Backtab, 9}, {Qt::Key_Backspace, 8},
     {Qt::Key_Return, kKeyEnter}, {Qt::Key_Enter, kKeyEnter}, {Qt::Key_Insert, 45}, {Qt::Key_Delete, 46},
-    {Qt::Key_Home, 36},        {Qt::Key_End, 35},       {Qt::Key_Left, 37},   {Qt::Key_Up, kKeyUp},
-    {Qt::Key_Right, 39},       {Qt::Key_Down, kKeyDown}, {Qt::Key_PageUp, 33}, {Qt::Key_PageDown, 34},
-    {Qt::Key_Shift, 16},       {Qt::Key_Control, 17},   {Qt::Key_Alt, 18},    {Qt::Key_Menu, 93},
+    {Qt::Key_Home, 36},          {Qt::Key_End, 35},          {Qt::Key_Left, 37},   {Qt::Key_Up, kKeyUp},
+    {Qt::Key_Right, 39},         {Qt::Key_Down, kKeyDown},   {Qt::Key_PageUp, 33}, {Qt::Key_PageDown, 34},
+    {Qt::Key_Shift, 16},         {Qt::Key_Control, 17},      {Qt::Key_Alt, 18},    {Qt::Key_Menu, 93},
 };
 
 std::int16_t virtualKey(int key) {

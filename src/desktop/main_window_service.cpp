@@ -58,8 +58,8 @@ void MainWindow::showSave(CommonDialog& dialog) { pick(dialog, true); }
 void MainWindow::beep() { onBeep(); }
 
 void MainWindow::pointerChanged() {
-  const bool busy = principal_.form.MousePointer == kHourglassPointer ||
-                    principal_.screenMousePointer == kHourglassPointer;
+  const bool busy =
+      principal_.form.MousePointer == kHourglassPointer || principal_.screenMousePointer == kHourglassPointer;
   if (busy == busyShown_ || loading_) return;
   busyShown_ = busy;
   if (busy) {

@@ -134,8 +134,8 @@ QTextLayout& ScriptView::layoutOf(std::size_t block) {
   if (layout) return *layout;
   const std::size_t begin = index_.begin(block);
   const std::size_t end = index_.end(block, model_.Text());
-  layout = std::make_unique<QTextLayout>(displayText(std::u16string_view(model_.Text()).substr(begin, end - begin)),
-                                         font());
+  layout =
+      std::make_unique<QTextLayout>(displayText(std::u16string_view(model_.Text()).substr(begin, end - begin)), font());
   QTextOption option;
   option.setTextDirection(Qt::LeftToRight);
   option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);

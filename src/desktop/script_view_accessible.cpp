@@ -103,9 +103,7 @@ class ScriptViewAccessible final : public QAccessibleWidget, public QAccessibleT
 
  private:
   const RichTextBox& model() const { return view_.model(); }
-  std::size_t clamped(int offset) const {
-    return static_cast<std::size_t>(std::clamp(offset, 0, characterCount()));
-  }
+  std::size_t clamped(int offset) const { return static_cast<std::size_t>(std::clamp(offset, 0, characterCount())); }
 
   // Lines and paragraphs are the model's lines with their line ends; smaller units are sought inside a line.
   std::pair<int, int> bounds(std::size_t at, QAccessible::TextBoundaryType kind) const {
@@ -173,7 +171,8 @@ void tellTextChange(ScriptView& view, const BlockIndex::Change& change) {
   if (!QAccessible::isActive()) return;
   const auto position = static_cast<int>(change.position);
   if (change.removed > 0) {  // what it was is gone; only its length is of use to the reader
-    QAccessibleTextRemoveEvent removed(&view, position, QString(static_cast<qsizetype>(change.removed), QLatin1Char(' ')));
+    QAccessibleTextRemoveEvent removed(&view, position,
+                                       QString(static_cast<qsizetype>(change.removed), QLatin1Char(' ')));
     QAccessible::updateAccessibility(&removed);
   }
   if (change.inserted > 0) {

@@ -83,7 +83,8 @@ std::size_t ScriptView::characterMove(std::size_t from, bool forward, QTextLayou
   std::size_t within = std::min(from - index_.begin(block), length());
   if (forward) {
     if (within == length()) return block + 1 < index_.count() ? index_.begin(block + 1) : from;
-    return index_.begin(block) + static_cast<std::size_t>(layoutOf(block).nextCursorPosition(static_cast<int>(within), mode));
+    return index_.begin(block) +
+           static_cast<std::size_t>(layoutOf(block).nextCursorPosition(static_cast<int>(within), mode));
   }
   if (within == 0) {
     if (block == 0) return 0;

@@ -44,16 +44,14 @@ SearchBox::SearchBox(FrmSearch& box, QWidget* owner, Run run)
   place(txtSearch_, 0, 0, 3435);
   CancelButton_->setObjectName(QStringLiteral("CancelButton"));
   place(CancelButton_, 2310, 300, 1125);
-  connect(CancelButton_, &QPushButton::clicked, this, [this] {
-    call([](FrmSearch& form) { form.CancelButton_Click(); });
-  });
+  connect(CancelButton_, &QPushButton::clicked, this,
+          [this] { call([](FrmSearch& form) { form.CancelButton_Click(); }); });
   for (const std::size_t i : {std::size_t{0}, std::size_t{1}}) {
     auto* button = new QPushButton(toQt(box.btn_Search.at(i)), this);
     button->setObjectName(QStringLiteral("btn_Search%1").arg(i));
     place(button, i == 0 ? 1170 : 30, 300, 1125);
-    connect(button, &QPushButton::clicked, this, [this, i] {
-      call([i](FrmSearch& form) { form.btn_Search_Click(static_cast<std::int16_t>(i)); });
-    });
+    connect(button, &QPushButton::clicked, this,
+            [this, i] { call([i](FrmSearch& form) { form.btn_Search_Click(static_cast<std::int16_t>(i)); }); });
     btn_Search_.at(i) = button;
   }
   setTabOrder(txtSearch_, CancelButton_);

@@ -34,7 +34,8 @@ std::optional<OwnKey> ownKey(TextView key) {
     if (below) return OwnKey{HKEY_LOCAL_MACHINE_ID, path};
   } else if (startsWith(key, kClasses)) {
     const TextView path = key.substr(kClasses.size());
-    if (equalIgnoringCase(path, kVerbKey) || equalIgnoringCase(path, kVerbCommandKey)) return OwnKey{HKEY_CLASSES_ROOT_ID, path};
+    if (equalIgnoringCase(path, kVerbKey) || equalIgnoringCase(path, kVerbCommandKey))
+      return OwnKey{HKEY_CLASSES_ROOT_ID, path};
   }
   return std::nullopt;
 }
@@ -97,8 +98,8 @@ std::string exportSettings(RegistryCalls& registry) {
   const auto putSetting = [&](const Setting& setting) {
     put(kMachine, HKEY_LOCAL_MACHINE_ID, setting.key, setting.name);
   };
-  for (const Setting* setting : {&settings::File, &settings::NavMode, &settings::LastSearch,
-                                 &settings::AllowedCommands, &settings::SpecialAllowedCommands}) {
+  for (const Setting* setting : {&settings::File, &settings::NavMode, &settings::LastSearch, &settings::AllowedCommands,
+                                 &settings::SpecialAllowedCommands}) {
     putSetting(*setting);
   }
   for (const Setting* word : allWords()) putSetting(*word);

@@ -1,0 +1,92 @@
+#include "desktop/edit_box.h"
+
+#include <gtest/gtest.h>
+
+#include <QtGui/QClipboard>
+#include <QtGui/QGuiApplication>
+#include <QtTest/QtTest>
+
+#include "desktop/qt_text.h"
+
+namespace dravenna {
+
+namespace {
+
+class EditBoxTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    box.resize(300, 21);
+    box.show();
+    box.onUserEdit = [this] { ++edits; };
+  }
+  void paste(const QString& text) {
+    QGuiApplication::clipboard()->setText(text);
+    QTest::keyClick(&box, Qt::Key_V, Qt::ControlModifier);
+  }
+
+  TextBox model;
+  EditBox box{model};
+  int edits = 0;
+};
+
+TEST_F(EditBoxTest, TellsTheModelOnlyWhatTheUserDid) {
+  int changes = 0;
+  model.setText(u"one two");
+  model.onChange = [&] { ++changes; };
+  model.selectAll();
+  box.synchronise();
+  EXPECT_EQ(changes, 0);
+  EXPECT_EQ(box.selectedText(), QStringLiteral("one two"));
+  QTest::keyClicks(&box, QStringLiteral("x"));
+  EXPECT_EQ(model.Text(), u"x");
+  EXPECT_EQ(edits, 1);
+  box.synchronise();
+  EXPECT_EQ(box.cursorPosition(), 1);
+  QTest::keyClick(&box, Qt::Key_Z, Qt::ControlModifier);  // the box's undo survives a synchronise
+  EXPECT_EQ(model.Text(), u"one two");
+}
+
+TEST_F(EditBoxTest, CutsAPasteAtItsFirstLineBreak) {
+  model.setText(u"a\rb");  // a lone CR of the script is none
+  model.setSelStart(3);
+  box.synchronise();
+  paste(QStringLiteral("cd\r\nef"));
+  EXPECT_EQ(model.Text(), u"a\rbcd");
+  paste(QStringLiteral("\nef"));
+  EXPECT_EQ(model.Text(), u"a\rbcd");
+}
+
+TEST_F(EditBoxTest, KeepsItsSelectionWithoutTheFocus) {
+  model.setText(u"one two");
+  model.setSelStart(4);
+  model.setSelLength(3);
+  box.synchronise();
+  for (const auto reason : {Qt::MouseFocusReason, Qt::TabFocusReason, Qt::ShortcutFocusReason}) {
+    QFocusEvent in(QEvent::FocusIn, reason);
+    QCoreApplication::sendEvent(&box, &in);
+    QFocusEvent out(QEvent::FocusOut, reason);
+    QCoreApplication::sendEvent(&box, &out);
+    EXPECT_EQ(box.selectedText(), QStringLiteral("two"));
+  }
+  EXPECT_EQ(model.SelStart(), 4);
+  EXPECT_EQ(model.SelLength(), 3);
+}
+
+TEST_F(EditBoxTest, LeavesATextAloneThatIsTooLongForIt) {
+  model.setText(std::u16string(2'000'000, u'x'));
+  box.synchronise();
+  QTest::keyClicks(&box, QStringLiteral("y"));
+  paste(QStringLiteral("z"));
+  box.takeOver();
+  EXPECT_EQ(model.Text().size(), 2'000'000U);
+  EXPECT_EQ(edits, 0);
+  model.setText(u"short");
+  box.synchronise();
+  QTest::keyClick(&box, Qt::Key_End);
+  QTest::keyClicks(&box, QStringLiteral("er"));
+  EXPECT_EQ(model.Text(), u"shorter");
+}
+
+}  // namespace
+
+}  // namespace dravenna
