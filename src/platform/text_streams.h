@@ -13,8 +13,8 @@ namespace dravenna {
 
 class ByteSource {
  public:
-  virtual ~ByteSource() = default;  // closes without a failure
-  virtual std::size_t size() = 0;   // bytes of the file; 0 if it is not known
+  virtual ~ByteSource() = default;                           // closes without a failure
+  virtual std::size_t size() = 0;                            // bytes of the file; 0 if it is not known
   virtual std::size_t read(char* to, std::size_t size) = 0;  // 0 at the end
   virtual void close() = 0;
 };

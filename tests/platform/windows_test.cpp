@@ -170,8 +170,8 @@ TEST_F(WindowsFiles, PathsMayBeLong) {
   replaceBytes(file, "two");
   EXPECT_EQ(readBytes(file), "two");
   EXPECT_TRUE(makeTextFiles(codePageByName("1252"))->fileExists(file));
-  const std::vector<std::string> found =
-      filesBelow(folder_.file(""), [](const std::string&) { return true; }, [](const std::string&) { return true; });
+  const std::vector<std::string> found = filesBelow(
+      folder_.file(""), [](const std::string&) { return true; }, [](const std::string&) { return true; });
   ASSERT_EQ(found.size(), 1u);
   EXPECT_TRUE(found[0].ends_with("d/\xD0\x96.txt")) << found[0];
 }

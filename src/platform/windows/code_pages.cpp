@@ -21,8 +21,8 @@ CharacterDecoder systemDecoder(int number) {
   if (::IsValidCodePage(page) == 0) return {};
   return [page](std::string_view bytes) {
     wchar_t units[4];
-    const int count = ::MultiByteToWideChar(page, MB_ERR_INVALID_CHARS, bytes.data(), static_cast<int>(bytes.size()),
-                                            units, 4);
+    const int count =
+        ::MultiByteToWideChar(page, MB_ERR_INVALID_CHARS, bytes.data(), static_cast<int>(bytes.size()), units, 4);
     if (count != 1 || standsForNothing(bytes, units[0])) return CodePage::kUndefined;
     return static_cast<char16_t>(units[0]);
   };

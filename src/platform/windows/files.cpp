@@ -67,9 +67,8 @@ std::wstring resolveTarget(const std::wstring& path, DWORD attributes, const std
 std::wstring extendedPath(std::u16string_view path) {
   if (path.empty() || path.find(u'\0') != std::u16string_view::npos) throw SystemFailure(ERROR_FILE_NOT_FOUND, path);
   const std::wstring given = toWide(path);
-  const std::wstring full = filledBy([&](wchar_t* buffer, DWORD size) {
-    return ::GetFullPathNameW(given.c_str(), size, buffer, nullptr);
-  });
+  const std::wstring full =
+      filledBy([&](wchar_t* buffer, DWORD size) { return ::GetFullPathNameW(given.c_str(), size, buffer, nullptr); });
   if (full.empty()) failWithLastError(path);
   if (full.starts_with(L"\\\\?\\") || full.starts_with(L"\\\\.\\")) return full;
   return full.starts_with(L"\\\\") ? L"\\\\?\\UNC" + full.substr(1) : L"\\\\?\\" + full;
@@ -86,12 +85,16 @@ bool isFolder(DWORD attributes) {
 }
 
 OpenFile openForReading(std::u16string_view path) {
-  return {extendedPath(path), {GENERIC_READ, kShareAll, OPEN_EXISTING, FILE_FLAG_SEQUENTIAL_SCAN},
-          std::u16string(path)};
+  return {
+      extendedPath(path), {GENERIC_READ, kShareAll, OPEN_EXISTING, FILE_FLAG_SEQUENTIAL_SCAN}, std::u16string(path)};
 }
 
 OpenFile openForWriting(std::u16string_view path) {
-  OpenFile file(extendedPath(path), {GENERIC_WRITE, FILE_SHARE_READ, OPEN_ALWAYS}, std::u16string(path));
+  const std::wstring extended = extendedPath(path);
+  const DWORD attributes = attributesOf(extended);
+  const bool readOnly = attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY) != 0;
+  if (readOnly && !isFolder(attributes)) throw SystemFailure(ERROR_ACCESS_DENIED, path);
+  OpenFile file(extended, {GENERIC_WRITE, FILE_SHARE_READ, OPEN_ALWAYS}, std::u16string(path));
   if (::GetFileType(file.handle()) == FILE_TYPE_DISK) file.truncate();
   return file;
 }

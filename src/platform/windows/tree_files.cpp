@@ -21,7 +21,8 @@ std::u16string textOf(const fs::path& path) { return fromWide(path.native()); }
 class FolderListing {
  public:
   explicit FolderListing(const fs::path& folder) : path_(textOf(folder.empty() ? fs::path(L".") : folder)) {
-    const std::wstring pattern = windows::extendedPath(path_) + L"\\*";
+    std::wstring pattern = windows::extendedPath(path_);
+    pattern += pattern.ends_with(L'\\') ? L"*" : L"\\*";
     handle_ = ::FindFirstFileExW(pattern.c_str(), FindExInfoBasic, &entry_, FindExSearchNameMatch, nullptr, 0);
     if (handle_ == INVALID_HANDLE_VALUE && ::GetLastError() != ERROR_FILE_NOT_FOUND) {
       windows::failWithLastError(path_);
@@ -131,6 +132,19 @@ std::vector<std::u16string> Replacements::commit() {
   each([](windows::FileReplacement& replacement) { replacement.flush(); });
   each([&](windows::FileReplacement& replacement) { replacement.place(fromUtf8(backupSuffix_)); });
   return outcomes;
+}
+
+void moveOver(const fs::path& from, const fs::path& to) {
+  const std::wstring old = windows::extendedPath(textOf(from));
+  const std::wstring target = windows::extendedPath(textOf(to));
+  if (::MoveFileExW(old.c_str(), target.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) == 0) {
+    windows::failWithLastError(textOf(to));
+  }
+}
+
+void removeFile(const fs::path& path) {
+  if (::DeleteFileW(windows::extendedPath(textOf(path)).c_str()) != 0) return;
+  if (::GetLastError() != ERROR_FILE_NOT_FOUND) windows::failWithLastError(textOf(path));
 }
 
 // The system brings the renames in a folder to disk by itself.
