@@ -187,7 +187,17 @@ class ScenarioRun {
     if (more()) throw ScenarioError{0, "not understood: " + toUtf8(current_->words[word_].text)};
     if (current_->hasBlock && !block) throw ScenarioError{0, "this directive takes no block"};
   }
-  std::u16string filled(std::u16string_view text) const { return replaceAll(text, u"{dir}", directory_.u16string()); }
+  // {program} is the program as the shell verb names it; the path behind a {dir} has the system's separators.
+  std::u16string filled(std::u16string_view text) const {
+    std::u16string line = replaceAll(text, u"{program}", u"{dir}" + process_->programName());
+    for (std::size_t at = line.find(u"{dir}"); at != line.npos; at = line.find(u"{dir}", at + 1)) {
+      const auto path = line.begin() + static_cast<std::ptrdiff_t>(at);
+      const auto end =
+          line.begin() + static_cast<std::ptrdiff_t>(std::min(line.find_first_of(u"\"'\r\n]", at), line.size()));
+      std::replace(path, end, u'/', process_->pathSeparator());
+    }
+    return replaceAll(line, u"{dir}", directory_.u16string());
+  }
   // A file name: in the scenario's folder unless it is absolute.
   fs::path takePath() { return directory_ / fs::path(takeText("NAME")); }
 
@@ -214,7 +224,9 @@ class ScenarioRun {
     if (!(out << bytes << std::flush)) throw ScenarioError{0, "the file cannot be made"};
   }
   void doRemove() {
-    if (!fs::remove(takePath())) throw ScenarioError{0, "there is no such file"};
+    const fs::path path = takePath();
+    if (fs::is_regular_file(path)) fs::permissions(path, fs::perms::owner_write, fs::perm_options::add);
+    if (!fs::remove(path)) throw ScenarioError{0, "there is no such file"};
     noMore();
   }
   void doReadonly() {
@@ -374,9 +386,9 @@ class ScenarioRun {
 
   void doExpect() {
     static const std::map<std::u16string, Handler> handlers = {
-        {u"colors", &ScenarioRun::expectColors}, {u"picBigBox.Point", &ScenarioRun::expectPoint},
-        {u"box", &ScenarioRun::expectBox},       {u"dialog", &ScenarioRun::expectDialog},
-        {u"beeps", &ScenarioRun::expectBeeps},   {u"file", &ScenarioRun::expectFile},
+        {u"colors", &ScenarioRun::expectColors},    {u"picBigBox.Point", &ScenarioRun::expectPoint},
+        {u"box", &ScenarioRun::expectBox},          {u"dialog", &ScenarioRun::expectDialog},
+        {u"beeps", &ScenarioRun::expectBeeps},      {u"file", &ScenarioRun::expectFile},
         {u"registry", &ScenarioRun::expectRegistry}};
     const std::u16string what = takeText("WHAT");
     if (const auto handler = handlers.find(what); handler != handlers.end()) return (this->*handler->second)();
@@ -467,13 +479,12 @@ class ScenarioRun {
     const std::string property = toUtf8(takeText("PROPERTY"));
     if (!stage_.dialog) throw ScenarioError{0, "no file dialog was shown"};
     const CommonDialog& dialog = stage_.dialog->properties;
-    const std::map<std::string, Value> values = {
-        {"Kind", std::u16string(stage_.dialog->save ? u"save" : u"open")},
-        {"Filter", dialog.Filter},
-        {"DialogTitle", dialog.DialogTitle},
-        {"InitDir", dialog.InitDir},
-        {"FileName", dialog.FileName},
-        {"Flags", std::int64_t{dialog.Flags}}};
+    const std::map<std::string, Value> values = {{"Kind", std::u16string(stage_.dialog->save ? u"save" : u"open")},
+                                                 {"Filter", dialog.Filter},
+                                                 {"DialogTitle", dialog.DialogTitle},
+                                                 {"InitDir", dialog.InitDir},
+                                                 {"FileName", dialog.FileName},
+                                                 {"Flags", std::int64_t{dialog.Flags}}};
     const auto value = values.find(property);
     if (value == values.end()) throw ScenarioError{0, "a dialog has no " + property};
     compare("dialog " + property, value->second);
