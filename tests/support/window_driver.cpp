@@ -1,3 +1,4 @@
+#include <QtCore/QFileInfo>
 #include <QtCore/QTimer>
 #include <QtGui/QAccessible>
 #include <QtGui/QAction>
@@ -6,6 +7,7 @@
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QDialogButtonBox>
 #include <QtWidgets/QFileDialog>
+#include <QtWidgets/QListView>
 #include <QtWidgets/QMenu>
 #include <QtWidgets/QMenuBar>
 #include <QtWidgets/QMessageBox>
@@ -181,7 +183,21 @@ class WindowDriver : public QObject, public Driver {
     const QTest::MouseAction action = step == MouseStep::Press  ? QTest::MousePress
                                       : step == MouseStep::Move ? QTest::MouseMove
                                                                 : QTest::MouseRelease;
-    mouseOn(field(), action, at);
+    // From outside no real mouse reaches the field but by dragging.
+    if (!dragging_) outside_ = !field().rect().contains(at);
+    if (outside_) {
+      QMouseEvent event(step == MouseStep::Press  ? QEvent::MouseButtonPress
+                        : step == MouseStep::Move ? QEvent::MouseMove
+                                                  : QEvent::MouseButtonRelease,
+                        at, field().mapToGlobal(at), step == MouseStep::Move ? Qt::NoButton : Qt::LeftButton,
+                        Qt::NoButton, Qt::NoModifier);
+      QCoreApplication::sendEvent(&field(), &event);
+      turn();
+    } else {
+      mouseOn(field(), action, at);
+    }
+    if (step == MouseStep::Press) dragging_ = true;
+    if (step == MouseStep::Release) dragging_ = false;
   }
 
   void button(std::u16string_view name) override {
@@ -269,7 +285,15 @@ class WindowDriver : public QObject, public Driver {
     shown.properties.DialogTitle = fromQt(dialog.windowTitle());
     stage_.dialog = shown;
     if (const std::optional<std::u16string> path = stage_.nextPick()) {
-      dialog.findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))->setText(toQt(*path));
+      // The user goes to the folder and types the name over the one that is offered. (The list would drop its selection
+      // by itself, but only when it has read the folder.)
+      const QFileInfo picked(toQt(*path));
+      const bool reachable = QFileInfo(picked.path()).isDir();
+      if (reachable) dialog.setDirectory(picked.path());
+      auto* name = dialog.findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
+      dialog.findChild<QListView*>(QStringLiteral("listView"))->clearSelection();
+      name->selectAll();
+      name->insert(reachable ? picked.fileName() : picked.filePath());
       const auto standard = shown.save ? QDialogButtonBox::Save : QDialogButtonBox::Open;
       dialog.findChild<QDialogButtonBox*>()->button(standard)->click();
     }
@@ -399,6 +423,8 @@ class WindowDriver : public QObject, public Driver {
   Surroundings surroundings_;
   Stage& stage_;
   std::unique_ptr<MainWindow> window_;
+  bool dragging_ = false;  // on the picker's field
+  bool outside_ = false;   // its mouse is sent straight to it
 };
 
 }  // namespace
