@@ -2,10 +2,11 @@
 
 #include <array>
 #include <cstdlib>
-#include <mutex>
+#include <memory>
 #include <string>
 #include <string_view>
 
+#include "platform/code_page_tables.h"
 #include "platform/system.h"
 
 namespace dravenna {
@@ -13,16 +14,6 @@ namespace dravenna {
 namespace {
 
 constexpr char16_t kNone = CodePage::kUndefined;
-
-// windows-1252 from 0x80 to 0x9F; from 0xA0 on, byte and code point are the same. Built in, so that there is always a
-// code page, and the usual start needs no iconv.
-constexpr char16_t kWestern[32] = {0x20AC, kNone,  0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021,
-                                   0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, kNone,  0x017D, kNone,
-                                   kNone,  0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014,
-                                   0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, kNone,  0x017E, 0x0178};
-
-constexpr int kSingleBytePages[] = {874, 1250, 1251, 1252, 1253, 1254, 1255, 1256, 1257, 1258};
-constexpr int kDoubleBytePages[] = {932, 936, 949, 950};
 
 class Converter {
  public:
@@ -54,51 +45,6 @@ class Converter {
  private:
   iconv_t state_;
 };
-
-std::array<char16_t, 256> singlesOf(Converter& converter) {
-  std::array<char16_t, 256> table{};
-  for (unsigned byte = 0; byte < 256; ++byte) {
-    const char character = static_cast<char>(static_cast<unsigned char>(byte));
-    table[byte] = byte < 0x80 ? static_cast<char16_t>(byte) : converter.unitOf({&character, 1});
-  }
-  return table;
-}
-
-std::vector<char16_t> pairsOf(Converter& converter, const std::array<char16_t, 256>& singles) {
-  std::vector<char16_t> pairs(0x10000, kNone);
-  for (unsigned lead = 0x80; lead < 256; ++lead) {
-    if (singles[lead] != kNone) continue;
-    for (unsigned trail = 0x40; trail < 256; ++trail) {
-      const char bytes[2] = {static_cast<char>(static_cast<unsigned char>(lead)),
-                             static_cast<char>(static_cast<unsigned char>(trail))};
-      pairs[lead << 8 | trail] = converter.unitOf({bytes, 2});
-    }
-  }
-  return pairs;
-}
-
-CodePagePtr buildWestern() {
-  std::array<char16_t, 256> table{};
-  for (unsigned byte = 0; byte < 256; ++byte) {
-    table[byte] = byte >= 0x80 && byte < 0xA0 ? kWestern[byte - 0x80] : static_cast<char16_t>(byte);
-  }
-  return CodePage::singleByte(1252, table);
-}
-
-CodePagePtr build(int number) {
-  if (number == kUtf8CodePage) return CodePage::utf8();
-  if (number == 1252) return buildWestern();
-  Converter converter("CP" + std::to_string(number));
-  if (!converter.works()) return nullptr;
-  const std::array<char16_t, 256> singles = singlesOf(converter);
-  for (const int known : kSingleBytePages) {
-    if (known == number) return CodePage::singleByte(number, singles);
-  }
-  for (const int known : kDoubleBytePages) {
-    if (known == number) return CodePage::doubleByte(number, singles, pairsOf(converter, singles));
-  }
-  return nullptr;
-}
 
 std::string lowerAscii(std::string_view text) {
   std::string lower(text);
@@ -155,33 +101,10 @@ std::string environment(const char* name) {
 
 }  // namespace
 
-CodePagePtr codePageByName(std::string_view name) {
-  std::string number = lowerAscii(name);
-  if (number == "utf-8" || number == "utf8") number = std::to_string(kUtf8CodePage);
-  for (const std::string_view prefix : {"windows-", "cp"}) {
-    if (number.starts_with(prefix)) {
-      number.erase(0, prefix.size());
-      break;
-    }
-  }
-  const auto matches = [&](int page) { return number == std::to_string(page); };
-  // Built once: a page of pairs takes some milliseconds.
-  static std::mutex mutex;
-  static std::vector<CodePagePtr> built;
-  const std::lock_guard<std::mutex> lock(mutex);
-  for (const CodePagePtr& page : built) {
-    if (matches(page->number())) return page;
-  }
-  CodePagePtr page;
-  for (const int known : kSingleBytePages) {
-    if (matches(known)) page = build(known);
-  }
-  for (const int known : kDoubleBytePages) {
-    if (matches(known)) page = build(known);
-  }
-  if (matches(kUtf8CodePage)) page = build(kUtf8CodePage);
-  if (page) built.push_back(page);
-  return page;
+CharacterDecoder systemDecoder(int number) {
+  const auto converter = std::make_shared<Converter>("CP" + std::to_string(number));
+  if (!converter->works()) return {};
+  return [converter](std::string_view bytes) { return converter->unitOf(bytes); };
 }
 
 CodePagePtr systemCodePage() {
@@ -189,10 +112,10 @@ CodePagePtr systemCodePage() {
   for (const char* const name : {"LC_ALL", "LC_CTYPE", "LANG"}) {
     const std::string locale = environment(name);
     if (locale.empty()) continue;
-    if (CodePagePtr page = codePageByName(std::to_string(pageOfLocale(locale)))) return page;
+    if (CodePagePtr page = codePageByNumber(pageOfLocale(locale))) return page;
     break;
   }
-  return codePageByName("1252");
+  return codePageByNumber(1252);
 }
 
 }  // namespace dravenna
