@@ -150,8 +150,8 @@ class WindowDriver : public QObject, public Driver {
     if (control == Control::EDT) target = &window_->editBox();
     if (control == Control::txtSearch) target = &searchControl("txtSearch");
     if (target->isHidden()) throw ScenarioError{0, "the control is not visible"};
-    activate(*target->window());
     target->setFocus(Qt::TabFocusReason);
+    activate(*target->window());
     settle();
   }
 
