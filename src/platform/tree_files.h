@@ -55,6 +55,11 @@ class Replacements {
   std::vector<std::unique_ptr<Staged>> staged_;
 };
 
+// Renames a file over another one.
+void moveOver(const std::filesystem::path& from, const std::filesystem::path& to);
+// Takes a file away; a missing one is no failure.
+void removeFile(const std::filesystem::path& path);
+
 // Brings the renames in a folder to disk.
 void flushFolder(const std::filesystem::path& folder);
 

@@ -180,6 +180,14 @@ std::vector<std::u16string> Replacements::commit() {
   return outcomes;
 }
 
+void moveOver(const fs::path& from, const fs::path& to) {
+  if (calls().rename(from.c_str(), to.c_str()) != 0) failWithErrno(to.native());
+}
+
+void removeFile(const fs::path& path) {
+  if (calls().unlink(path.c_str()) != 0 && errno != ENOENT) failWithErrno(path.native());
+}
+
 void flushFolder(const fs::path& folder) {
   const std::string path = folder.empty() ? "." : folder.native();
   OpenFile handle(calls(), path, O_RDONLY | O_DIRECTORY, 0, path);

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace dravenna {
+
+// A message of a PO file; all strings are UTF-8.
+struct PoEntry {
+  std::string context;
+  std::string id;
+  std::string previousId;  // of a fuzzy one; may be empty
+  std::string text;        // the translation, empty when there is none
+  bool fuzzy = false;
+  std::string file;  // of the reference; empty for none
+  std::size_t line = 0;
+  std::vector<std::string> comments;
+};
+
+// False in a build without the library for PO files; reading and writing throw Failure then.
+bool poFilesBuiltIn();
+
+// Replaces the file at once, or writes to standard output for `-`. `language` may be empty. Throws Failure.
+void writePoFile(const std::string& path, const std::string& language, const std::vector<PoEntry>& entries);
+
+// The entries but for the header and obsolete ones. Throws Failure that names the line.
+std::vector<PoEntry> readPoFile(const std::string& path);
+
+}  // namespace dravenna

@@ -1,0 +1,119 @@
+#include <fmt/format.h>
+#include <gettext-po.h>
+
+#include <memory>
+#include <type_traits>
+
+#include "batch/po_file.h"
+#include "platform/failure.h"
+#include "platform/tree_files.h"
+#include "text/text.h"
+
+namespace dravenna {
+
+namespace {
+
+// Throws out of the library: it must not go on after a fatal error, and nothing of it is used again.
+void onError(int severity, po_message_t, const char* file, std::size_t line, std::size_t, int, const char* text) {
+  if (severity == PO_SEVERITY_WARNING) return;
+  throw Failure(
+      fromUtf8(file == nullptr ? fmt::format("PO file: {}", text) : fmt::format("{}:{}: {}", file, line, text)));
+}
+
+void onError2(int severity, po_message_t first, const char* file, std::size_t line, std::size_t column, int multiline,
+              const char* text, po_message_t, const char*, std::size_t, std::size_t, int, const char* text2) {
+  onError(severity, first, file, line, column, multiline, fmt::format("{} {}", text, text2).c_str());
+}
+
+const po_xerror_handler kHandler{onError, onError2};
+
+struct FreeFile {
+  void operator()(po_file_t file) const { po_file_free(file); }
+};
+struct FreeIterator {
+  void operator()(po_message_iterator_t iterator) const { po_message_iterator_free(iterator); }
+};
+using File = std::unique_ptr<po_file, FreeFile>;
+using Iterator = std::unique_ptr<std::remove_pointer_t<po_message_iterator_t>, FreeIterator>;
+
+std::string orEmpty(const char* text) { return text == nullptr ? std::string() : std::string(text); }
+
+void insertHeader(po_message_iterator_t iterator, const std::string& language) {
+  const po_message_t header = po_message_create();
+  po_message_set_msgid(header, "");
+  po_message_set_msgstr(header, fmt::format("Project-Id-Version: NPC scripts\n"
+                                            "Report-Msgid-Bugs-To: \n"
+                                            "PO-Revision-Date: YEAR-MO-DA HO:MI+ZONE\n"
+                                            "Last-Translator: \n"
+                                            "Language-Team: \n"
+                                            "Language: {}\n"
+                                            "MIME-Version: 1.0\n"
+                                            "Content-Type: text/plain; charset=UTF-8\n"
+                                            "Content-Transfer-Encoding: 8bit\n"
+                                            "X-Generator: dravenna-lxf\n",
+                                            language)
+                                    .c_str());
+  po_message_insert(iterator, header);
+}
+
+void insertEntry(po_message_iterator_t iterator, const PoEntry& entry) {
+  const po_message_t message = po_message_create();
+  if (!entry.context.empty()) po_message_set_msgctxt(message, entry.context.c_str());
+  po_message_set_msgid(message, entry.id.c_str());
+  po_message_set_msgstr(message, entry.text.c_str());
+  if (!entry.file.empty()) po_message_add_filepos(message, entry.file.c_str(), entry.line);
+  if (entry.fuzzy) po_message_set_fuzzy(message, 1);
+  if (!entry.previousId.empty()) po_message_set_prev_msgid(message, entry.previousId.c_str());
+  std::string comments;
+  for (const std::string& comment : entry.comments) comments += comment + "\n";
+  if (!comments.empty()) po_message_set_extracted_comments(message, comments.c_str());
+  po_message_insert(iterator, message);
+}
+
+}  // namespace
+
+bool poFilesBuiltIn() { return true; }
+
+void writePoFile(const std::string& path, const std::string& language, const std::vector<PoEntry>& entries) {
+  const File file(po_file_create());
+  {
+    const Iterator iterator(po_message_iterator(file.get(), nullptr));
+    insertHeader(iterator.get(), language);
+    for (const PoEntry& entry : entries) insertEntry(iterator.get(), entry);
+  }
+  if (path == "-") {
+    po_file_write(file.get(), "-", &kHandler);
+    return;
+  }
+  const std::string temporary = path + ".new~";
+  try {
+    if (po_file_write(file.get(), temporary.c_str(), &kHandler) == nullptr) {
+      throw Failure(fromUtf8(path) + u": cannot be written");
+    }
+    moveOver(temporary, path);
+  } catch (...) {
+    removeFile(temporary);
+    throw;
+  }
+}
+
+std::vector<PoEntry> readPoFile(const std::string& path) {
+  std::string probe;
+  readWhole(path, probe);  // the library's own word for a missing file ends the process
+  const File file(po_file_read(path.c_str(), &kHandler));
+  if (!file) throw Failure(fromUtf8(path) + u": cannot be read");
+  std::vector<PoEntry> entries;
+  const Iterator iterator(po_message_iterator(file.get(), nullptr));
+  while (const po_message_t message = po_next_message(iterator.get())) {
+    PoEntry entry;
+    entry.context = orEmpty(po_message_msgctxt(message));
+    entry.id = orEmpty(po_message_msgid(message));
+    if (po_message_is_obsolete(message) != 0 || (entry.context.empty() && entry.id.empty())) continue;
+    entry.text = orEmpty(po_message_msgstr(message));
+    entry.fuzzy = po_message_is_fuzzy(message) != 0;
+    entries.push_back(std::move(entry));
+  }
+  return entries;
+}
+
+}  // namespace dravenna
