@@ -1,5 +1,3 @@
-#include <optional>
-
 #include "app/principal.h"
 
 namespace dravenna {
@@ -43,16 +41,13 @@ void Principal::Salvar() {
     platform_.windowing.beep();
     return;
   }
-  std::optional<Failure> kept;
-  try {
+  const std::optional<Failure> kept = attempt([&] {
     const auto file = platform_.files.createTextFile(ScriptPath, Writing::Replace);
     file->write(N.Text());
     file->close();
     Modified = false;
     say(read(registry_, words::FileSaved) + u"\r\n\r\n" + ScriptPath, kInformation);
-  } catch (const Failure& failure) {
-    kept = failure;
-  }
+  });
   if (kept) sayFailure(*kept);
 }
 

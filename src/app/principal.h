@@ -154,7 +154,8 @@ class Principal {
   // Selects what stands between the quote marks of the current text; a bracket pair around it is left out, under
   // `titlesOnly` only if the text is a title.
   void selectCurrent(bool titlesOnly);
-  void selectEditBox();  // all of it; hides the box exactly if it is empty
+  void showEditBox(bool visible);  // and makes room for it
+  void selectEditBox();            // all of it; hides the box exactly if it is empty
   void colorEditBox();
   // Puts a selection of N that has gone elsewhere back on the current text.
   void backToCurrentText();

@@ -1,5 +1,4 @@
 #include <cmath>
-#include <optional>
 
 #include "app/principal.h"
 #include "app/version.h"
@@ -8,8 +7,7 @@
 namespace dravenna {
 
 void Principal::Form_Load() {
-  std::optional<Failure> kept;
-  try {
+  const std::optional<Failure> kept = attempt([&] {
     ScriptPath = read(registry_, settings::File);
     readFileCaptions();
     mnu_Shell.Checked = !registry_.GetRegValue(HKEY_CLASSES_ROOT_ID, kVerbCommandKey, u"", u"").empty();
@@ -39,9 +37,7 @@ void Principal::Form_Load() {
     CMD.CancelError = true;
     if (!ScriptPath.empty()) LoadScript();
     Form_Resize();
-  } catch (const Failure& failure) {
-    kept = failure;
-  }
+  });
   if (kept) platform_.windowing.messageBox(u"Error: " + kept->description(), 0, u"");
 }
 

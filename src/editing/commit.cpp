@@ -8,10 +8,17 @@ void Principal::commit() {
   if (Ini == 0 || Fin == 0) return;
   backToCurrentText();
   std::u16string text = replaceAll(EDT.Text(), u"\"", u"'");
-  // The first place of a title may be a comment or code: that can be current, but is not written over.
-  if (text != N.SelText() && isTextColor(N.SelColor())) {
+  const bool title = N.SelColor() == clrTitle;
+  // A message wrapped in brackets may stand in the box with them or without.
+  const TextView whole =
+      TextView(N.Text()).substr(static_cast<std::size_t>(Ini), static_cast<std::size_t>(Fin - Ini - 1));
+  const bool same = text == N.SelText() || (!title && text == whole);
+  if (!same && !isTextColor(N.SelColor())) {
+    // The first place of a title may be a comment or code: it can be current, but is not written over.
+    platform_.windowing.beep();
+  } else if (!same) {
     if (text.empty()) text = u" ";  // a text without a character would have lost its colour
-    if (N.SelColor() == clrTitle) {
+    if (title) {
       ReplaceTitle(text);
     } else {
       UndoText = N.SelText();

@@ -17,7 +17,7 @@ KeyOutcome Principal::dispatchKey(const KeyEvent& key) {
   std::int16_t KeyAscii = key.KeyAscii;
   if (KeyAscii != 0) Form_KeyPress(KeyAscii);
   if (KeyAscii != 0 && key.focus == Control::EDT) EDT_KeyPress(KeyAscii);
-  return {KeyCode != 0, KeyAscii != 0};
+  return {key.KeyCode == 0 || KeyCode != 0, KeyAscii != 0};
 }
 
 void Principal::Form_KeyDown(std::int16_t& KeyCode, std::int16_t Shift) {

@@ -72,7 +72,7 @@ bool Principal::holdsWord(std::u16string_view Texto) {
   N.setSelStart(xIni);
   N.setSelLength(end - xIni - 1);
   const TextView text = N.SelText();
-  if (text.front() == u'[' && text.back() == u']' && N.SelColor() == clrTitle) {
+  if (!text.empty() && text.front() == u'[' && text.back() == u']' && N.SelColor() == clrTitle) {
     N.setSelStart(xIni + 1);
     N.setSelLength(end - xIni - 3);
   }

@@ -34,7 +34,7 @@ void Principal::Seleccionar(bool ShowContextWarning, bool SetEdt, bool Focus) {
     selectCurrent(false);
     if (SetEdt) {
       selectEditBox();
-      EDT.Visible = N.SelLength() > 0;
+      showEditBox(N.SelLength() > 0);
     }
   }
   colorEditBox();
@@ -58,9 +58,15 @@ void Principal::backToCurrentText() {
   N.setSelLength(currentLength_);
 }
 
+void Principal::showEditBox(bool visible) {
+  if (visible == EDT.Visible) return;
+  EDT.Visible = visible;
+  ArrangeEditBox();
+}
+
 void Principal::selectEditBox() {
   EDT.selectAll();
-  EDT.Visible = !EDT.Text().empty();
+  showEditBox(!EDT.Text().empty());
 }
 
 void Principal::colorEditBox() { EDT.ForeColor = N.SelColor() == clrMessage ? kWhite : kCyan; }

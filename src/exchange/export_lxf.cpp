@@ -1,5 +1,3 @@
-#include <optional>
-
 #include "app/principal.h"
 #include "exchange/lxf.h"
 
@@ -25,12 +23,11 @@ void Principal::mnu_Export_Click() {
 }
 
 void Principal::ExportLxf(std::u16string_view LxfFile) {
-  std::optional<Failure> kept;
   std::unique_ptr<TextWriter> file;
-  try {
+  const std::optional<Failure> kept = attempt([&] {
     file = platform_.files.createTextFile(LxfFile, Writing::InPlace);
     setMousePointer(kHourglass);
-    EDT.Visible = false;
+    showEditBox(false);
     const CommandLists lists(AllowedCommands, SpecialAllowedCommands);
     std::u16string record;
     forEachRecord(N.Text(), lists, [&](std::int32_t number, TextView text) {
@@ -39,9 +36,7 @@ void Principal::ExportLxf(std::u16string_view LxfFile) {
       file->writeLine(record);
     });
     file->close();
-  } catch (const Failure& failure) {
-    kept = failure;
-  }
+  });
   setMousePointer(0);
   file.reset();
   if (kept) {

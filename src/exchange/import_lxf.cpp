@@ -1,5 +1,3 @@
-#include <optional>
-
 #include "app/principal.h"
 #include "exchange/lxf.h"
 
@@ -20,16 +18,17 @@ void Principal::mnu_Import_Click() {
 }
 
 void Principal::ImportLxf(std::u16string_view LxfFile) {
-  std::optional<Failure> kept;
-  try {
+  bool badFile = false;
+  const std::optional<Failure> kept = attempt([&] {
     const auto stream = platform_.files.openTextFile(LxfFile);
     const std::u16string records = stream->readAll();
     stream->close();
     setMousePointer(kHourglass);
-    EDT.Visible = false;
+    showEditBox(false);
     const CommandLists lists(AllowedCommands, SpecialAllowedCommands);
     const MergeResult merged = mergeLxf(N.Text(), records, lists);
     if (merged.status == MergeStatus::NoColon) {
+      badFile = true;
       LoadScript();
       say(readFilled(registry_, words::BadLXFFile, decimal(static_cast<std::int64_t>(merged.recordIndex) + 1)),
           kCritical);
@@ -43,9 +42,8 @@ void Principal::ImportLxf(std::u16string_view LxfFile) {
     script->write(merged.text);
     script->close();
     LoadScript();
-  } catch (const Failure& failure) {
-    kept = failure;
-  }
+  });
+  if (badFile) return;
   setMousePointer(0);
   if (kept) {
     sayFailure(*kept);

@@ -1,5 +1,3 @@
-#include <optional>
-
 #include "app/principal.h"
 #include "scan/line_scanner.h"
 #include "text/text.h"
@@ -37,16 +35,15 @@ void Principal::LoadScript() {
   UndoText.clear();
   ScriptLoaded = Modified = HasMessages = HasCode = false;
 
-  std::optional<Failure> kept;
   std::unique_ptr<TextReader> stream;
   const CommandLists lists(AllowedCommands, SpecialAllowedCommands);
   LineScanner scanner(lists);
-  try {
+  const std::optional<Failure> kept = attempt([&] {
     stream = platform_.files.openTextFile(ScriptPath);
     N.Visible = false;
     N.clear();
     N.reserve(stream->sizeHint());
-    Ini = Fin = 0;
+    Ini = Fin = xIni = 0;
     setMousePointer(kHourglass);
     EDT.Visible = false;
     while (!stream->atEndOfStream()) {
@@ -54,9 +51,7 @@ void Principal::LoadScript() {
       scanner.scan(line, LoadSink(*this, line));
     }
     stream->close();
-  } catch (const Failure& failure) {
-    kept = failure;
-  }
+  });
   if (stream) N.commitAppend();
   ScriptLoaded = HasCode || HasMessages;
   mnu_Guardar.Enabled = mnu_Export.Enabled = mnu_Import.Enabled = mnu_Search.Enabled = ScriptLoaded;

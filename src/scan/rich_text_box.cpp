@@ -1,6 +1,8 @@
 #include "scan/rich_text_box.h"
 
 #include <algorithm>
+#include <limits>
+#include <stdexcept>
 
 namespace dravenna {
 
@@ -16,6 +18,7 @@ const std::vector<CharStyle>& segmentStyles() {
 }
 
 constexpr std::size_t kMostStyles = 256;
+constexpr std::size_t kMostCharacters = std::numeric_limits<std::int32_t>::max() / 2;  // offsets are 32-bit
 
 char styleByte(std::size_t index) { return static_cast<char>(static_cast<unsigned char>(index)); }
 
@@ -86,8 +89,15 @@ void RichTextBox::reserve(std::size_t characters) {
 
 std::size_t RichTextBox::appendLine(std::u16string_view line, Segment segment) {
   const std::size_t at = text_.size();
-  text_.append(line).append(u"\r\n", 2);
+  if (line.size() + 2 > kMostCharacters - at) throw std::length_error("document");
   styles_.append(line.size() + 2, styleByte(static_cast<std::size_t>(segment)));
+  try {
+    text_.append(line).append(u"\r\n", 2);
+  } catch (...) {
+    text_.resize(at);
+    styles_.resize(at);
+    throw;
+  }
   return at;
 }
 

@@ -67,7 +67,8 @@ class RichTextBox {
   // The bulk form of the operations above, for the scanner and for titles: the listener hears of each run once.
   void reserve(std::size_t characters);
   // Appends a line and its CR LF, all in one segment; returns the offset of the line. paint() gives a part of it
-  // another one. Ends with commitAppend(), which puts the caret to the end.
+  // another one. Throws std::length_error for more than 2^30 characters. Ends with commitAppend(), which puts the caret
+  // to the end.
   std::size_t appendLine(std::u16string_view line, Segment segment);
   void paint(std::size_t begin, std::size_t end, Segment segment);
   void commitAppend();

@@ -53,6 +53,7 @@ double numberIn(std::u16string_view text) {
   const char* const end = digits.data() + digits.size();
   double number = 0;
   const auto [stop, error] = std::from_chars(begin, end, number);
+  if (begin != end && *begin == '-' && digits.front() == '+') return 0;
   if (error != std::errc() || stop != end || !std::isfinite(number)) return 0;
   return std::nearbyint(number) < -32768 || std::nearbyint(number) > 32767 ? 0 : number;
 }

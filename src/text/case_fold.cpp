@@ -39,6 +39,14 @@ const FoldTable& foldTable() {
   return *table;
 }
 
+// Of the four forms of i, whether two are of different letters.
+bool differByDot(char16_t a, char16_t b) {
+  constexpr char16_t kDotless = 0x131;
+  constexpr char16_t kCapitalWithDot = 0x130;
+  const auto are = [&](char16_t x, char16_t y) { return (a == x && b == y) || (a == y && b == x); };
+  return are(u'i', kDotless) || are(u'I', kCapitalWithDot) || are(kCapitalWithDot, kDotless);
+}
+
 }  // namespace
 
 char16_t foldCase(char16_t c) {
@@ -55,7 +63,7 @@ std::u16string foldCase(std::u16string_view text) {
 bool equalIgnoringCase(std::u16string_view a, std::u16string_view b) {
   if (a.size() != b.size()) return false;
   for (std::size_t i = 0; i < a.size(); ++i) {
-    if (foldCase(a[i]) != foldCase(b[i])) return false;
+    if (foldCase(a[i]) != foldCase(b[i]) || differByDot(a[i], b[i])) return false;
   }
   return true;
 }
@@ -67,12 +75,11 @@ std::size_t findIgnoringCase(std::u16string_view text, std::u16string_view needl
   const std::u16string wanted = foldCase(needle);
   const std::size_t last = text.size() - needle.size();
   const char16_t first = wanted[0];
-
   for (std::size_t at = from; at <= last; ++at) {
     if (fold[text[at]] != first) continue;
     std::size_t i = 1;
     while (i < wanted.size() && fold[text[at + i]] == wanted[i]) ++i;
-    if (i == wanted.size()) return at;
+    if (i == wanted.size() && equalIgnoringCase(text.substr(at, i), needle)) return at;
   }
   return std::u16string_view::npos;
 }

@@ -7,7 +7,8 @@
 namespace dravenna {
 
 // The folded form of a code unit: equal for all case forms of a letter, in every script of the Basic Multilingual
-// Plane. The dotted and the dotless i of Turkish fold to `i`, as their other case forms do.
+// Plane. The dotted and the dotless i of Turkish fold to `i`, as their other case forms do; the tests below tell the
+// two apart all the same: `I` is a form of both.
 char16_t foldCase(char16_t c);
 
 std::u16string foldCase(std::u16string_view text);

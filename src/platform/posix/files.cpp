@@ -80,8 +80,11 @@ void makeFolders(SystemCalls& calls, const std::string& folder) {
 }
 
 OpenFile openForReading(SystemCalls& calls, const std::string& path) {
-  OpenFile file(calls, path, O_RDONLY, 0, path);
-  if (S_ISDIR(file.status().st_mode)) throw SystemFailure(EISDIR, path);
+  // A pipe without a writer must not keep the caller waiting.
+  OpenFile file(calls, path, O_RDONLY | O_NONBLOCK, 0, path);
+  const mode_t mode = file.status().st_mode;
+  if (S_ISDIR(mode)) throw SystemFailure(EISDIR, path);
+  if (!S_ISREG(mode)) throw SystemFailure(EINVAL, path);
   return file;
 }
 

@@ -20,7 +20,7 @@ std::string resolveTarget(SystemCalls& calls, const std::string& path);
 // Makes a folder and the missing ones above it, for this user only.
 void makeFolders(SystemCalls& calls, const std::string& folder);
 
-// Opens for reading. Fails on a folder.
+// Opens for reading. Fails on a folder and on anything else that is no plain file.
 OpenFile openForReading(SystemCalls& calls, const std::string& path);
 
 // All bytes of a file that is no larger than `limit`; fails with EFBIG on a larger one.

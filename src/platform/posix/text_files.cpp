@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 
+#include <cerrno>
 #include <utility>
 
 #include "platform/posix/files.h"
@@ -67,6 +68,7 @@ class PosixTextFiles : public TextFiles {
     if (writing == Writing::Replace) {
       sink = std::make_unique<ReplacingSink>(calls_, bytes);
     } else {
+      refuseReadOnly(bytes);
       sink = std::make_unique<InPlaceSink>(OpenFile(calls_, bytes, O_WRONLY | O_CREAT | O_TRUNC, 0666, bytes));
     }
     return makeTextWriter(codePage_, writing, std::move(sink));
@@ -79,6 +81,12 @@ class PosixTextFiles : public TextFiles {
   }
 
  private:
+  // The superuser may write everything: what nobody is meant to write is refused all the same.
+  void refuseReadOnly(const std::string& path) {
+    struct stat status {};
+    if (calls_.stat(path.c_str(), status) == 0 && (status.st_mode & 0222) == 0) throw SystemFailure(EACCES, path);
+  }
+
   CodePagePtr codePage_;
   SystemCalls& calls_;
 };
