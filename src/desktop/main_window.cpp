@@ -116,8 +116,12 @@ void MainWindow::synchronise() {
   menuBar_->synchronise();
 
   // The form may have given itself another size.
-  const QSize missing(pixels(form.Width) - frameGeometry().width(), pixels(form.Height) - frameGeometry().height());
-  if (started_ && form.WindowState == 0 && !missing.isNull()) resize(size() + missing);
+  const QSize wanted(pixels(form.Width), pixels(form.Height));
+  if (started_ && wanted != toldSize_) {
+    const QSize change = wanted - toldSize_;
+    toldSize_ = wanted;
+    resize(size() + change);
+  }
 
   const RichTextBox& N = principal_.N;
   const TextBox& EDT = principal_.EDT;
@@ -132,8 +136,9 @@ void MainWindow::synchronise() {
 void MainWindow::tellSize() {
   FormState& form = principal_.form;
   form.WindowState = isMinimized() ? 1 : 0;
-  form.Width = twips(frameGeometry().width());
-  form.Height = twips(frameGeometry().height());
+  toldSize_ = frameGeometry().size();
+  form.Width = twips(toldSize_.width());
+  form.Height = twips(toldSize_.height());
   form.ScaleWidth = twips(centralWidget()->width());
   form.ScaleHeight = twips(centralWidget()->height());
   const QSize frame = frameGeometry().size() - size();

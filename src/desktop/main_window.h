@@ -74,6 +74,7 @@ class MainWindow : public QMainWindow, private Windowing {
   SearchBox* searchBox_ = nullptr;
   ColorPickDialog* colorPick_ = nullptr;
   std::function<void(std::u16string_view)> tellMessage_;
+  QSize toldSize_;   // the outer size that the form knows of, in pixels
   int running_ = 0;  // handlers on the stack
   bool started_ = false;
   bool loading_ = false;  // the start-up runs: the busy pointer would cost more than it shows

@@ -76,12 +76,11 @@ void ScriptView::synchronise() {
     shownStart_ = start;
     shownLength_ = length;
     caretAtStart_ = false;
-    followCaret_ = true;
+    follow(start, start + length);
     wishedX_ = -1;
     restartBlink();
   }
   contentShown_ = model_.Visible;
-  if (followCaret_ && contentShown_) bringIntoView(shownStart_, shownStart_ + shownLength_);
   updateScrollBar();
   viewport()->update();
   if (selectionMoved) tellSelection();
@@ -240,6 +239,13 @@ void ScriptView::bringIntoView(std::size_t begin, std::size_t end) {
   }
 }
 
+void ScriptView::follow(std::size_t begin, std::size_t end) {
+  following_ = true;
+  followBegin_ = begin;
+  followEnd_ = end;
+  bringIntoView(begin, end);
+}
+
 void ScriptView::updateScrollBar() {
   // Lay out the page, so that its rows are counted.
   const Place bottom = moved(top_, pageRows());
@@ -255,7 +261,7 @@ void ScriptView::updateScrollBar() {
 
 void ScriptView::scrollContentsBy(int, int) {
   if (settingBar_) return;
-  followCaret_ = false;
+  following_ = false;
   const QScrollBar& bar = *verticalScrollBar();
   if (bar.value() >= bar.maximum()) {
     setTop(moved(lastPlace(), 1 - pageRows()));
@@ -289,7 +295,7 @@ void ScriptView::resizeEvent(QResizeEvent* event) {
     top_ = placeOf(offset);
   }
   setTop(top_);
-  if (followCaret_) bringIntoView(shownStart_, shownStart_ + shownLength_);
+  if (following_) bringIntoView(followBegin_, followEnd_);
   updateScrollBar();
 }
 

@@ -93,6 +93,7 @@ class ScriptView : public QAbstractScrollArea, private RichTextBox::Listener {
   // Scrolling.
   void setTop(Place top);
   void bringIntoView(std::size_t begin, std::size_t end);
+  void follow(std::size_t begin, std::size_t end);
   void updateScrollBar();
   void afterUserMove();
 
@@ -120,7 +121,8 @@ class ScriptView : public QAbstractScrollArea, private RichTextBox::Listener {
   int laidOutWidth_ = 0;
 
   Place top_;
-  bool followCaret_ = true;  // the caret stays in view until the user scrolls
+  bool following_ = true;  // the last selection (the caret, where the user moved it) stays in view until a scroll
+  std::size_t followBegin_ = 0, followEnd_ = 0;
   bool settingBar_ = false;
   bool contentShown_ = true;
 

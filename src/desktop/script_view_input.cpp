@@ -36,9 +36,8 @@ void ScriptView::select(std::size_t anchor, std::size_t caret) {
 void ScriptView::moveCaret(std::size_t offset, bool extend) { select(extend ? anchor() : offset, offset); }
 
 void ScriptView::afterUserMove() {
-  followCaret_ = true;
+  follow(caret(), caret());
   restartBlink();
-  bringIntoView(caret(), caret());
   updateScrollBar();
   viewport()->update();
 }
