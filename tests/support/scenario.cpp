@@ -1,5 +1,6 @@
 #include "support/scenario.h"
 
+#include <algorithm>
 #include <cstdio>
 
 #include "text/text.h"
@@ -82,8 +83,9 @@ std::vector<Directive> parseScenario(std::string_view bytes) {
       directives.back().block.push_back(fromUtf8(raw.substr(raw.size() > 1 ? 2 : 1)));
       continue;
     }
+    if (raw.substr(std::min(raw.find_first_not_of(" \t"), raw.size())).starts_with('#')) continue;
     std::vector<Word> words = splitWords(fromUtf8(raw), line);
-    if (words.empty() || (!words[0].quoted && words[0].text.starts_with(u'#'))) continue;
+    if (words.empty()) continue;
     directives.push_back({line, std::move(words), false, {}});
   }
   return directives;

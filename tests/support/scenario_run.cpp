@@ -406,8 +406,8 @@ class ScenarioRun {
   void compare(const std::string& what, const Value& got) {
     const Word& word = take("VALUE");
     if (std::holds_alternative<bool>(got)) {
-      if (!word.is(u"True") && !word.is(u"False")) throw ScenarioError{0, what + " is True or False"};
-      check(what, word.is(u"True"), got);
+      if (word.text != u"True" && word.text != u"False") throw ScenarioError{0, what + " is True or False"};
+      check(what, word.text == u"True", got);
     } else if (std::holds_alternative<std::int64_t>(got)) {
       // Colours and the like may be written signed or not.
       const std::int64_t number = numberIn(word);

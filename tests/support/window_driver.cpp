@@ -109,7 +109,7 @@ class WindowDriver : public QObject, public Driver {
     QWidget* target = window_->colorPickDialog();
     if (target == nullptr) {
       mustBeOpen();
-      const bool inSearch = window_->searchBox() != nullptr && window_->searchBox()->isActiveWindow();
+      const bool inSearch = window_->searchBox() != nullptr && QApplication::activeWindow() == window_->searchBox();
       target = inSearch ? static_cast<QWidget*>(window_->searchBox()) : window_.get();
     }
     activate(*target);
@@ -137,6 +137,7 @@ class WindowDriver : public QObject, public Driver {
     if (std::min(from, to) < 0 || std::max(from, to) > size) throw ScenarioError{0, "the offset lies outside N"};
     view.scrollTo(static_cast<std::size_t>(from));
     mouseOn(*view.viewport(), QTest::MousePress, pointOf(from));
+    if (view.rectOf(static_cast<std::size_t>(to)).isNull()) view.scrollTo(static_cast<std::size_t>(to));
     if (to != from) mouseOn(*view.viewport(), QTest::MouseMove, pointOf(to));
     const bool reached = view.caret() == static_cast<std::size_t>(to);
     mouseOn(*view.viewport(), QTest::MouseRelease, pointOf(to));
@@ -343,9 +344,10 @@ class WindowDriver : public QObject, public Driver {
 
   // What a window manager does for a window that the user turns to.
   void activate(QWidget& window) {
-    if (!window.isActiveWindow()) {
+    const auto active = [&window] { return QApplication::activeWindow() == &window; };
+    if (!active()) {
       window.activateWindow();
-      if (!QTest::qWaitForWindowActive(&window, kPatience)) throw ScenarioError{0, "the window does not come forward"};
+      if (!QTest::qWaitFor(active, kPatience)) throw ScenarioError{0, "the window does not come forward"};
     }
     turn();
   }
@@ -357,7 +359,12 @@ class WindowDriver : public QObject, public Driver {
 
   void settle() {
     turn();
-    if (!closed() && QApplication::activeWindow() == nullptr) activate(*window_);
+    if (closed()) return;
+    // A window manager takes its time to give a new window the focus.
+    QWidget* const box = window_->searchBox();
+    if (box != nullptr && box != knownBox_) activate(*box);
+    knownBox_ = box;
+    if (QApplication::activeWindow() == nullptr) activate(*window_);
   }
 
   QAccessibleTextInterface& accessibleN() const {
@@ -423,6 +430,7 @@ class WindowDriver : public QObject, public Driver {
   Surroundings surroundings_;
   Stage& stage_;
   std::unique_ptr<MainWindow> window_;
+  QWidget* knownBox_ = nullptr;
   bool dragging_ = false;  // on the picker's field
   bool outside_ = false;   // its mouse is sent straight to it
 };
