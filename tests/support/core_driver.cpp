@@ -41,8 +41,9 @@ std::int32_t stepOn(std::u16string_view text, std::int32_t at) {
 
 std::int32_t lineStart(std::u16string_view text, std::int32_t at) {
   const std::size_t end = at == 0 ? std::u16string_view::npos : text.rfind(u"\r\n", static_cast<std::size_t>(at - 1));
-  return end == std::u16string_view::npos || end + 2 > static_cast<std::size_t>(at) ? 0
-                                                                                    : static_cast<std::int32_t>(end + 2);
+  return end == std::u16string_view::npos || end + 2 > static_cast<std::size_t>(at)
+             ? 0
+             : static_cast<std::int32_t>(end + 2);
 }
 
 std::int32_t lineEnd(std::u16string_view text, std::int32_t at) {
@@ -138,8 +139,8 @@ class CoreDriver : public Driver, private Windowing {
       (form_.get()->*place->click)();
     } else {
       const Control focus = mainFocus_;
-      const KeyOutcome outcome = form_->dispatchKey(
-          {stroke.code, stroke.shift, static_cast<std::int16_t>(stroke.character), focus});
+      const KeyOutcome outcome =
+          form_->dispatchKey({stroke.code, stroke.shift, static_cast<std::int16_t>(stroke.character), focus});
       // A handler may have given the focus to EDT: the character goes there too.
       if (mainFocus_ == Control::EDT) {
         editBox(form_->EDT, stroke, outcome.keyPasses && focus == mainFocus_, outcome.characterPasses, caretOfEdt_);

@@ -15,12 +15,20 @@ char16_t upper(char16_t c) { return static_cast<char16_t>(c & ~0x20); }
 }  // namespace
 
 KeyStroke keyNamed(std::u16string_view name) {
-  static const std::map<std::u16string_view, KeyStroke> keys = {
-      {u"Enter", {kKeyEnter, 0, u'\r'}}, {u"Esc", {kKeyEsc, 0, u'\x1B'}}, {u"Up", {kKeyUp}},
-      {u"Down", {kKeyDown}},             {u"Left", {kKeyLeft}},           {u"Right", {kKeyRight}},
-      {u"Home", {kKeyHome}},             {u"End", {kKeyEnd}},             {u"Tab", {kKeyTab, 0, u'\t'}},
-      {u"Del", {kKeyDel}},               {u"F1", {kKeyF1}},               {u"Backspace", {kKeyBackspace, 0, u'\b'}},
-      {u"F3", {kKeyF3}},                 {u"F5", {kKeyF5}}};
+  static const std::map<std::u16string_view, KeyStroke> keys = {{u"Enter", {kKeyEnter, 0, u'\r'}},
+                                                                {u"Esc", {kKeyEsc, 0, u'\x1B'}},
+                                                                {u"Up", {kKeyUp}},
+                                                                {u"Down", {kKeyDown}},
+                                                                {u"Left", {kKeyLeft}},
+                                                                {u"Right", {kKeyRight}},
+                                                                {u"Home", {kKeyHome}},
+                                                                {u"End", {kKeyEnd}},
+                                                                {u"Tab", {kKeyTab, 0, u'\t'}},
+                                                                {u"Del", {kKeyDel}},
+                                                                {u"F1", {kKeyF1}},
+                                                                {u"Backspace", {kKeyBackspace, 0, u'\b'}},
+                                                                {u"F3", {kKeyF3}},
+                                                                {u"F5", {kKeyF5}}};
   std::int16_t shift = 0;
   const std::pair<std::u16string_view, int> modifiers[] = {{u"Shift+", kShift}, {u"Ctrl+", kCtrl}, {u"Alt+", kAlt}};
   for (bool found = true; found;) {
@@ -38,7 +46,9 @@ KeyStroke keyNamed(std::u16string_view name) {
   } else if (name.size() == 1 && isLetter(name[0])) {
     const char16_t letter = upper(name[0]);
     stroke.code = static_cast<std::int16_t>(letter);
-    stroke.character = static_cast<char16_t>((shift & kCtrl) ? letter & 0x1F : (shift & kShift) ? letter : letter | 0x20);
+    stroke.character = static_cast<char16_t>((shift & kCtrl)    ? letter & 0x1F
+                                             : (shift & kShift) ? letter
+                                                                : letter | 0x20);
   } else if (name.size() == 1 && isDigit(name[0])) {
     stroke.code = static_cast<std::int16_t>(name[0]);
     if ((shift & kCtrl) == 0) stroke.character = name[0];

@@ -43,7 +43,9 @@ class FailingTextFiles : public TextFiles {
  public:
   explicit FailingTextFiles(std::unique_ptr<TextFiles> files) : files_(std::move(files)) {}
 
-  void failNext(FileOperation operation, std::u16string description) { faults_[operation].push_back(description); }
+  void failNext(FileOperation operation, const std::u16string& description) {
+    faults_[operation].push_back(description);
+  }
 
   std::unique_ptr<TextReader> openTextFile(std::u16string_view path) override;
   std::unique_ptr<TextWriter> createTextFile(std::u16string_view path, Writing writing) override;

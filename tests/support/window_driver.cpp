@@ -33,12 +33,20 @@ namespace {
 constexpr int kPatience = 2000;
 
 Qt::Key keyOf(std::int16_t code) {
-  static const std::map<std::int16_t, Qt::Key> keys = {
-      {kKeyBackspace, Qt::Key_Backspace}, {kKeyTab, Qt::Key_Tab},     {kKeyEnter, Qt::Key_Return},
-      {kKeyEsc, Qt::Key_Escape},          {kKeyEnd, Qt::Key_End},     {kKeyHome, Qt::Key_Home},
-      {kKeyLeft, Qt::Key_Left},           {kKeyUp, Qt::Key_Up},       {kKeyRight, Qt::Key_Right},
-      {kKeyDown, Qt::Key_Down},           {kKeyDel, Qt::Key_Delete},  {kKeyF1, Qt::Key_F1},
-      {kKeyF3, Qt::Key_F3},               {kKeyF5, Qt::Key_F5}};
+  static const std::map<std::int16_t, Qt::Key> keys = {{kKeyBackspace, Qt::Key_Backspace},
+                                                       {kKeyTab, Qt::Key_Tab},
+                                                       {kKeyEnter, Qt::Key_Return},
+                                                       {kKeyEsc, Qt::Key_Escape},
+                                                       {kKeyEnd, Qt::Key_End},
+                                                       {kKeyHome, Qt::Key_Home},
+                                                       {kKeyLeft, Qt::Key_Left},
+                                                       {kKeyUp, Qt::Key_Up},
+                                                       {kKeyRight, Qt::Key_Right},
+                                                       {kKeyDown, Qt::Key_Down},
+                                                       {kKeyDel, Qt::Key_Delete},
+                                                       {kKeyF1, Qt::Key_F1},
+                                                       {kKeyF3, Qt::Key_F3},
+                                                       {kKeyF5, Qt::Key_F5}};
   const auto key = keys.find(code);
   return key != keys.end() ? key->second : static_cast<Qt::Key>(code);  // letters, digits and the blank are the same
 }
@@ -228,7 +236,7 @@ class WindowDriver : public QObject, public Driver {
   }
 
   std::optional<Value> read(const std::string& what) override {
-    if (const std::optional<Value> value = what.starts_with("N.") ? readN(what) : readWidgets(what)) return value;
+    if (std::optional<Value> value = what.starts_with("N.") ? readN(what) : readWidgets(what)) return value;
     return Driver::read(what);
   }
 
@@ -324,9 +332,7 @@ class WindowDriver : public QObject, public Driver {
     }
     return nullptr;
   }
-  QAction* actionOf(const MenuEntry& entry) const {
-    return window_->menuBar()->findChild<QAction*>(toQt(entry.name));
-  }
+  QAction* actionOf(const MenuEntry& entry) const { return window_->menuBar()->findChild<QAction*>(toQt(entry.name)); }
 
   // Where the caret is put in front of a character, in the viewport.
   QPoint pointOf(std::int32_t offset) const {
