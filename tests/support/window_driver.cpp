@@ -444,6 +444,7 @@ class WindowDriver : public QObject, public Driver {
 }  // namespace
 
 int runScenariosInWindow(const std::vector<std::filesystem::path>& paths) {
+  if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
   QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
   QCoreApplication::setAttribute(Qt::AA_DontUseNativeMenuBar);
   QApplication::setStyle(QStringLiteral("fusion"));
