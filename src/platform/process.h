@@ -27,7 +27,8 @@ class Process {
   virtual void shellVerbChanged(bool on) = 0;
 };
 
-// The words behind the program's name, from what main() was given: bytes where arguments are bytes, else UTF-8.
+// The words behind the program's name, from what main() was given: bytes where arguments are bytes, else UTF-8; a `\`
+// that parts the names of a path is `/` here.
 std::vector<std::string> commandWords(int argc, char** argv);
 
 }  // namespace dravenna

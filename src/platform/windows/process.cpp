@@ -1,5 +1,6 @@
 #include "platform/process.h"
 
+#include <algorithm>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -74,7 +75,10 @@ class WindowsProcess : public Process {
 
 std::vector<std::string> commandWords(int, char**) {
   std::vector<std::string> words;
-  for (const std::u16string& word : wordsBehindProgram()) words.push_back(toUtf8(word));
+  for (std::u16string word : wordsBehindProgram()) {
+    std::replace(word.begin(), word.end(), u'\\', u'/');
+    words.push_back(toUtf8(word));
+  }
   return words;
 }
 
