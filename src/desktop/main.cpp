@@ -1,3 +1,4 @@
+#include <QtCore/QOperatingSystemVersion>
 #include <QtCore/QTimer>
 #include <QtGui/QIcon>
 #include <QtWidgets/QApplication>
@@ -70,7 +71,9 @@ void trimToolkit() {
     if (!qEnvironmentVariableIsSet(name)) qputenv(name, value);
   };
   setDefault("QT_XCB_GL_INTEGRATION", "none");
-  setDefault("QT_QPA_PLATFORMTHEME", "generic");
+  if (QOperatingSystemVersion::currentType() == QOperatingSystemVersion::Unknown) {  // neither Windows nor macOS
+    setDefault("QT_QPA_PLATFORMTHEME", "generic");
+  }
   QCoreApplication::setAttribute(Qt::AA_DontUseNativeMenuBar);
   QApplication::setStyle(new ProgramStyle);
 }

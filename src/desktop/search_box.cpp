@@ -58,6 +58,8 @@ SearchBox::SearchBox(FrmSearch& box, QWidget* owner, Run run)
   setTabOrder(CancelButton_, btn_Search_[0]);
   setTabOrder(btn_Search_[0], btn_Search_[1]);
   for (QWidget* control : findChildren<QWidget*>()) control->installEventFilter(this);
+  // A click on a button leaves the focus in the text, so that the next word can be typed.
+  for (QPushButton* button : findChildren<QPushButton*>()) button->setFocusPolicy(Qt::TabFocus);
   txtSearch_->setFocus();
   const QRect over = owner->frameGeometry();
   move(over.center() - rect().center());
