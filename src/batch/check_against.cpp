@@ -13,14 +13,6 @@ namespace dravenna {
 
 namespace {
 
-bool isMenu(const std::string& command) {
-  const auto equals = [&](std::string_view name) {
-    return command.size() == name.size() &&
-           std::equal(name.begin(), name.end(), command.begin(), [](char a, char b) { return a == (b | 0x20); });
-  };
-  return equals("select") || equals("menu") || equals("prompt");
-}
-
 std::size_t countColons(std::string_view text) {
   return static_cast<std::size_t>(std::count(text.begin(), text.end(), ':'));
 }
@@ -29,12 +21,17 @@ bool isReadable(const OutlineText& text) { return text.segment == Segment::Messa
 
 bool hasBracketAtEnd(std::string_view plain) { return !plain.empty() && (plain.front() == '[' || plain.back() == ']'); }
 
-void checkText(Findings& findings, const OutlineText& before, const OutlineText& text, const Outline& outline,
-               bool strict, const FrozenNames* frozen) {
+void checkText(Findings& findings, const OutlineText& before, const OutlineText& text, bool strict,
+               const FrozenNames* frozen) {
   if (frozen != nullptr && before.text != text.text && frozen->count(std::string(before.text)) != 0) {
     findings.add("frozen", text, 0,
                  fmt::format("{} was {}, which is a name in the code too", findings.quoted(text.text),
                              findings.quoted(before.text)));
+  }
+  if (text.inMenu && countColons(before.text) != countColons(text.text)) {
+    findings.add("menu-count", text, 0,
+                 fmt::format("{} in a menu's text, {} in the original", counted(countColons(text.text), "colon"),
+                             countColons(before.text)));
   }
   if (!isReadable(text)) return;
   const std::string plainBefore = withoutColor(before.text);
@@ -45,11 +42,6 @@ void checkText(Findings& findings, const OutlineText& before, const OutlineText&
   if (before.record && !text.record && hasBracketAtEnd(plain)) {
     findings.add("bracket", text, 0,
                  "a bracket at an end, which the original has not, takes the text out of the exchange file");
-  }
-  if (isMenu(outline.commands[text.command]) && countColons(before.text) != countColons(text.text)) {
-    findings.add("menu-count", text, 0,
-                 fmt::format("{} in a menu's text, {} in the original", counted(countColons(text.text), "colon"),
-                             countColons(before.text)));
   }
   if (strict && countColorCodes(before.text) != countColorCodes(text.text)) {
     findings.add("color-count", text, 0,
@@ -148,7 +140,7 @@ void checkAgainst(Findings& findings, std::string_view oldWork, const Outline& o
   const Pairing pairing = pairScripts(oldWork, old, work, outline);
   for (std::size_t i = 0; i < outline.texts.size(); ++i) {
     if (pairing.oldOf[i] == kNoText) continue;
-    checkText(findings, old.texts[pairing.oldOf[i]], outline.texts[i], outline, strict, frozen);
+    checkText(findings, old.texts[pairing.oldOf[i]], outline.texts[i], strict, frozen);
   }
   if (!strict) checkPages(findings, old, outline, pairing);
   if (pairing.lineEndsDiffer) findings.list().push_back({1, 1, "line-ends", "other line ends than the original"});

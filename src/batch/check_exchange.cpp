@@ -47,14 +47,14 @@ void checkRecord(Findings& findings, const ExchangeFile::Record& record, std::si
 }
 
 void checkBeside(Findings& findings, const ExchangeFile::Record& record, std::size_t index, const OutlineText& text,
-                 const std::string& command, bool hasCodes) {
+                 bool hasCodes) {
   const std::size_t begin = record.number.size() + 1;
   const std::string before = withoutColor(text.text);
   if (withoutColor(record.text) == before && hasLetter(before)) {
     findings.add("untranslated", index, record.line, begin, findings.quoted(record.text));
   }
   const auto colons = [](std::string_view s) { return static_cast<std::size_t>(std::count(s.begin(), s.end(), ':')); };
-  if ((command == "select" || command == "menu" || command == "prompt") && colons(before) != colons(record.text)) {
+  if (text.inMenu && colons(before) != colons(record.text)) {
     findings.add(
         "menu-count", index, record.line, begin,
         fmt::format("{} in a menu's text, {} in the script", counted(colons(record.text), "colon"), colons(before)));
@@ -97,7 +97,7 @@ void checkExchangeFile(Findings& findings, std::string_view lxf, const Outline* 
   const bool hasCodes = countColorCodes(lxf) > 0;
   for (std::size_t i = 0; i < texts.size(); ++i) {
     if (file.records[i].hasColon) {
-      checkBeside(findings, file.records[i], i, *texts[i], script->commands[texts[i]->command], hasCodes);
+      checkBeside(findings, file.records[i], i, *texts[i], hasCodes);
     }
   }
 }

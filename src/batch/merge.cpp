@@ -1,5 +1,7 @@
 #include "batch/merge.h"
 
+#include <algorithm>
+
 #include "batch/records.h"
 #include "batch/script_lines.h"
 #include "text/text.h"
@@ -53,12 +55,11 @@ Merge mergeWork(const Codec& codec, const CommandLists& lists, std::string_view 
   // The record for the k-th text is the k-th line.
   std::size_t at = 0;
   forEachRecordText(script, lists, [&](std::string_view raw, std::string_view) {
-    ++merge.texts;
-    const std::size_t end = lxf.find("\r\n", at);
-    if (at >= lxf.size()) return;
+    if (merge.texts++ >= merged.recordIndex) return;
+    const std::size_t end = std::min(lxf.find("\r\n", at), lxf.size());
     const std::string_view record = lxf.substr(at, end - at);
-    if (end != std::string_view::npos && record.substr(record.find(':') + 1) != raw) ++merge.changed;
-    at = end == std::string_view::npos ? lxf.size() : end + 2;
+    if (record.substr(record.find(':') + 1) != raw) ++merge.changed;
+    at = std::min(end + 2, lxf.size());
   });
   std::string buffer;
   const std::string_view bytes = codec.toFile(work, buffer);

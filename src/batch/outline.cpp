@@ -53,14 +53,22 @@ class OutlineBuilder {
       const char c = line_.text[at];
       if (!isWordByte(c)) {
         if (c == '}') pageEnds_ = true;
+        followMenu(c);
         if (c != ' ' && c != '\t') codeBefore_.push_back(c);
         ++at;
         continue;
       }
       const std::size_t start = at;
       while (at < end && isWordByte(line_.text[at])) ++at;
-      codeBefore_.append(line_.text.substr(start, at - start));
-      if (endsPage(line_.text.substr(start, at - start))) pageEnds_ = true;
+      const std::string_view word = line_.text.substr(start, at - start);
+      codeBefore_.append(word);
+      if (!endsPage(word)) continue;
+      pageEnds_ = true;
+      const char first = lower(word[0]);
+      const char second = lower(word[1]);
+      if (first == 's' && second == 'e') beginMenu(Menu::Call);
+      if (first == 'p') beginMenu(Menu::Call);
+      if (first == 'm') beginMenu(Menu::Statement);
     }
   }
   void quote(std::size_t) {}
@@ -80,6 +88,7 @@ class OutlineBuilder {
     buffer_.clear();
     appendWithoutColor(text.text, buffer_);
     text.record = takesRecord(std::string_view(buffer_), quoted);
+    text.inMenu = menu_ != Menu::None;
     text.command = commandNumber();
     text.npc = static_cast<std::uint32_t>(outline_.npcs.size() - 1);
     if (text.record || text.segment == Segment::Title) enterPage();
@@ -88,6 +97,20 @@ class OutlineBuilder {
   }
 
  private:
+  enum class Menu { None, Call, Statement };
+
+  void beginMenu(Menu menu) {
+    menu_ = menu;
+    depth_ = 0;
+  }
+
+  // A call ends with its parenthesis, a statement with `;`.
+  void followMenu(char c) {
+    if (c == '(') ++depth_;
+    if (c == ')' && --depth_ <= 0 && menu_ == Menu::Call) menu_ = Menu::None;
+    if (c == ';') menu_ = Menu::None;
+  }
+
   void enterPage() {
     if (pageEnds_ || outline_.pages == 0) {
       ++outline_.pages;
@@ -135,6 +158,8 @@ class OutlineBuilder {
   ScriptLine line_{};
   std::string codeBefore_;  // without blanks, since the last text of a page
   bool pageEnds_ = false;
+  Menu menu_ = Menu::None;
+  int depth_ = 0;
 };
 
 }  // namespace

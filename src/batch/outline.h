@@ -20,6 +20,7 @@ struct OutlineText {
   bool allowed;
   bool firstOfSpecial;
   bool record;            // gets a record in an exchange file
+  bool inMenu;            // an argument of select, prompt or menu, whatever the active command is
   std::uint32_t command;  // index into Outline::commands
   std::uint32_t npc;      // index into Outline::npcs
   std::uint32_t page;     // dialogue page, from 0: up to `next`, `close` or a branch

@@ -98,21 +98,21 @@ std::vector<Script> collectScripts(Session& session, const std::vector<std::stri
     }
   };
   for (const std::string& argument : arguments) {
-    if (argument == "-" || pathKind(argument) == PathKind::File) {
-      add({argument, argument.substr(argument.rfind('/') + 1)});
-    } else if (pathKind(argument) == PathKind::Folder) {
-      const auto wanted = [&](const std::string& relative) { return !matchesAny(session.exclude, relative); };
-      try {
-        for (std::string& relative : filesBelow(argument, wanted, [&](const std::string& relative) {
-               return matchesAny(include, relative) && wanted(relative);
-             })) {
-          add({joinPath(argument, relative), relative});
-        }
-      } catch (const Failure& failure) {
-        session.console.error(shown(failure.description()));
+    try {
+      const PathKind kind = argument == "-" ? PathKind::File : pathKind(argument);
+      if (kind == PathKind::Missing) throw Failure(u"No such file or directory: '" + fromUtf8(argument) + u"'");
+      if (kind == PathKind::File) {
+        add({argument, argument.substr(argument.rfind('/') + 1)});
+        continue;
       }
-    } else {
-      session.console.error(fmt::format("No such file or directory: '{}'", shownName(argument)));
+      const auto wanted = [&](const std::string& relative) { return !matchesAny(session.exclude, relative); };
+      for (std::string& relative : filesBelow(argument, wanted, [&](const std::string& relative) {
+             return matchesAny(include, relative) && wanted(relative);
+           })) {
+        add({joinPath(argument, relative), relative});
+      }
+    } catch (const Failure& failure) {
+      session.console.error(shown(failure.description()));
     }
   }
   return scripts;

@@ -1,0 +1,76 @@
+#include <gtest/gtest.h>
+
+#include "batch/command_names.h"
+#include "batch/exchange_file.h"
+#include "batch/findings.h"
+#include "batch/globs.h"
+#include "platform/failure.h"
+
+namespace dravenna {
+namespace {
+
+TEST(Globs, MatchNamesAndPaths) {
+  struct Row {
+    const char* pattern;
+    const char* text;
+    bool matches;
+  };
+  for (const Row& row : std::initializer_list<Row>{{"*.txt", "a.txt", true},
+                                                   {"*.txt", "a.txt~", false},
+                                                   {"*.txt", "b/a.txt", false},
+                                                   {"a*b*c", "aXbYbZc", true},
+                                                   {"a*b*c", "aXbYbZ", false},
+                                                   {"npc/**", "npc/a/b.txt", true},
+                                                   {"**/x.txt", "x.txt", true},
+                                                   {"**/x.txt", "a/b/x.txt", true},
+                                                   {"a/**/x*.txt", "a/b/c/x1.txt", true},
+                                                   {"a/**/x*.txt", "a/x1/y.txt", false},
+                                                   {"q_[0-9a].txt", "q_7.txt", true},
+                                                   {"q_[!0-9].txt", "q_7.txt", false},
+                                                   {"q_?.txt", "q_/.txt", false},
+                                                   {"[x", "[x", true},
+                                                   {"", "", true}}) {
+    EXPECT_EQ(matchesGlob(row.pattern, row.text), row.matches) << row.pattern << " " << row.text;
+  }
+  EXPECT_TRUE(matchesAny({"*.txt"}, "a/b/c.txt"));
+  EXPECT_FALSE(matchesAny({"a/*.txt"}, "a/b/c.txt"));
+}
+
+TEST(ExchangeFile, TellsWhyItDoesNotFit) {
+  const auto why = [](std::string_view bytes, std::size_t texts) { return whyNoFit(cutExchangeFile(bytes), texts); };
+  EXPECT_EQ(why("1:a\r\n2:b\r\n", 2), "");
+  EXPECT_EQ(why("", 0), "");
+  EXPECT_NE(why("1:a\r\n2:b\r\n", 3).find("2 records, the script 3 texts"), std::string::npos);
+  EXPECT_NE(why("1:a\n2:b\n", 2).find("LF"), std::string::npos);
+  EXPECT_NE(why("1:a\r\n2:b", 2).find("no line end"), std::string::npos);
+  EXPECT_NE(why("2:a\r\n1:b\r\n", 2).find("line 1 bears the number 2"), std::string::npos);
+  EXPECT_NE(why("1:a\r\n01:b\r\n", 2).find("line 2"), std::string::npos);
+  EXPECT_NE(why("1:a\r\n\r\n", 2).find("line 2"), std::string::npos);
+}
+
+TEST(SpoiltCodes, AreToldFromWholeOnes) {
+  const auto kinds = [](std::string_view text) {
+    std::string out;
+    for (const SpoiltCode& spoilt : findSpoiltCodes(text))
+      out += std::string(spoilt.kind) + "@" + std::to_string(spoilt.offset) + " ";
+    return out;
+  };
+  EXPECT_EQ(kinds("^FF0000red^000000 and black"), "");
+  EXPECT_EQ(kinds("^ FF0000red"), "color-blank@0 ");
+  EXPECT_EQ(kinds("x^FF000red"), "color-short@1 ");
+  EXPECT_EQ(kinds("red000000 "), "");
+  EXPECT_EQ(kinds("red 000000 black"), "color-no-caret@4 ");
+  EXPECT_EQ(kinds("1,000000 or 1000000 zeny"), "");
+  EXPECT_EQ(kinds("^GG0000x"), "color-digits@0 ");
+  EXPECT_EQ(kinds("^nItemID^501 ^_^ ^a"), "");
+}
+
+TEST(CommandPairs, ADamagedFileIsTold) {
+  EXPECT_EQ(readCommandPairs(R"({"pairs":[{"name":"a","allowed":["mes","x"],"special":[]}]})").at(0).allowed,
+            u",mes,x,");
+  EXPECT_THROW(readCommandPairs("{"), Failure);
+  EXPECT_THROW(readCommandPairs(R"({"pairs":[{"name":1}]})"), Failure);
+}
+
+}  // namespace
+}  // namespace dravenna
