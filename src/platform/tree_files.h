@@ -12,7 +12,8 @@
 // the path. Paths are native ones.
 namespace dravenna {
 
-enum class PathKind { Missing, File, Folder };  // links followed; a device or a pipe counts as a file
+// Links followed; a device or a pipe counts as a file. Fails when the system cannot tell.
+enum class PathKind { Missing, File, Folder };
 PathKind pathKind(const std::filesystem::path& path);
 
 // The files below a folder, as paths relative to it with `/` between their names, sorted by bytes. Links to files

@@ -51,7 +51,10 @@ void posix::setTreeCalls(SystemCalls& replacement) { treeCalls = &replacement; }
 
 PathKind pathKind(const fs::path& path) {
   struct stat status {};
-  if (calls().stat(path.c_str(), status) != 0) return PathKind::Missing;
+  if (calls().stat(path.c_str(), status) != 0) {
+    if (errno == ENOENT || errno == ENOTDIR) return PathKind::Missing;
+    failWithErrno(path.native());
+  }
   return S_ISDIR(status.st_mode) ? PathKind::Folder : PathKind::File;
 }
 
