@@ -1,5 +1,7 @@
 #pragma once
 
+#include <algorithm>
+#include <array>
 #include <memory>
 #include <string>
 #include <vector>
@@ -8,6 +10,7 @@
 #include "platform/posix/registry_file.h"
 #include "platform/posix/text_files.h"
 #include "platform/system.h"
+#include "scan/command_list.h"
 
 namespace dravenna {
 
@@ -21,18 +24,25 @@ class QuietForm : private Windowing, private Process {
 
   Principal* operator->() { return form_.get(); }
   Principal& operator*() { return *form_; }
-  RegistryCalls& registry() { return *registry_; }
 
   std::vector<std::u16string> boxes;                  // the texts of all message boxes so far
   Answer answer = Answer::Ok;                         // to each of them
   std::vector<std::array<std::int32_t, 2>> pickedAt;  // where the next colour pickers are clicked
 
-  bool saidError() const {
-    for (const std::u16string& box : boxes) {
-      if (box.starts_with(u"Error: ") && box.size() > 7) return true;
-    }
-    return false;
+  void open(std::u16string_view path) {
+    boxes.clear();
+    form_->AllowedCommands = kDefaultAllowedCommands;
+    form_->ScriptPath = path;
+    form_->LoadScript();
   }
+  void typeAndCommit(std::u16string_view text) {
+    form_->EDT.userEdited(text, 0, 0);
+    form_->dispatchKey({kKeyEnter, 0, 0, Control::EDT});
+  }
+  bool said(std::u16string_view beginning) const {
+    return std::any_of(boxes.begin(), boxes.end(), [&](const auto& box) { return box.starts_with(beginning); });
+  }
+  bool saidError() const { return said(u"Error: "); }
 
  private:
   Answer messageBox(std::u16string_view text, int, std::u16string_view) override {
