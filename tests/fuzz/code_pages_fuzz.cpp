@@ -47,8 +47,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   // Any characters: what is taken must come back as bytes; what is refused is refused at its place.
   Text any;
   for (std::size_t at = 0; at + 1 < bytes.size(); at += 2) {
-    any.push_back(static_cast<char16_t>(static_cast<unsigned char>(bytes[at]) << 8 |
-                                        static_cast<unsigned char>(bytes[at + 1])));
+    any.push_back(
+        static_cast<char16_t>(static_cast<unsigned char>(bytes[at]) << 8 | static_cast<unsigned char>(bytes[at + 1])));
   }
   std::string out;
   const std::size_t bad = page->encode(any, out);

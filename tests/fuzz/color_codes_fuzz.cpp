@@ -22,7 +22,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const auto all = static_cast<std::int32_t>(text.size());
   const std::int32_t from = std::min(start, all);
   const std::int32_t count = std::min(length, all - from);
-  const Text selected = model::removeColor(text.substr(static_cast<std::size_t>(from), static_cast<std::size_t>(count)));
+  const Text selected =
+      model::removeColor(text.substr(static_cast<std::size_t>(from), static_cast<std::size_t>(count)));
   const PreviewText preview = splitForPreview(text, from, count);
   require(preview.blnSampleText == selected.empty() || selected.size() == 1, "sample text");
   require(preview.blnSampleText || preview.strSelText == selected, "selected text");

@@ -13,8 +13,8 @@ constexpr std::uint32_t kRoot = HKEY_LOCAL_MACHINE_ID;
 Text anyUnits(std::string_view bytes) {
   Text text;
   for (std::size_t at = 0; at + 1 < bytes.size(); at += 2) {
-    text.push_back(static_cast<char16_t>(static_cast<unsigned char>(bytes[at]) |
-                                         static_cast<unsigned char>(bytes[at + 1]) << 8));
+    text.push_back(
+        static_cast<char16_t>(static_cast<unsigned char>(bytes[at]) | static_cast<unsigned char>(bytes[at + 1]) << 8));
   }
   return text;
 }
