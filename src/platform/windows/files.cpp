@@ -67,7 +67,7 @@ std::wstring resolveTarget(const std::wstring& path, DWORD attributes, const std
 std::wstring extendedPath(std::u16string_view path) {
   if (path.empty() || path.find(u'\0') != std::u16string_view::npos) throw SystemFailure(ERROR_FILE_NOT_FOUND, path);
   const std::wstring given = toWide(path);
-  const std::wstring full =
+  std::wstring full =
       filledBy([&](wchar_t* buffer, DWORD size) { return ::GetFullPathNameW(given.c_str(), size, buffer, nullptr); });
   if (full.empty()) failWithLastError(path);
   if (full.starts_with(L"\\\\?\\") || full.starts_with(L"\\\\.\\")) return full;

@@ -43,13 +43,13 @@ std::vector<std::u16string> wordsBehindProgram() {
 
 class WindowsProcess : public Process {
  public:
-  explicit WindowsProcess(std::size_t arguments) : arguments_(arguments) {}
+  explicit WindowsProcess(std::vector<std::u16string> arguments) : arguments_(std::move(arguments)) {}
 
   std::u16string commandLine() override {
     const std::u16string whole = windows::fromWide(::GetCommandLineW());
     std::u16string_view line = withoutFirstWord(whole);
     const std::size_t count = wordsBehindProgram().size();
-    for (std::size_t options = count > arguments_ ? count - arguments_ : 0; options > 0; --options) {
+    for (std::size_t options = count > arguments_.size() ? count - arguments_.size() : 0; options > 0; --options) {
       line = withoutFirstWord(line);
     }
     const std::size_t last = line.find_last_not_of(kBlanks);
@@ -68,7 +68,7 @@ class WindowsProcess : public Process {
   void shellVerbChanged(bool) override { ::SHChangeNotify(SHCNE_ASSOCCHANGED, SHCNF_IDLIST, nullptr, nullptr); }
 
  private:
-  std::size_t arguments_;
+  std::vector<std::u16string> arguments_;  // those that are the form's
 };
 
 }  // namespace
@@ -83,7 +83,7 @@ std::vector<std::string> commandWords(int, char**) {
 }
 
 std::unique_ptr<Process> makeProcess(std::vector<std::u16string> arguments) {
-  return std::make_unique<WindowsProcess>(arguments.size());
+  return std::make_unique<WindowsProcess>(std::move(arguments));
 }
 
 }  // namespace dravenna
