@@ -96,9 +96,9 @@ void exportTree(Session& session, const Options& options) {
         Outcome outcome;
         try {
           if (options.noClobber && pathKind(targets[i]) == PathKind::File) return Outcome{{}, 0, true};
-          exportWork(readWork(session, scripts[i].path, file, work), *session.lists, options.keepCodes, lxf);
+          outcome.records =
+              exportWork(readWork(session, scripts[i].path, file, work), *session.lists, options.keepCodes, lxf);
           writeWhole(targets[i], session.codec->toFile(lxf, work));
-          outcome.records = static_cast<std::size_t>(std::count(lxf.begin(), lxf.end(), '\n'));
         } catch (const Failure& failure) {
           outcome.error = shown(failure.description());
         }

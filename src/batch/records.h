@@ -23,8 +23,8 @@ void forEachRecordText(std::string_view work, const CommandLists& lists, Found&&
 }
 
 // The exchange file of a script, both in work bytes, into a buffer that is used again. `keepCodes` leaves the colour
-// codes in the texts.
-inline void exportWork(std::string_view work, const CommandLists& lists, bool keepCodes, std::string& lxf) {
+// codes in the texts. Gives the number of records.
+inline std::size_t exportWork(std::string_view work, const CommandLists& lists, bool keepCodes, std::string& lxf) {
   lxf.clear();
   std::size_t number = 0;
   forEachRecordText(work, lists, [&](std::string_view raw, std::string_view withoutColor) {
@@ -32,6 +32,7 @@ inline void exportWork(std::string_view work, const CommandLists& lists, bool ke
     lxf.append(digits.data(), digits.size()).push_back(':');
     lxf.append(keepCodes ? raw : withoutColor).append("\r\n", 2);
   });
+  return number;
 }
 
 }  // namespace dravenna

@@ -30,13 +30,19 @@ bool isColorCode(std::basic_string_view<Char> text, std::size_t at) {
 
 template <class Char>
 void appendWithoutColor(std::basic_string_view<Char> text, std::basic_string<Char>& out) {
+  std::size_t from = 0;  // appended in runs: most texts are one
   for (std::size_t at = 0; at < text.size(); ++at) {
-    if (text[at] == '^' && isColorCode(text, at)) {
+    const bool code = text[at] == '^' && isColorCode(text, at);
+    if (!code && text[at] != 1) continue;
+    out.append(text.substr(from, at - from));
+    if (code) {
       at += kDigits;
     } else {
-      out.push_back(text[at] == 1 ? Char('^') : text[at]);
+      out.push_back(Char('^'));
     }
+    from = at + 1;
   }
+  out.append(text.substr(from));
 }
 
 std::u16string RemoveColor(std::u16string_view text) {

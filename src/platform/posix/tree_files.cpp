@@ -73,17 +73,30 @@ void readWhole(const fs::path& path, std::string& bytes) {
   std::size_t filled = 0;
   bytes.resize(static_cast<std::size_t>(status.st_size) + 1);  // one more, to see the end without growing
   for (;;) {
-    const std::size_t got = file.read(bytes.data() + filled, bytes.size() - filled);
-    if (got == 0) break;
+    const std::size_t room = bytes.size() - filled;
+    const std::size_t got = file.read(bytes.data() + filled, room);
     filled += got;
+    if (got == 0 || (got < room && S_ISREG(status.st_mode))) break;
     if (filled == bytes.size()) bytes.resize(bytes.size() + bytes.size() / 2 + 65536);
   }
   bytes.resize(filled);
 }
 
 void writeWhole(const fs::path& path, std::string_view bytes) {
-  OpenFile file(calls(), path.native(), O_WRONLY | O_CREAT | O_TRUNC, 0666, path.native());
-  file.writeAll(bytes);
+  // The old contents are cut off behind the new ones, not before: a file that was emptied and written again is brought
+  // to disk at its close by some file systems, which makes a tree many times slower.
+  OpenFile file(calls(), path.native(), O_WRONLY | O_CREAT, 0666, path.native());
+  const struct stat old = file.status();
+  const auto cutAt = [&](off_t end) {
+    return !S_ISREG(old.st_mode) || old.st_size <= end ? 0 : ::ftruncate(file.number(), end);
+  };
+  try {
+    file.writeAll(bytes);
+  } catch (const Failure&) {
+    static_cast<void>(cutAt(::lseek(file.number(), 0, SEEK_CUR)));
+    throw;
+  }
+  if (cutAt(static_cast<off_t>(bytes.size())) != 0) failWithErrno(path.native());
   file.close();
 }
 
