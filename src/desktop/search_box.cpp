@@ -92,6 +92,11 @@ bool SearchBox::event(QEvent* event) {
 }
 
 bool SearchBox::eventFilter(QObject* object, QEvent* event) {
+  if (event->type() == QEvent::ShortcutOverride) {
+    // The box is a form of its own: the main window's shortcuts do not reach into it.
+    event->accept();
+    return true;
+  }
   if (event->type() != QEvent::KeyPress || box_ == nullptr) return QWidget::eventFilter(object, event);
   std::int16_t KeyAscii = keyEventOf(*static_cast<QKeyEvent*>(event)).KeyAscii;
   if (KeyAscii == 0) return false;
