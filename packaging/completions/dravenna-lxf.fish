@@ -1,0 +1,26 @@
+# Completion of dravenna-lxf for fish. Options come from the program's own --help.
+set -l verbs export import texts stats check update po
+
+function __dravenna_lxf_options
+    set -l verb
+    for word in (commandline -opc)[2..-1]
+        switch $word
+            case export import texts stats check update
+                if test (count $verb) -eq 0; or test "$verb" = po
+                    set -a verb $word
+                end
+            case po
+                test (count $verb) -eq 0; and set -a verb po
+        end
+    end
+    dravenna-lxf $verb --help 2>/dev/null | string match -r -- '^ +(?:-[a-z],)?--[a-z-]+' | string match -r -- '--[a-z-]+'
+end
+
+complete -c dravenna-lxf -n "not __fish_seen_subcommand_from $verbs" -f -a "$verbs"
+complete -c dravenna-lxf -n "__fish_seen_subcommand_from po; and not __fish_seen_subcommand_from export import" -f -a "export import"
+complete -c dravenna-lxf -n "string match -q -- '-*' (commandline -ct)" -f -a "(__dravenna_lxf_options)"
+complete -c dravenna-lxf -l color -x -a "auto always never"
+complete -c dravenna-lxf -l eol -x -a "crlf keep"
+complete -c dravenna-lxf -l for -x -a hercules
+complete -c dravenna-lxf -l commands -x -a "default extended"
+complete -c dravenna-lxf -l codepage -x -a "1250 1251 1252 1253 1254 1255 1256 1257 1258 874 932 936 949 950 utf-8"
