@@ -1,5 +1,6 @@
 #include "scan/line_scanner.h"
 
+#include <algorithm>
 #include <bit>
 #if defined(__SSE2__)
 #include <emmintrin.h>
@@ -19,6 +20,13 @@ std::basic_string_view<Char> trimmed(std::basic_string_view<Char> text) {
 }
 
 constexpr std::size_t kLongestKnown = 32;
+
+// Where a text that is not empty stands among 16 places.
+template <class Char>
+std::size_t slotOf(std::basic_string_view<Char> text) {
+  const auto unit = [](Char c) { return static_cast<std::size_t>(c); };
+  return (unit(text.front()) + 3 * unit(text[text.size() / 2]) + 5 * unit(text.back()) + text.size()) % 16;
+}
 
 constexpr std::size_t kBlock = 16;  // characters that a mask tells of
 
@@ -57,8 +65,7 @@ template <class Char>
 CommandTraits CommandTracker<Char>::traits(View word) {
   if (word.empty()) return emptyTraits_;
   if (word.size() > kLongestKnown) return lists_.traits(word);
-  const std::size_t slot = static_cast<std::size_t>(word.front() + 3 * word.back()) + word.size();
-  Known& known = known_[slot % known_.size()];
+  Command& known = known_[slotOf(word)];
   if (known.word != word) known = {std::basic_string<Char>(word), lists_.traits(word)};
   return known.traits;
 }
@@ -71,7 +78,29 @@ void CommandTracker<Char>::setActive(View word) {
 
 template <class Char>
 void CommandTracker<Char>::codePiece(View piece, std::size_t index) {
-  const bool keepsPrior = (!active_.traits.fixed && prior_.traits.allowed) || (active_.word.empty() && index > 0);
+  const bool opens = index == 0 && active_.word.empty() && prior_.word.empty() && !emptyTraits_.allowed;
+  if (opens && !piece.empty() && piece.size() <= kLongestKnown) {
+    Opening& known = openings_[slotOf(piece)];
+    if (known.piece != piece) {
+      findCommand(piece, false);
+      known.piece.assign(piece);
+      known.command = active_;
+    } else {
+      active_.word.assign(known.command.word);
+      active_.traits = known.command.traits;
+    }
+  } else {
+    findCommand(piece, (!active_.traits.fixed && prior_.traits.allowed) || (active_.word.empty() && index > 0));
+  }
+  if (!active_.traits.allowed && prior_.traits.allowed) {
+    active_ = prior_;
+  } else if (active_.word != prior_.word) {
+    textsInCommand_ = 0;
+  }
+}
+
+template <class Char>
+void CommandTracker<Char>::findCommand(View piece, bool keepsPrior) {
   if (keepsPrior) {
     cleanWordInto(View(prior_.word), true, buffer_);
   } else {
@@ -81,11 +110,6 @@ void CommandTracker<Char>::codePiece(View piece, std::size_t index) {
   if (!buffer_.empty()) digBehindParentheses();
   setActive(buffer_);
   digBehindBlanks();
-  if (!active_.traits.allowed && prior_.traits.allowed) {
-    active_ = prior_;
-  } else if (active_.word != prior_.word) {
-    textsInCommand_ = 0;
-  }
 }
 
 // Cuts the word in buffer_ out of forms such as `if (@a == 1) mes`.
@@ -146,12 +170,21 @@ std::size_t BasicLineScanner<Char>::cut(View line) {
     if (line[at] == '"') quotes_.push_back(at);
     return false;
   };
-  std::size_t at = 0;
-  for (; at + kBlock <= line.size(); at += kBlock) {
-    for (unsigned marks = marksIn(line.data() + at); marks != 0; marks &= marks - 1) {
-      const std::size_t found = at + static_cast<std::size_t>(std::countr_zero(marks));
+  // Looks at the marks of the 16 characters from `from`, of those at `at` and behind.
+  const auto lookAtBlock = [&](std::size_t from, std::size_t at) {
+    for (unsigned marks = marksIn(line.data() + from) & (~0u << (at - from)); marks != 0; marks &= marks - 1) {
+      const std::size_t found = from + static_cast<std::size_t>(std::countr_zero(marks));
       if (look(found)) return found;
     }
+    return line.size();
+  };
+  std::size_t at = 0;
+  if (line.size() >= kBlock) {
+    for (; at < line.size(); at += kBlock) {
+      const std::size_t found = lookAtBlock(std::min(at, line.size() - kBlock), at);
+      if (found < line.size()) return found;
+    }
+    return line.size();
   }
   for (; at < line.size(); ++at) {
     if (look(at)) return at;

@@ -38,18 +38,22 @@ class CommandTracker {
     std::basic_string<Char> word;
     CommandTraits traits;
   };
-  struct Known {
-    std::basic_string<Char> word;
-    CommandTraits traits;
+  // A piece that opened a statement, and the command that was found in it.
+  struct Opening {
+    std::basic_string<Char> piece;
+    Command command;
   };
   CommandTraits traits(View word);
+  void findCommand(View piece, bool keepsPrior);
   void setActive(View word);
   void digBehindParentheses();
   void digBehindBlanks();
 
   const CommandLists& lists_;
   CommandTraits emptyTraits_;
-  std::array<Known, 16> known_;  // words looked up lately: a script uses few commands
+  // What was looked up lately: a script uses few commands, and most of its statements begin alike.
+  std::array<Command, 16> known_;
+  std::array<Opening, 16> openings_;
   Command active_;
   Command prior_;
   std::basic_string<Char> buffer_;
