@@ -10,7 +10,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   FuzzInput input(data, size);
   const auto start = static_cast<std::int32_t>(input.digit());
   const auto length = static_cast<std::int32_t>(input.digit());
-  const std::string bytes(input.part(""));
+  const std::string bytes(input.rest());
   const Text text = fuzzCodePage(0)->decode(bytes);
   const Text plain = RemoveColor(text);
   require(plain == model::removeColor(text), "RemoveColor");

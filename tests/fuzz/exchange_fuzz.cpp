@@ -77,7 +77,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const CodePagePtr page = fuzzCodePage(input.digit());
   const auto [allowed, special] = fuzzCommandLists(input.digit());
   const std::string script(input.part());
-  const std::string lxf(input.part(""));
+  const std::string lxf(input.rest());
   const model::Rule rule(allowed, special);
   const CommandLists lists(allowed, special);
 

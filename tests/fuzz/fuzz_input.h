@@ -34,6 +34,7 @@ class FuzzInput {
     rest_ = at == std::string_view::npos ? std::string_view() : rest_.substr(at + separator.size());
     return part;
   }
+  std::string_view rest() { return std::exchange(rest_, {}); }
   bool empty() const { return rest_.empty(); }
 
  private:

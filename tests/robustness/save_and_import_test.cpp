@@ -98,7 +98,7 @@ TEST(Import, FailsWholeInTheWindow) {
   });
 }
 
-bool toolTellsOfFailure(std::vector<std::string> arguments) {
+bool toolTellsOfFailure(const std::vector<std::string>& arguments) {
   Session session;
   CLI::App app;
   addImport(app, session);
