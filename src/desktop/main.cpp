@@ -65,13 +65,16 @@ void tellToolkitMessage(QtMsgType type, const QMessageLogContext&, const QString
   std::_Exit(1);
 }
 
+// Not on Windows and macOS, where there is always one, and the toolkit has no fonts without it.
+bool mayLackDisplay() { return QOperatingSystemVersion::currentType() == QOperatingSystemVersion::Unknown; }
+
 // Each of these costs milliseconds or megabytes before the first paint and gives this program nothing.
 void trimToolkit() {
   const auto setDefault = [](const char* name, const char* value) {
     if (!qEnvironmentVariableIsSet(name)) qputenv(name, value);
   };
   setDefault("QT_XCB_GL_INTEGRATION", "none");
-  if (QOperatingSystemVersion::currentType() == QOperatingSystemVersion::Unknown) {  // neither Windows nor macOS
+  if (mayLackDisplay()) {
     setDefault("QT_QPA_PLATFORMTHEME", "generic");
   }
   QCoreApplication::setAttribute(Qt::AA_DontUseNativeMenuBar);
@@ -116,7 +119,8 @@ int drawPicture(MainWindow& window, const std::u16string& file) {
 int runWindow(const Arguments& arguments, char** argv, std::chrono::steady_clock::time_point began) {
   const bool picture = arguments.action == Arguments::Action::Screenshot;
   qInstallMessageHandler(tellToolkitMessage);
-  if (picture && !qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
+  if (picture && mayLackDisplay() && !qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
+    qputenv("QT_QPA_PLATFORM", "offscreen");
   trimToolkit();
   int argc = 1;  // the words are the form's, not the toolkit's
   QApplication application(argc, argv);
