@@ -13,6 +13,7 @@ namespace dravenna {
 namespace {
 
 constexpr std::size_t kShownCharacters = 60;
+constexpr std::size_t kMostInText = 20;  // findings of one sort
 
 bool isHex(char c) { return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F'); }
 bool isAlnum(char c) { return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
@@ -45,7 +46,9 @@ void checkOddQuotes(Findings& findings, const OutlineError& error) {
 }
 
 void checkEscapedQuotes(Findings& findings, std::size_t lineNumber, std::string_view line, std::string_view code) {
+  std::size_t count = 0;
   for (std::size_t at = code.find("\\\""); at != std::string_view::npos; at = code.find("\\\"", at + 2)) {
+    if (++count > kMostInText) return;
     findings.add("escaped-quote", lineNumber, line, at,
                  "\\\" stays inside the text for the server, but cuts it for the translation");
   }
@@ -97,7 +100,8 @@ void checkEncoding(Findings& findings, std::string_view file, std::string_view w
 }  // namespace
 
 std::string Findings::quoted(std::string_view work) const {
-  std::u16string text = codec_.decode(work);
+  // A character has four bytes at most.
+  std::u16string text = codec_.decode(work.substr(0, 4 * kShownCharacters + 4));
   const bool cut = text.size() > kShownCharacters;
   if (cut) {
     text.resize(kShownCharacters - (isHighSurrogate(text[kShownCharacters - 1]) ? 1 : 0));
@@ -141,6 +145,7 @@ const std::vector<FindingKind>& findingKinds() {
 std::vector<SpoiltCode> findSpoiltCodes(std::string_view text) {
   std::vector<SpoiltCode> spoilt;
   for (std::size_t at = text.find('^'); at != std::string_view::npos; at = text.find('^', at + 1)) {
+    if (spoilt.size() >= kMostInText) break;
     if (followsItemCode(text, at)) continue;
     const std::size_t digits = hexDigitsAt(text, at + 1);
     const bool asCode = countColorCodes(text.substr(at, 7)) == 1;
@@ -159,6 +164,7 @@ std::vector<SpoiltCode> findSpoiltCodes(std::string_view text) {
     const bool told = at >= 2 && text[at - 1] == ' ' && text[at - 2] == '^';
     const bool inNumber = (at > 0 && (text[at - 1] == ',' || text[at - 1] == '.')) ||
                           (at + 6 < text.size() && text[at + 6] >= '0' && text[at + 6] <= '9');
+    if (spoilt.size() >= 2 * kMostInText) break;
     if (standsAlone && !told && !inNumber) spoilt.push_back({at, "color-no-caret", "000000 without its caret"});
   }
   std::sort(spoilt.begin(), spoilt.end(), [](const auto& a, const auto& b) { return a.offset < b.offset; });

@@ -132,6 +132,17 @@ std::size_t Codec::characters(std::string_view work) const {
   return text.size() - static_cast<std::size_t>(std::count_if(text.begin(), text.end(), isHighSurrogate));
 }
 
+std::size_t PlaceCounter::before(std::string_view line, std::size_t offset) {
+  if (line.data() != line_ || offset < offset_) {
+    line_ = line.data();
+    offset_ = count_ = 0;
+  }
+  const std::string_view stretch = line.substr(offset_, offset - offset_);
+  count_ += unit_ == Unit::Utf16 ? codec_.units(stretch) : codec_.characters(stretch);
+  offset_ = offset;
+  return count_;
+}
+
 void appendEscaped(const Codec& codec, std::string_view work, std::string& out) {
   if (!isAscii(work)) return appendEscapedWide(codec.decode(work), out);
   if (std::none_of(work.begin(), work.end(), needsEscape)) {

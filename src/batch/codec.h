@@ -38,6 +38,23 @@ class Codec {
   CodePagePtr page_;
 };
 
+// Places within a line, for offsets that mostly ascend: each character is counted once.
+class PlaceCounter {
+ public:
+  enum class Unit { Utf16, Character };
+  PlaceCounter(const Codec& codec, Unit unit) : codec_(codec), unit_(unit) {}
+
+  // Characters in front of `offset`, which stands on a character's first byte.
+  std::size_t before(std::string_view line, std::size_t offset);
+
+ private:
+  const Codec& codec_;
+  Unit unit_;
+  const char* line_ = nullptr;
+  std::size_t offset_ = 0;
+  std::size_t count_ = 0;
+};
+
 bool isAscii(std::string_view bytes);
 
 // UTF-8 for terminals, tables and JSON. A byte that the page lacks and a control character stand as \xHH in escaped

@@ -28,7 +28,7 @@ class Findings {
 
   // `lineNumber` and `offset` (in bytes of the line) count from 0.
   void add(const char* kind, std::size_t lineNumber, std::string_view line, std::size_t offset, std::string text) {
-    list_.push_back({lineNumber + 1, codec_.characters(line.substr(0, offset)) + 1, kind, std::move(text)});
+    list_.push_back({lineNumber + 1, counter_.before(line, offset) + 1, kind, std::move(text)});
   }
   void add(const char* kind, const OutlineText& at, std::size_t offsetInText, std::string text) {
     add(kind, at.lineNumber, at.line, at.begin + offsetInText, std::move(text));
@@ -39,6 +39,7 @@ class Findings {
 
  private:
   const Codec& codec_;
+  PlaceCounter counter_{codec_, PlaceCounter::Unit::Character};
   std::vector<Finding> list_;
 };
 
@@ -63,7 +64,7 @@ void checkAgainst(Findings& findings, std::string_view oldWork, const Outline& o
 // What is wrong with an exchange file; `script` is the outline of its script or null.
 void checkExchangeFile(Findings& findings, std::string_view lxf, const Outline* script);
 
-// Spoilt colour codes of a text, as kind and message by offset.
+// Spoilt colour codes of a text, as kind and message by offset; the first ones only, if there are very many.
 struct SpoiltCode {
   std::size_t offset;
   const char* kind;

@@ -50,7 +50,7 @@ class TextsSink {
     forEachLine(work, [&](const ScriptLine& line) {
       line_ = line;
       if (line.text.find('"') != std::string_view::npos) scanner_.scan(line.text, *this);
-      lineOffset_ += codec_.units(line.text) + 2;
+      lineOffset_ += counter_.before(line.text, line.text.size()) + 2;
     });
   }
 
@@ -67,7 +67,7 @@ class TextsSink {
   void write(Segment segment, std::size_t begin, std::size_t end, std::string_view command) {
     const std::string_view text = line_.text.substr(begin, end - begin);
     const fmt::format_int line(line_.number + 1);
-    const fmt::format_int offset(lineOffset_ + codec_.units(line_.text.substr(0, begin)));
+    const fmt::format_int offset(lineOffset_ + counter_.before(line_.text, begin));
     if (json_) {
       out_.append("{\"file\":").append(name_).append(",\"line\":").append(line.data(), line.size());
       out_.append(",\"offset\":").append(offset.data(), offset.size());
@@ -89,6 +89,7 @@ class TextsSink {
   }
 
   const Codec& codec_;
+  PlaceCounter counter_{codec_, PlaceCounter::Unit::Utf16};
   ByteLineScanner scanner_;
   bool json_;
   std::string& out_;
