@@ -15,7 +15,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::size_t kScriptSize = 660 * 1024;
+constexpr std::size_t kScriptSize = 660 * std::size_t{1024};
 
 // No screen: questions are answered with Yes or OK, the file dialogs give the path that was set.
 class QuietWindowing : public Windowing {
