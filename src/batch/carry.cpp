@@ -15,6 +15,7 @@ constexpr std::size_t kNone = static_cast<std::size_t>(-1);
 
 std::vector<std::uint64_t> plainHashes(const LoadedScript& script) {
   std::vector<std::uint64_t> hashes;
+  hashes.reserve(script.records.size());
   for (const OutlineText* text : script.records) hashes.push_back(hashOf(withoutColor(text->text)));
   return hashes;
 }
@@ -108,6 +109,8 @@ class Carrier {
     const auto textOf = [](const LoadedScript& script, std::size_t i) { return withoutColor(script.records[i]->text); };
     std::vector<std::string> oldTexts;
     std::vector<std::string> freshTexts;
+    oldTexts.reserve(oldLeft.size());
+    freshTexts.reserve(freshLeft.size());
     for (const std::size_t i : oldLeft) oldTexts.push_back(textOf(old_, i));
     for (const std::size_t i : freshLeft) freshTexts.push_back(textOf(fresh_, i));
     for (const SimilarPair& pair : pairSimilarTexts(oldTexts, freshTexts)) {

@@ -101,12 +101,12 @@ void Check::checkOneScript(const Script& script, Findings& findings) const {
 // The script of an exchange file: the first of those with its name and another extension, `.txt` before all.
 std::string Check::scriptOf(const std::string& relative) const {
   if (pathKind(options_.scripts) == PathKind::File) return options_.scripts;
-  const std::string path = joinPath(options_.scripts, withExtension(relative, ".txt"));
+  std::string path = joinPath(options_.scripts, withExtension(relative, ".txt"));
   if (pathKind(path) == PathKind::File) return path;
   for (const std::string& pattern : session_.include) {
     const std::size_t dot = pattern.rfind('.');
     if (dot == std::string::npos || pattern.substr(dot) == ".lxf") continue;
-    const std::string other = joinPath(options_.scripts, withExtension(relative, pattern.substr(dot)));
+    std::string other = joinPath(options_.scripts, withExtension(relative, pattern.substr(dot)));
     if (pathKind(other) == PathKind::File) return other;
   }
   return path;

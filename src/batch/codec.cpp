@@ -161,11 +161,9 @@ void appendJsonString(std::u16string_view text, std::string& out) {
       out.push_back(static_cast<char>(unit));
     } else if (unit == u'\t' || unit == u'\n' || unit == u'\r') {
       out.append(unit == u'\t' ? "\\t" : unit == u'\n' ? "\\n" : "\\r");
-    } else if (unit < 0x20 || (unit >= 0x7F && unit < 0xA0)) {
-      appendUnitEscape(unit, out);
     } else if (isHighSurrogate(unit) && at + 1 < text.size() && isLowSurrogate(text[at + 1])) {
       appendWide(text.substr(at++, 2), out);
-    } else if (isHighSurrogate(unit) || isLowSurrogate(unit)) {
+    } else if (unit < 0x20 || (unit >= 0x7F && unit < 0xA0) || isHighSurrogate(unit) || isLowSurrogate(unit)) {
       appendUnitEscape(unit, out);
     } else {
       appendUtf8(unit, out);

@@ -11,7 +11,7 @@ namespace dravenna {
 
 namespace {
 
-constexpr std::size_t kWriteFrom = 256 * 1024;
+constexpr std::size_t kWriteFrom = std::size_t{256} * 1024;
 constexpr auto kBarInterval = std::chrono::milliseconds(80);
 
 bool isSet(const char* name) {

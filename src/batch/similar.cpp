@@ -50,6 +50,8 @@ double similarity(std::string_view a, std::string_view b) { return similarityOf(
 std::vector<SimilarPair> pairSimilarTexts(const std::vector<std::string>& a, const std::vector<std::string>& b) {
   std::vector<Words> aWords;
   std::vector<Words> bWords;
+  aWords.reserve(a.size());
+  bWords.reserve(b.size());
   for (const std::string& text : a) aWords.push_back(wordsOf(text));
   for (const std::string& text : b) bWords.push_back(wordsOf(text));
   std::vector<SimilarPair> pairs;
