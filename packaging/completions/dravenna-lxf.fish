@@ -16,11 +16,17 @@ function __dravenna_lxf_options
     dravenna-lxf $verb --help 2>/dev/null | string match -r -- '^ +(?:-[a-z],)?--[a-z-]+' | string match -r -- '--[a-z-]+'
 end
 
+function __dravenna_lxf_kinds
+    dravenna-lxf check --help 2>/dev/null | awk 'kinds && /^  / { print $1 } /^Kinds:/ { kinds = 1 }'
+end
+
 complete -c dravenna-lxf -n "not __fish_seen_subcommand_from $verbs" -f -a "$verbs"
 complete -c dravenna-lxf -n "__fish_seen_subcommand_from po; and not __fish_seen_subcommand_from export import" -f -a "export import"
 complete -c dravenna-lxf -n "string match -q -- '-*' (commandline -ct)" -f -a "(__dravenna_lxf_options)"
 complete -c dravenna-lxf -l color -x -a "auto always never"
-complete -c dravenna-lxf -l eol -x -a "crlf keep"
-complete -c dravenna-lxf -l for -x -a hercules
+complete -c dravenna-lxf -n "__fish_seen_subcommand_from import" -l eol -x -a "crlf keep"
+complete -c dravenna-lxf -n "__fish_seen_subcommand_from po" -l for -x -a hercules
+complete -c dravenna-lxf -n "__fish_seen_subcommand_from check" -l only -x -a "(__dravenna_lxf_kinds)"
+complete -c dravenna-lxf -n "__fish_seen_subcommand_from check" -l ignore -x -a "(__dravenna_lxf_kinds)"
 complete -c dravenna-lxf -l commands -x -a "default extended"
 complete -c dravenna-lxf -l codepage -x -a "1250 1251 1252 1253 1254 1255 1256 1257 1258 874 932 936 949 950 utf-8"
