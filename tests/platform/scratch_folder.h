@@ -16,7 +16,7 @@ class ScratchFolder {
   ScratchFolder() {
     static int count = 0;
     const auto now = std::chrono::steady_clock::now().time_since_epoch().count();
-    folder_ = std::filesystem::temp_directory_path() /
+    folder_ = std::filesystem::canonical(std::filesystem::temp_directory_path()) /
               ("dravenna-test-" + std::to_string(now) + "-" + std::to_string(count++));
     std::filesystem::create_directories(folder_);
   }

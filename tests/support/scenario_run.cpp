@@ -1,15 +1,12 @@
 #include "support/scenario_run.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cstdio>
-#include <cstdlib>
 #include <fstream>
-#include <iterator>
 #include <map>
 #include <optional>
-#include <random>
 
+#include "platform/scratch_folder.h"
 #include "platform/system.h"
 #include "support/keys.h"
 #include "support/scenario.h"
@@ -27,44 +24,14 @@ std::string readFile(const fs::path& path) {
   return {std::istreambuf_iterator<char>(in), {}};
 }
 
-// A new empty folder, gone again at the end.
-class TemporaryFolder {
- public:
-  TemporaryFolder() {
-    const fs::path place = fs::canonical(fs::temp_directory_path());
-    std::random_device random;
-    do {
-      path_ = place / ("dravenna-" + std::to_string(random()));
-    } while (!fs::create_directory(path_));
-  }
-  ~TemporaryFolder() {
-    std::error_code ignored;
-    fs::remove_all(path_, ignored);
-  }
-  TemporaryFolder(const TemporaryFolder&) = delete;
-  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-
-  const fs::path& path() const { return path_; }
-
- private:
-  fs::path path_;
-};
-
-std::int64_t numberIn(const Word& word) {
-  const std::string text = toUtf8(word.text);
-  std::string_view digits = text;
-  const bool negative = digits.starts_with('-');
-  if (negative) digits.remove_prefix(1);
-  const bool hexadecimal = digits.starts_with("0x");
-  if (hexadecimal) digits.remove_prefix(2);
-  std::int64_t number = 0;
-  const auto [end, error] =
-      std::from_chars(digits.data(), digits.data() + digits.size(), number, hexadecimal ? 16 : 10);
-  if (error != std::errc() || end != digits.data() + digits.size()) throw ScenarioError{0, "not a number: " + text};
-  return negative ? -number : number;
+std::int64_t numberIn(std::u16string_view word) {
+  const std::string text = toUtf8(word);
+  const bool hexadecimal = text.starts_with("0x") || text.starts_with("-0x");
+  char* end = nullptr;
+  const std::int64_t number = std::strtoll(text.c_str(), &end, hexadecimal ? 16 : 10);
+  if (text.empty() || *end != '\0') throw ScenarioError{0, "not a number: " + text};
+  return number;
 }
-
-std::int32_t number32(const Word& word) { return static_cast<std::int32_t>(numberIn(word)); }
 
 std::string shown(const Value& value) {
   if (const bool* flag = std::get_if<bool>(&value)) return *flag ? "True" : "False";
@@ -72,83 +39,62 @@ std::string shown(const Value& value) {
   return inQuotes(std::get<std::u16string>(value));
 }
 
-std::u16string joined(const std::vector<std::u16string>& lines, std::u16string_view lineEnd) {
-  std::u16string text;
-  for (const std::u16string& line : lines) (text += line) += lineEnd;
-  return text;
-}
-
-// The lines of a text; what stands behind the last line end is one only if it is not empty.
-std::vector<std::u16string_view> linesOf(std::u16string_view text) {
-  std::vector<std::u16string_view> lines;
-  for (std::size_t end; !text.empty(); text.remove_prefix(end)) {
-    end = std::min(text.find(u"\r\n"), text.size());
-    lines.push_back(text.substr(0, end));
-    end = std::min(end + 2, text.size());
-  }
-  return lines;
+std::string shown(const ShownBox& box) {
+  return std::to_string(box.flags) + ' ' + inQuotes(box.text) + " title " + inQuotes(box.title);
 }
 
 char16_t segmentLetter(std::uint32_t color) {
-  static const std::map<std::uint32_t, char16_t> letters = {{clrPlain, u'p'}, {clrComment, u'c'}, {clrQuote, u'q'},
-                                                            {clrError, u'e'}, {clrTitle, u't'},   {clrMessage, u'm'},
-                                                            {clrCode, u'k'}};
-  const auto letter = letters.find(color);
-  return letter == letters.end() ? u'?' : letter->second;
+  const std::uint32_t colors[] = {clrPlain, clrComment, clrQuote, clrError, clrTitle, clrMessage, clrCode};
+  return u"pcqetmk?"[std::find(std::begin(colors), std::end(colors), color) - colors];
 }
 
 class ScenarioRun {
  public:
-  ScenarioRun(std::string name, const DriverFactory& makeDriver) : name_(std::move(name)), makeDriver_(makeDriver) {}
+  ScenarioRun(std::string name, const DriverFactory& makeDriver) : name_(std::move(name)), makeDriver_(makeDriver) {
+    fs::create_directory(folder_.file("files"));
+  }
 
   bool run(std::string_view bytes) {
     try {
       directives_ = parseScenario(bytes);
-      prepare();
     } catch (const ScenarioError& error) {
       report(error.line, error.message);
       return false;
     }
     while (next_ < directives_.size()) step();
     driver_.reset();
-    finish();
+    for (const auto& [box, line] : boxLines_) report(line, "box: expected none, got " + shown(box));
+    const int line = directives_.empty() ? 1 : directives_.back().line;
+    if (!stage_.answers.empty()) report(line, "answer: one was not used");
+    if (!stage_.picks.empty()) report(line, "pick: one was not used");
     return passed_;
   }
 
  private:
   using Handler = void (ScenarioRun::*)();
 
-  void prepare() {
-    fs::create_directory(folder_.path() / "files");
-    fs::create_directory(folder_.path() / "settings");
-    store_.emplace(folder_.path() / "settings");
-    directory_ = (folder_.path() / "files").make_preferred();
-    calls_ = makeRegistry();
-    process_ = std::make_unique<ScriptedProcess>(directory_.u16string());
-    codePage_ = codePageByName("1252");
-  }
-
-  void finish() {
-    for (const auto& [box, line] : boxLines_) report(line, "box: expected none, got " + shownBox(box));
-    const int line = directives_.empty() ? 1 : directives_.back().line;
-    if (!stage_.answers.empty()) report(line, "answer: one was not used");
-    if (!stage_.picks.empty()) report(line, "pick: one was not used");
-  }
+  // The directive at hand, and what of it has been read.
+  struct Reading {
+    const Directive* directive = nullptr;
+    std::size_t word = 0;
+    bool block = false;
+  };
 
   void step() {
-    const Directive& directive = directives_[next_++];
-    current_ = &directive;
-    word_ = 0;
+    reading_ = {&directives_[next_++]};
+    const int line = reading_.directive->line;
     try {
       doDirective();
+      if (more()) throw ScenarioError{0, "not understood: " + toUtf8(take("").text)};
+      if (reading_.directive->hasBlock && !reading_.block) throw ScenarioError{0, "this directive takes no block"};
     } catch (const ScenarioError& error) {
-      report(directive.line, error.message);
+      report(line, error.message);
     } catch (const Failure& failure) {
-      report(directive.line, "unexpected failure: " + toUtf8(failure.description()));
+      report(line, "unexpected failure: " + toUtf8(failure.description()));
     } catch (const std::exception& error) {
-      report(directive.line, std::string("unexpected failure: ") + error.what());
+      report(line, std::string("unexpected failure: ") + error.what());
     }
-    for (; !stage_.boxes.empty(); stage_.boxes.pop_front()) boxLines_.push_back({stage_.boxes.front(), directive.line});
+    for (; !stage_.boxes.empty(); stage_.boxes.pop_front()) boxLines_.push_back({stage_.boxes.front(), line});
   }
 
   void doDirective() {
@@ -172,350 +118,262 @@ class ScenarioRun {
   }
 
   // The words of the directive at hand.
-  bool more() const { return word_ < current_->words.size(); }
+  bool more() const { return reading_.word < reading_.directive->words.size(); }
   const Word& take(const char* what) {
     if (!more()) throw ScenarioError{0, std::string("missing: ") + what};
-    return current_->words[word_++];
+    return reading_.directive->words[reading_.word++];
+  }
+  bool takeIf(std::u16string_view bare) {
+    const bool there = more() && reading_.directive->words[reading_.word].is(bare);
+    reading_.word += there ? 1 : 0;
+    return there;
   }
   std::u16string takeText(const char* what) { return filled(take(what).text); }
-  bool takeIf(std::u16string_view bare) {
-    if (!more() || !current_->words[word_].is(bare)) return false;
-    ++word_;
-    return true;
+  // A file name: in the scenario's folder unless it is absolute.
+  fs::path takePath() { return directory_ / fs::path(takeText("NAME")); }
+  std::int32_t takeNumber(const char* what) { return static_cast<std::int32_t>(numberIn(take(what).text)); }
+  // A number behind a sign that stands in front of it.
+  std::int32_t takeNumber(const char* what, char16_t sign) {
+    const Word& word = take(what);
+    if (word.quoted || !word.text.starts_with(sign)) throw ScenarioError{0, "not understood: " + toUtf8(word.text)};
+    return static_cast<std::int32_t>(numberIn(word.text.substr(1)));
   }
-  void noMore(bool block = false) const {
-    if (more()) throw ScenarioError{0, "not understood: " + toUtf8(current_->words[word_].text)};
-    if (current_->hasBlock && !block) throw ScenarioError{0, "this directive takes no block"};
+  template <class Choice>
+  Choice takeChoice(const std::map<std::u16string_view, Choice>& choices, const char* what) {
+    const auto choice = choices.find(take(what).text);
+    if (choice == choices.end()) throw ScenarioError{0, std::string("one of these is wanted: ") + what};
+    return choice->second;
+  }
+  std::uint32_t takeRoot() {
+    return takeChoice<std::uint32_t>({{u"HKLM", HKEY_LOCAL_MACHINE_ID}, {u"HKCR", HKEY_CLASSES_ROOT_ID}}, "HKLM, HKCR");
+  }
+  std::u16string takeBlock(std::u16string_view lineEnd = u"\r\n") {
+    reading_.block = true;
+    std::u16string text;
+    for (const std::u16string& line : reading_.directive->block) (text += line) += lineEnd;
+    return text;
+  }
+  // The bytes of a file: behind `raw`, or the block.
+  std::string takeBytes() {
+    const bool lf = takeIf(u"lf");
+    std::string bytes;
+    if (takeIf(u"raw")) {
+      for (const char16_t unit : takeText("STRING")) {
+        if (unit > 0xFF) throw ScenarioError{0, "raw holds code units up to 255"};
+        bytes += static_cast<char>(unit);
+      }
+    } else if (codePage_->encode(takeBlock(lf ? u"\n" : u"\r\n"), bytes) != std::u16string::npos) {
+      throw ScenarioError{0, "the block does not fit the code page"};
+    }
+    return bytes;
   }
   // {program} is the program as the shell verb names it; the path behind a {dir} has the system's separators.
-  std::u16string filled(std::u16string_view text) const {
-    std::u16string line = replaceAll(text, u"{program}", u"{dir}" + process_->programName());
+  std::u16string filled(std::u16string_view text) {
+    std::u16string line = replaceAll(text, u"{program}", u"{dir}" + process_.programName());
     for (std::size_t at = line.find(u"{dir}"); at != line.npos; at = line.find(u"{dir}", at + 1)) {
       const auto path = line.begin() + static_cast<std::ptrdiff_t>(at);
       const auto end =
           line.begin() + static_cast<std::ptrdiff_t>(std::min(line.find_first_of(u"\"'\r\n]", at), line.size()));
-      std::replace(path, end, u'/', process_->pathSeparator());
+      std::replace(path, end, u'/', process_.pathSeparator());
     }
     return replaceAll(line, u"{dir}", directory_.u16string());
   }
-  // A file name: in the scenario's folder unless it is absolute.
-  fs::path takePath() { return directory_ / fs::path(takeText("NAME")); }
 
   Driver& driver() {
     if (driver_ == nullptr) throw ScenarioError{0, "there is no start before it"};
     return *driver_;
   }
+  Principal& form() { return *driver().form(); }
 
   void doFile() {
     const fs::path path = takePath();
-    const bool lf = takeIf(u"lf");
-    std::string bytes;
-    if (takeIf(u"raw")) {
-      noMoreBlockWithRaw();
-      bytes = rawBytes(takeText("STRING"));
-    } else {
-      const std::u16string text = joined(current_->block, lf ? u"\n" : u"\r\n");
-      if (codePage_->encode(text, bytes) != std::u16string::npos) {
-        throw ScenarioError{0, "the block does not fit the code page"};
-      }
-    }
-    noMore(true);
     std::ofstream out(path, std::ios::binary);
-    if (!(out << bytes << std::flush)) throw ScenarioError{0, "the file cannot be made"};
+    if (!(out << takeBytes() << std::flush)) throw ScenarioError{0, "the file cannot be made"};
   }
   void doRemove() {
     const fs::path path = takePath();
     if (fs::is_regular_file(path)) fs::permissions(path, fs::perms::owner_write, fs::perm_options::add);
     if (!fs::remove(path)) throw ScenarioError{0, "there is no such file"};
-    noMore();
   }
   void doReadonly() {
     fs::permissions(takePath(), fs::perms::owner_write | fs::perms::group_write | fs::perms::others_write,
                     fs::perm_options::remove);
-    noMore();
   }
-  void doFolder() {
-    fs::create_directories(takePath());
-    noMore();
-  }
+  void doFolder() { fs::create_directories(takePath()); }
   void doRegistry() {
     const std::uint32_t root = takeRoot();
     const std::u16string key = takeText("KEY"), valueName = takeText("NAME"), value = takeText("VALUE");
-    noMore();
     if (!Registry(*calls_).SetRegValue(root, key, valueName, value)) throw ScenarioError{0, "the value is not stored"};
   }
   void doCodepage() {
     if (driver_ != nullptr) throw ScenarioError{0, "codepage stands before start only"};
     codePage_ = codePageByName(toUtf8(takeText("N")));
     if (codePage_ == nullptr) throw ScenarioError{0, "the code page is not supported"};
-    noMore();
+    files_.use(makeTextFiles(codePage_));
   }
   void doStart() {
     const std::u16string line = more() ? takeText("STRING") : std::u16string();
-    noMore();
     driver_.reset();
-    if (files_ == nullptr) files_ = std::make_unique<FailingTextFiles>(makeTextFiles(codePage_));
-    for (auto& [operation, description] : faults_) files_->failNext(operation, description);
-    faults_.clear();
-    driver_ = makeDriver_({*files_, *calls_, *process_, stage_, [this](ColorPick& picker) { stepsOf(picker); }});
+    driver_ = makeDriver_({files_, *calls_, process_, stage_, [this](ColorPick& picker) { stepsOf(picker); }});
     driver_->start(line);
   }
   void doAnswer() {
-    static const std::map<std::u16string, Answer> answers = {
-        {u"ok", Answer::Ok}, {u"cancel", Answer::Cancel}, {u"yes", Answer::Yes}, {u"no", Answer::No}};
-    const auto answer = answers.find(takeText("answer"));
-    if (answer == answers.end()) throw ScenarioError{0, "an answer is ok, cancel, yes or no"};
-    noMore();
-    stage_.answers.push_back(answer->second);
+    stage_.answers.push_back(takeChoice<Answer>(
+        {{u"ok", Answer::Ok}, {u"cancel", Answer::Cancel}, {u"yes", Answer::Yes}, {u"no", Answer::No}},
+        "ok, cancel, yes, no"));
   }
-  void doPick() {
-    if (takeIf(u"cancel")) {
-      stage_.picks.push_back(std::nullopt);
-    } else {
-      stage_.picks.push_back(takePath().u16string());
-    }
-    noMore();
-  }
+  void doPick() { stage_.picks.push_back(takeIf(u"cancel") ? std::nullopt : std::optional(takePath().u16string())); }
   void doFail() {
-    static const std::map<std::u16string, FileOperation> operations = {{u"create", FileOperation::Create},
-                                                                       {u"write", FileOperation::Write},
-                                                                       {u"close", FileOperation::Close},
-                                                                       {u"read", FileOperation::Read}};
-    const auto operation = operations.find(takeText("operation"));
-    if (operation == operations.end()) throw ScenarioError{0, "what fails is create, write, close or read"};
-    const std::u16string description = more() ? takeText("DESCRIPTION") : u"Failed on demand";
-    noMore();
-    if (files_ != nullptr) {
-      files_->failNext(operation->second, description);
-    } else {
-      faults_.push_back({operation->second, description});
-    }
+    using enum FileOperation;
+    const FileOperation operation = takeChoice<FileOperation>(
+        {{u"create", Create}, {u"write", Write}, {u"close", Close}, {u"read", Read}}, "create, write, close, read");
+    files_.failNext(operation, more() ? takeText("DESCRIPTION") : u"Failed on demand");
   }
 
-  void doKey() {
-    const KeyStroke stroke = keyNamed(take("KEY").text);
-    noMore();
-    driver().key(stroke);
-  }
-  void typeText(std::u16string_view text) {
-    for (const char16_t character : text) driver().key(keyTyping(character));
-  }
+  void doKey() { driver().key(keyNamed(take("KEY").text)); }
   void doType() {
-    const std::u16string text = takeText("STRING");
-    noMore();
-    typeText(text);
+    for (const char16_t character : takeText("STRING")) driver().key(keyTyping(character));
   }
   void doText() {
-    const std::u16string text = takeText("STRING");
-    noMore();
     driver().selectEdt();
+    const std::u16string text = takeText("STRING");
     if (text.empty()) driver().key(keyNamed(u"Del"));
-    typeText(text);
+    for (const char16_t character : text) driver().key(keyTyping(character));
   }
   void doClick() {
     const Word& what = take("STRING");
-    std::int32_t offset = 0;
     if (!what.quoted && what.text.starts_with(u'@')) {
-      offset = number32({what.text.substr(1)});
-    } else {
-      const std::size_t at = form().N.Text().find(filled(what.text));
-      if (at == std::u16string::npos) throw ScenarioError{0, "the text of the click does not occur"};
-      std::int32_t behind = 1;
-      if (more()) {
-        const Word& plus = take("+K");
-        if (plus.quoted || !plus.text.starts_with(u'+')) throw ScenarioError{0, "not understood: " + toUtf8(plus.text)};
-        behind = number32({plus.text.substr(1)});
-      }
-      offset = static_cast<std::int32_t>(at) + behind;
+      return driver().click(static_cast<std::int32_t>(numberIn(what.text.substr(1))));
     }
-    noMore();
-    driver().click(offset);
-  }
-  std::int32_t takeOffset() {
-    const Word& word = take("@OFFSET");
-    if (word.quoted || !word.text.starts_with(u'@')) throw ScenarioError{0, "an offset begins with @"};
-    return number32({word.text.substr(1)});
+    const std::size_t at = form().N.Text().find(filled(what.text));
+    if (at == std::u16string::npos) throw ScenarioError{0, "the text of the click does not occur"};
+    driver().click(static_cast<std::int32_t>(at) + (more() ? takeNumber("+K", u'+') : 1));
   }
   void doDrag() {
-    const std::int32_t from = takeOffset();
-    const std::int32_t to = takeOffset();
-    noMore();
-    driver().drag(from, to);
+    const std::int32_t from = takeNumber("@OFFSET", u'@');
+    driver().drag(from, takeNumber("@OFFSET", u'@'));
   }
   void doFocus() {
-    static const std::map<std::u16string, Control> controls = {
-        {u"N", Control::N}, {u"EDT", Control::EDT}, {u"txtSearch", Control::txtSearch}};
-    const auto control = controls.find(takeText("control"));
-    if (control == controls.end()) throw ScenarioError{0, "the focus goes to N, EDT or txtSearch"};
-    noMore();
-    driver().focus(control->second);
+    driver().focus(takeChoice<Control>({{u"N", Control::N}, {u"EDT", Control::EDT}, {u"txtSearch", Control::txtSearch}},
+                                       "N, EDT, txtSearch"));
   }
   void doMenu() {
     const std::u16string entry = takeText("ENTRY");
-    noMore();
     for (const MenuPlace& place : form().menu()) {
       if (place.entry->name == entry) return driver().menu(place);
     }
     throw ScenarioError{0, "there is no such menu entry"};
   }
   void doMouse() {
-    const std::u16string& what = current_->words[0].text;
-    const std::int32_t x = number32(take("X"));
-    const std::int32_t y = number32(take("Y"));
-    noMore();
+    const std::u16string& what = reading_.directive->words[0].text;
+    const std::int32_t x = takeNumber("X");
+    const std::int32_t y = takeNumber("Y");
     driver().mouse(what == u"press" ? MouseStep::Press : what == u"move" ? MouseStep::Move : MouseStep::Release, x, y);
   }
   void doButton() {
     const std::u16string button = takeText("NAME");
-    noMore();
     if (button != u"Command1" && button != u"CancelButton" && button != u"btn_Search0" && button != u"btn_Search1") {
       throw ScenarioError{0, "there is no such button"};
     }
     driver().button(button);
   }
   void doResize() {
-    const std::int32_t width = number32(take("W"));
-    const std::int32_t height = number32(take("H"));
-    noMore();
-    driver().resize(width, height);
+    const std::int32_t width = takeNumber("W");
+    driver().resize(width, takeNumber("H"));
   }
-  void doClose() {
-    noMore();
-    driver().close();
-  }
+  void doClose() { driver().close(); }
 
   void doExpect() {
-    static const std::map<std::u16string, Handler> handlers = {
-        {u"colors", &ScenarioRun::expectColors},    {u"picBigBox.Point", &ScenarioRun::expectPoint},
-        {u"box", &ScenarioRun::expectBox},          {u"dialog", &ScenarioRun::expectDialog},
-        {u"beeps", &ScenarioRun::expectBeeps},      {u"file", &ScenarioRun::expectFile},
-        {u"registry", &ScenarioRun::expectRegistry}};
-    const std::u16string what = takeText("WHAT");
+    static const std::map<std::string, Handler> handlers = {
+        {"colors", &ScenarioRun::expectColors},    {"picBigBox.Point", &ScenarioRun::expectPoint},
+        {"box", &ScenarioRun::expectBox},          {"dialog", &ScenarioRun::expectDialog},
+        {"beeps", &ScenarioRun::expectBeeps},      {"file", &ScenarioRun::expectFile},
+        {"registry", &ScenarioRun::expectRegistry}};
+    const std::string what = toUtf8(takeText("WHAT"));
     if (const auto handler = handlers.find(what); handler != handlers.end()) return (this->*handler->second)();
-    const std::optional<Value> value = driver().read(toUtf8(what));
-    if (!value) throw ScenarioError{0, "expectation not understood: " + toUtf8(what)};
-    const bool block = what == u"N.Text" && !more();
-    if (block) {
-      compareTexts(toUtf8(what), joined(current_->block, u"\r\n"), std::get<std::u16string>(*value));
-    } else {
-      compare(toUtf8(what), *value);
-    }
-    noMore(block);
+    const std::optional<Value> value = driver().read(what);
+    if (!value) throw ScenarioError{0, "expectation not understood: " + what};
+    if (what == "N.Text" && !more()) return compareTexts(what, takeBlock(), std::get<std::u16string>(*value));
+    compare(what, *value);
   }
   // The value of the next word against what was got.
   void compare(const std::string& what, const Value& got) {
-    const Word& word = take("VALUE");
+    const std::u16string word = takeText("VALUE");
+    Value expected = word;
     if (std::holds_alternative<bool>(got)) {
-      if (word.text != u"True" && word.text != u"False") throw ScenarioError{0, what + " is True or False"};
-      check(what, word.text == u"True", got);
-    } else if (std::holds_alternative<std::int64_t>(got)) {
+      if (word != u"True" && word != u"False") throw ScenarioError{0, what + " is True or False"};
+      expected = word == u"True";
+    } else if (const std::int64_t* number = std::get_if<std::int64_t>(&got)) {
       // Colours and the like may be written signed or not.
-      const std::int64_t number = numberIn(word);
-      if (static_cast<std::uint32_t>(number) != static_cast<std::uint32_t>(std::get<std::int64_t>(got))) {
-        check(what, number, got);
-      }
-    } else {
-      check(what, filled(word.text), got);
+      expected = numberIn(word);
+      if (static_cast<std::uint32_t>(numberIn(word)) == static_cast<std::uint32_t>(*number)) return;
     }
+    expect(what, expected == got, shown(expected), shown(got));
   }
-  void check(const std::string& what, const Value& expected, const Value& got) {
-    if (expected == got) return;
-    report(current_->line, what + ": expected " + shown(expected) + ", got " + shown(got));
+  void expect(const std::string& what, bool holds, const std::string& expected, const std::string& got) {
+    if (!holds) report(reading_.directive->line, what + ": expected " + expected + ", got " + got);
   }
   // The first line that differs is shown.
   void compareTexts(const std::string& what, std::u16string_view expected, std::u16string_view got) {
-    if (expected == got) return;
-    std::size_t line = 1;
     const auto cut = [](std::u16string_view& text) {
-      const std::size_t end = text.find(u'\n');
-      const std::u16string_view first = text.substr(0, end == std::u16string_view::npos ? end : end + 1);
+      const std::u16string_view first = text.substr(0, std::min(text.find(u'\n'), text.size() - 1) + 1);
       text.remove_prefix(first.size());
       return first;
     };
-    for (;; ++line) {
+    const auto side = [](std::u16string_view text) { return text.empty() ? std::string("the end") : inQuotes(text); };
+    for (int line = 1; expected != got; ++line) {
       const std::u16string_view a = cut(expected), b = cut(got);
-      if (a == b) continue;
-      const auto side = [](std::u16string_view text) { return text.empty() ? std::string("the end") : inQuotes(text); };
-      return report(current_->line,
-                    what + " line " + std::to_string(line) + ": expected " + side(a) + ", got " + side(b));
+      if (a != b) return expect(what + " line " + std::to_string(line), false, side(a), side(b));
     }
   }
   void expectColors() {
-    noMore(true);
     const std::u16string text = std::get<std::u16string>(*driver().read("N.Text"));
     std::u16string letters;
     for (const std::uint32_t color : driver().colors()) letters += segmentLetter(color);
     letters.resize(text.size(), u'-');
     std::u16string got;
-    for (const std::u16string_view line : linesOf(text)) {
-      (got += line) += u"\r\n";
-      (got += letters.substr(static_cast<std::size_t>(line.data() - text.data()), line.size())) += u"\r\n";
+    for (std::size_t at = 0, end = 0; at < text.size(); at = end + 2) {
+      end = std::min(text.find(u"\r\n", at), text.size());
+      got += text.substr(at, end - at) + u"\r\n" + letters.substr(at, end - at) + u"\r\n";
     }
-    compareTexts("colors", joined(current_->block, u"\r\n"), got);
+    compareTexts("colors", takeBlock(), got);
   }
   void expectPoint() {
-    const std::int32_t x = number32(take("X"));
-    const std::int32_t y = number32(take("Y"));
+    const std::int32_t x = takeNumber("X");
+    const std::int32_t y = takeNumber("Y");
     compare("picBigBox.Point", driver().point(x, y));
-    noMore();
-  }
-  static std::string shownBox(const ShownBox& box) {
-    return std::to_string(box.flags) + ' ' + inQuotes(box.text) + " title " + inQuotes(box.title);
   }
   void expectBox() {
     ShownBox expected;
-    expected.flags = number32(take("FLAGS"));
+    expected.flags = takeNumber("FLAGS");
     expected.text = takeText("STRING");
     expected.title = takeIf(u"title") ? takeText("STRING") : u"Dravenna";
-    noMore();
-    if (boxLines_.empty()) return report(current_->line, "box: expected " + shownBox(expected) + ", got none");
-    const ShownBox got = boxLines_.front().first;
-    boxLines_.erase(boxLines_.begin());
-    if (got.flags != expected.flags || got.text != expected.text || got.title != expected.title) {
-      report(current_->line, "box: expected " + shownBox(expected) + ", got " + shownBox(got));
-    }
+    if (boxLines_.empty()) return expect("box", false, shown(expected), "none");
+    const std::string got = shown(boxLines_.front().first);
+    boxLines_.pop_front();
+    expect("box", got == shown(expected), shown(expected), got);
   }
   void expectDialog() {
-    const std::string property = toUtf8(takeText("PROPERTY"));
     if (!stage_.dialog) throw ScenarioError{0, "no file dialog was shown"};
     const CommonDialog& dialog = stage_.dialog->properties;
-    const std::map<std::string, Value> values = {{"Kind", std::u16string(stage_.dialog->save ? u"save" : u"open")},
-                                                 {"Filter", dialog.Filter},
-                                                 {"DialogTitle", dialog.DialogTitle},
-                                                 {"InitDir", dialog.InitDir},
-                                                 {"FileName", dialog.FileName},
-                                                 {"Flags", std::int64_t{dialog.Flags}}};
-    const auto value = values.find(property);
-    if (value == values.end()) throw ScenarioError{0, "a dialog has no " + property};
-    compare("dialog " + property, value->second);
-    noMore();
+    const Value value = takeChoice<Value>({{u"Kind", std::u16string(stage_.dialog->save ? u"save" : u"open")},
+                                           {u"Filter", dialog.Filter},
+                                           {u"DialogTitle", dialog.DialogTitle},
+                                           {u"InitDir", dialog.InitDir},
+                                           {u"FileName", dialog.FileName},
+                                           {u"Flags", std::int64_t{dialog.Flags}}},
+                                          "Kind, Filter, DialogTitle, InitDir, FileName, Flags");
+    compare("dialog " + toUtf8(reading_.directive->words[2].text), value);
   }
-  void expectBeeps() {
-    compare("beeps", std::int64_t{stage_.beeps});
-    stage_.beeps = 0;
-    noMore();
-  }
+  void expectBeeps() { compare("beeps", std::int64_t{std::exchange(stage_.beeps, 0)}); }
   void expectFile() {
-    const std::string what = "file " + toUtf8(current_->words[std::min(word_, current_->words.size() - 1)].text);
     const fs::path path = takePath();
+    const std::string what = "file " + toUtf8(reading_.directive->words[2].text);
     const bool there = fs::is_regular_file(path);
-    if (takeIf(u"missing")) {
-      noMore();
-      if (there) report(current_->line, what + ": expected missing, got a file");
-      return;
-    }
-    std::string expected;
-    if (takeIf(u"raw")) {
-      noMoreBlockWithRaw();
-      expected = rawBytes(takeText("STRING"));
-    } else {
-      const bool lf = takeIf(u"lf");
-      codePage_->encode(joined(current_->block, lf ? u"\n" : u"\r\n"), expected);
-    }
-    noMore(true);
-    if (!there) return report(current_->line, what + ": expected a file, got none");
-    const std::string got = readFile(path);
-    compareTexts(what, codePage_->decode(expected), codePage_->decode(got));
+    if (takeIf(u"missing")) return expect(what, !there, "missing", "a file");
+    const std::string expected = takeBytes();
+    if (!there) return expect(what, false, "a file", "none");
+    compareTexts(what, codePage_->decode(expected), codePage_->decode(readFile(path)));
   }
   void expectRegistry() {
     const std::uint32_t root = takeRoot();
@@ -524,47 +382,22 @@ class ScenarioRun {
     const std::u16string got = store.GetRegValue(root, key, valueName, u"<missing>");
     const bool missing = got == u"<missing>" && store.GetRegValue(root, key, valueName, u"") != got;
     const std::string what = "registry " + toUtf8(key) + ' ' + inQuotes(valueName);
-    if (takeIf(u"missing")) {
-      if (!missing) report(current_->line, what + ": expected missing, got " + inQuotes(got));
-    } else if (missing) {
-      report(current_->line, what + ": expected " + inQuotes(takeText("VALUE")) + ", got missing");
-    } else {
-      compare(what, got);
-    }
-    noMore();
+    if (takeIf(u"missing")) return expect(what, missing, "missing", inQuotes(got));
+    if (missing) return expect(what, false, inQuotes(takeText("VALUE")), "missing");
+    compare(what, got);
   }
-
-  void noMoreBlockWithRaw() const {
-    if (current_->hasBlock) throw ScenarioError{0, "raw takes no block"};
-  }
-  std::uint32_t takeRoot() {
-    if (takeIf(u"HKLM")) return HKEY_LOCAL_MACHINE_ID;
-    if (takeIf(u"HKCR")) return HKEY_CLASSES_ROOT_ID;
-    throw ScenarioError{0, "ROOT is HKLM or HKCR"};
-  }
-  static std::string rawBytes(std::u16string_view text) {
-    std::string bytes;
-    for (const char16_t unit : text) {
-      if (unit > 0xFF) throw ScenarioError{0, "raw holds code units up to 255"};
-      bytes += static_cast<char>(unit);
-    }
-    return bytes;
-  }
-  Principal& form() { return *driver().form(); }
 
   // The steps up to the end of the picker; a scenario that ends before it leaves it by Esc.
   void stepsOf(ColorPick& picker) {
-    const Directive* const outer = current_;
-    const std::size_t word = word_;
+    const Reading outer = reading_;
     while (!picker.hidden && next_ < directives_.size()) step();
     if (!picker.hidden) driver_->key(keyNamed(u"Esc"));
-    current_ = outer;
-    word_ = word;
+    reading_ = outer;
   }
 
   void report(int line, const std::string& text) {
     passed_ = false;
-    const int at = line != 0 ? line : current_ != nullptr ? current_->line : 1;
+    const int at = line != 0 ? line : reading_.directive != nullptr ? reading_.directive->line : 1;
     std::printf("%s:%d: %s\n", name_.c_str(), at, text.c_str());
   }
 
@@ -572,20 +405,18 @@ class ScenarioRun {
   const DriverFactory& makeDriver_;
   std::vector<Directive> directives_;
   std::size_t next_ = 0;
-  const Directive* current_ = nullptr;
-  std::size_t word_ = 0;
+  Reading reading_;
   bool passed_ = true;
 
-  TemporaryFolder folder_;
-  std::optional<TemporaryStore> store_;
-  fs::path directory_;
-  CodePagePtr codePage_;
+  ScratchFolder folder_;
+  TemporaryStore store_{folder_.file("")};
+  fs::path directory_ = folder_.file("files").make_preferred();
+  CodePagePtr codePage_ = codePageByName("1252");
   Stage stage_;
-  std::vector<std::pair<ShownBox, int>> boxLines_;  // shown and not expected yet, with the line of the step
-  std::vector<std::pair<FileOperation, std::u16string>> faults_;
-  std::unique_ptr<RegistryCalls> calls_;
-  std::unique_ptr<ScriptedProcess> process_;
-  std::unique_ptr<FailingTextFiles> files_;
+  std::deque<std::pair<ShownBox, int>> boxLines_;  // shown and not expected yet, with the line of the step
+  std::unique_ptr<RegistryCalls> calls_ = makeRegistry();
+  ScriptedProcess process_{directory_.u16string()};
+  FailingTextFiles files_{makeTextFiles(codePage_)};
   std::unique_ptr<Driver> driver_;
 };
 
@@ -599,25 +430,16 @@ std::vector<fs::path> scenarioFiles(const fs::path& path) {
   return files;
 }
 
-bool runOne(const fs::path& path, const DriverFactory& makeDriver) {
-  if (!fs::is_regular_file(path)) {
-    std::printf("%s:0: no such file\n", path.string().c_str());
-    return false;
-  }
-  try {
-    return ScenarioRun(path.string(), makeDriver).run(readFile(path));
-  } catch (const ScenarioError& error) {
-    std::printf("%s:%d: %s\n", path.string().c_str(), error.line, error.message.c_str());
-    return false;
-  }
-}
-
 }  // namespace
 
 int runScenarios(const std::vector<fs::path>& paths, const DriverFactory& makeDriver) {
   int passed = 0, failed = 0;
   for (const fs::path& path : paths) {
-    for (const fs::path& file : scenarioFiles(path)) ++(runOne(file, makeDriver) ? passed : failed);
+    for (const fs::path& file : scenarioFiles(path)) {
+      const bool there = fs::is_regular_file(file);
+      if (!there) std::printf("%s:0: no such file\n", file.string().c_str());
+      ++(there && ScenarioRun(file.string(), makeDriver).run(readFile(file)) ? passed : failed);
+    }
   }
   std::printf("%d passed, %d failed\n", passed, failed);
   return failed == 0 ? 0 : 1;

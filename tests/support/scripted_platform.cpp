@@ -1,7 +1,5 @@
 #include "support/scripted_platform.h"
 
-#include "platform/system.h"
-
 namespace dravenna {
 
 namespace {
@@ -94,7 +92,5 @@ void FailingTextFiles::check(FileOperation operation) {
   faults.pop_front();
   throw failure;
 }
-
-ScriptedProcess::ScriptedProcess(std::u16string folder) : folder_(std::move(folder)), real_(makeProcess({})) {}
 
 }  // namespace dravenna

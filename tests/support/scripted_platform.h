@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "platform/platform.h"
+#include "platform/system.h"
 
 // The surroundings that a scenario sets up: answers that wait, and a record of what the program has shown.
 namespace dravenna {
@@ -43,6 +44,7 @@ class FailingTextFiles : public TextFiles {
  public:
   explicit FailingTextFiles(std::unique_ptr<TextFiles> files) : files_(std::move(files)) {}
 
+  void use(std::unique_ptr<TextFiles> files) { files_ = std::move(files); }
   void failNext(FileOperation operation, const std::u16string& description) {
     faults_[operation].push_back(description);
   }
@@ -61,7 +63,7 @@ class FailingTextFiles : public TextFiles {
 // The real process, but for its command line, its folder and the shell, which is not told of the verb.
 class ScriptedProcess : public Process {
  public:
-  explicit ScriptedProcess(std::u16string folder);
+  explicit ScriptedProcess(std::u16string folder) : folder_(std::move(folder)) {}
 
   std::u16string line;
 
@@ -73,7 +75,7 @@ class ScriptedProcess : public Process {
 
  private:
   std::u16string folder_;
-  std::unique_ptr<Process> real_;
+  std::unique_ptr<Process> real_ = makeProcess({});
 };
 
 }  // namespace dravenna
