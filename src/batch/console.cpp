@@ -71,20 +71,19 @@ void Console::endProgress() {
 }
 
 bool Output::flushSome() {
-  if (!toStandardOutput() || buffer_.size() < kWriteFrom) return true;
-  const bool written = writeStandardOutput(buffer_);
+  if (!toStandardOutput() || buffer_.size() < kWriteFrom) return !readerGone_;
+  if (!readerGone_) readerGone_ = !writeStandardOutput(buffer_);
   buffer_.clear();
-  return written;
+  return !readerGone_;
 }
 
 bool Output::close() {
   if (!toStandardOutput()) {
     writeWhole(path_, buffer_);
-    return true;
+  } else if (!readerGone_) {
+    readerGone_ = !writeStandardOutput(buffer_);
   }
-  const bool written = writeStandardOutput(buffer_);
-  buffer_.clear();
-  return written;
+  return !readerGone_;
 }
 
 }  // namespace dravenna

@@ -42,16 +42,16 @@ class Output {
   explicit Output(std::string path) : path_(std::move(path)) {}  // empty or "-": standard output
 
   std::string& buffer() { return buffer_; }
-  // Writes when enough has gathered; false when nobody reads on.
+  // Writes when enough has gathered; false once nobody reads on. Throws Failure when it cannot be written.
   bool flushSome();
-  // Throws Failure when a file cannot be written; false as above.
-  bool close();
+  bool close();  // as above
 
  private:
   bool toStandardOutput() const { return path_.empty() || path_ == "-"; }
 
   std::string path_;
   std::string buffer_;
+  bool readerGone_ = false;
 };
 
 }  // namespace dravenna

@@ -40,7 +40,7 @@ void exportOne(Session& session, const Options& options) {
   const bool named = options.paths.size() == 2;
   const std::string target = named ? options.paths[1] : script == "-" ? "-" : withExtension(script, ".lxf");
   if (target == "-") {
-    if (!writeStandardOutput(bytes)) session.console.error("Standard output cannot be written");
+    if (!writeStandardOutput(bytes)) session.console.fail();
     return;
   }
   if (pathKind(target) == PathKind::File && target != script) {

@@ -48,7 +48,7 @@ void importOne(Session& session, const ImportOptions& options) {
   if (!merge.error.empty()) throw Failure(fromUtf8(lxfPath) + u":" + merge.error);
   warnOfOddities(session, lxfPath, cutExchangeFile(lxf), merge.texts);
   if (path == "-") {
-    if (!writeStandardOutput(merge.bytes)) session.console.error("Standard output cannot be written");
+    if (!writeStandardOutput(merge.bytes)) session.console.fail();
     return;
   }
   if (!options.dryRun && merge.bytes != file) {

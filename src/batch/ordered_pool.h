@@ -16,7 +16,8 @@ namespace dravenna {
 
 // Runs work(i) for i from 0 to count - 1 on `jobs` threads and hands each result to take(i, result) on the calling
 // thread, in order. Workers never run more than a few items ahead of take(), so results do not pile up. An exception
-// of work() comes out of here. Ends early, with false, when take() gives false or the process was interrupted.
+// of work() or take() comes out of here. Ends early, with false, when take() gives false or the process was
+// interrupted.
 template <class Result>
 bool runOrdered(std::size_t count, unsigned jobs, const std::function<Result(std::size_t)>& work,
                 const std::function<bool(std::size_t, Result&&)>& take) {

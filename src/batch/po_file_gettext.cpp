@@ -6,6 +6,8 @@
 
 #include "batch/po_file.h"
 #include "platform/failure.h"
+#include "platform/memory_file.h"
+#include "platform/terminal.h"
 #include "platform/tree_files.h"
 #include "text/text.h"
 
@@ -81,15 +83,18 @@ void writePoFile(const std::string& path, const std::string& language, const std
     insertHeader(iterator.get(), language);
     for (const PoEntry& entry : entries) insertEntry(iterator.get(), entry);
   }
+  const std::string bytes = bytesWrittenBy([&](const std::string& memory) {
+    if (po_file_write(file.get(), memory.c_str(), &kHandler) == nullptr) {
+      throw Failure(fromUtf8(path) + u": cannot be written");
+    }
+  });
   if (path == "-") {
-    po_file_write(file.get(), "-", &kHandler);
+    if (!writeStandardOutput(bytes)) throw Failure(u"Nobody reads the standard output");
     return;
   }
   const std::string temporary = path + ".new~";
   try {
-    if (po_file_write(file.get(), temporary.c_str(), &kHandler) == nullptr) {
-      throw Failure(fromUtf8(path) + u": cannot be written");
-    }
+    writeWhole(temporary, bytes);
     moveOver(temporary, path);
   } catch (...) {
     removeFile(temporary);

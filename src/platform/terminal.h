@@ -8,8 +8,8 @@
 namespace dravenna {
 
 std::string readStandardInput();                   // throws Failure
-bool writeStandardOutput(std::string_view bytes);  // false when the reader is gone or the disk is full
-void writeStandardError(std::string_view bytes);
+bool writeStandardOutput(std::string_view bytes);  // false when the reader is gone; throws Failure at all else
+void writeStandardError(std::string_view bytes);   // never fails
 bool errorIsTerminal();
 int errorColumns();  // width of the terminal behind standard error
 

@@ -8,6 +8,8 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/file_replacement.h"
+
 // Files of whole trees, as bytes, for the command line tool. What can fail throws Failure, whose description names
 // the path. Paths are native ones.
 namespace dravenna {
@@ -37,7 +39,7 @@ void makeFolders(const std::filesystem::path& folder);
 class Replacements {
  public:
   // With a suffix, the old file stays beside the new one under its name and the suffix.
-  explicit Replacements(std::string backupSuffix = {});
+  explicit Replacements(std::string_view backupSuffix = {});
   Replacements(const Replacements&) = delete;
   Replacements& operator=(const Replacements&) = delete;
   ~Replacements();  // takes away temporary files that did not take their place
@@ -51,9 +53,8 @@ class Replacements {
   std::vector<std::u16string> commit();
 
  private:
-  struct Staged;
-  std::string backupSuffix_;
-  std::vector<std::unique_ptr<Staged>> staged_;
+  std::u16string backupSuffix_;
+  std::vector<std::unique_ptr<FileReplacement>> staged_;
 };
 
 // Renames a file over another one.

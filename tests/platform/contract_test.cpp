@@ -6,6 +6,7 @@
 
 #include "platform/failure.h"
 #include "platform/system.h"
+#include "platform/tree_files.h"
 #include "scratch_folder.h"
 #include "text/text.h"
 
@@ -240,6 +241,25 @@ TEST(TextFiles, KeepForeignCharactersInPaths) {
   EXPECT_EQ(files->openTextFile(path)->readAll(), u"second\0\u00FF"s);
   failureOf([&] { readBytes(folder.path("missing")); });
   failureOf([&] { replaceBytes(folder.path("missing/file"), ""); });
+}
+
+TEST(Trees, ReplaceManyFilesAtOnce) {
+  const ScratchFolder folder;
+  folder.put("a", "old a");
+  folder.put("a.bak", "older a");
+  folder.put("b", "old b");
+  {
+    Replacements replacements(".bak");
+    replacements.stage(folder.file("a"), "new a");
+    replacements.stage(folder.file("b"), "new b");
+    EXPECT_NE(failureOf([&] { replacements.stage(folder.file("missing"), ""); }).find("missing"), std::string::npos);
+    EXPECT_EQ(folder.get("a") + folder.get("b"), "old aold b");
+    EXPECT_EQ(replacements.commit(), std::vector<std::u16string>(2));
+  }
+  EXPECT_EQ(folder.get("a") + folder.get("b"), "new anew b");
+  EXPECT_EQ(folder.get("a.bak") + folder.get("b.bak"), "old aold b");
+  { Replacements().stage(folder.file("a"), "given up"); }
+  EXPECT_EQ(folder.names(), (Names{"a", "a.bak", "b", "b.bak"}));
 }
 
 TEST(CodePages, HaveTheirCharacters) {

@@ -176,24 +176,6 @@ TEST_F(WindowsFiles, PathsMayBeLong) {
   EXPECT_TRUE(found[0].ends_with("d/\xD0\x96.txt")) << found[0];
 }
 
-TEST_F(WindowsFiles, ManyFilesAreReplacedAtOnce) {
-  folder_.put("a", "old a");
-  folder_.put("a.bak", "older a");
-  folder_.put("b", "old b");
-  {
-    Replacements replacements(".bak");
-    replacements.stage(folder_.file("a"), "new a");
-    replacements.stage(folder_.file("b"), "new b");
-    EXPECT_EQ(errorOf([&] { replacements.stage(folder_.file("missing"), ""); }), DWORD{ERROR_FILE_NOT_FOUND});
-    EXPECT_EQ(folder_.get("a") + folder_.get("b"), "old aold b");
-    EXPECT_EQ(replacements.commit(), std::vector<std::u16string>(2));
-  }
-  EXPECT_EQ(folder_.get("a") + folder_.get("b"), "new anew b");
-  EXPECT_EQ(folder_.get("a.bak") + folder_.get("b.bak"), "old aold b");
-  { Replacements().stage(folder_.file("a"), "given up"); }
-  EXPECT_EQ(folder_.names(), (Names{"a", "a.bak", "b", "b.bak"}));
-}
-
 }  // namespace
 
 }  // namespace dravenna

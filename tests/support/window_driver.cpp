@@ -1,4 +1,5 @@
 #include <QtCore/QFileInfo>
+#include <QtCore/QThread>
 #include <QtCore/QTimer>
 #include <QtGui/QAccessible>
 #include <QtGui/QAction>
@@ -12,6 +13,7 @@
 #include <QtWidgets/QMenuBar>
 #include <QtWidgets/QMessageBox>
 #include <QtWidgets/QPushButton>
+#include <functional>
 #include <map>
 
 #include "desktop/color_pick_dialog.h"
@@ -265,15 +267,25 @@ class WindowDriver : public QObject, public Driver {
  private:
   bool eventFilter(QObject* object, QEvent* event) override {
     if (event->type() != QEvent::Show) return false;
-    // Queued: it is on the screen then, and its event loop runs.
     if (auto* box = qobject_cast<QMessageBox*>(object)) {
-      QTimer::singleShot(0, box, [this, box] { answer(*box); });
+      whenRun(*box, [this, box] { answer(*box); });
     } else if (auto* dialog = qobject_cast<QFileDialog*>(object)) {
-      QTimer::singleShot(0, dialog, [this, dialog] { pick(*dialog); });
+      whenRun(*dialog, [this, dialog] { pick(*dialog); });
     } else if (auto* picker = dynamic_cast<ColorPickDialog*>(object)) {
-      QTimer::singleShot(0, picker, [this] { surroundings_.stepsOfPicker(*form()->colorPick); });
+      whenRun(*picker, [this] { surroundings_.stepsOfPicker(*form()->colorPick); });
     }
     return false;
+  }
+
+  // Acts once the dialog runs its own event loop; some systems deliver events while it is still being shown.
+  void whenRun(QDialog& dialog, std::function<void()> act, int outerLevel = QThread::currentThread()->loopLevel()) {
+    QTimer::singleShot(0, &dialog, [this, &dialog, act = std::move(act), outerLevel] {
+      if (QThread::currentThread()->loopLevel() > outerLevel) {
+        act();
+      } else {
+        whenRun(dialog, act, outerLevel);
+      }
+    });
   }
 
   void answer(QMessageBox& box) {

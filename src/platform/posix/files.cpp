@@ -102,7 +102,7 @@ std::string readWholeFile(OpenFile& file, std::size_t limit) {
 }
 
 FileReplacement::FileReplacement(SystemCalls& calls, const std::string& path, Options options)
-    : calls_(calls), path_(path), target_(resolveTarget(calls, path)) {
+    : calls_(calls), path_(path), shownPath_(fromUtf8(path)), target_(resolveTarget(calls, path)) {
   struct stat status {};
   const bool exists = calls_.stat(target_.c_str(), status) == 0;
   if (!exists && errno != ENOENT) failWithErrno(path_);
@@ -114,7 +114,7 @@ FileReplacement::FileReplacement(SystemCalls& calls, const std::string& path, Op
     if ((status.st_mode & 0222) == 0) throw SystemFailure(EACCES, path_);
   }
   try {
-    folder_ = OpenFile(calls_, folderOf(target_), O_RDONLY | O_DIRECTORY, 0, path_);
+    if (options.flushesFolder) folder_ = OpenFile(calls_, folderOf(target_), O_RDONLY | O_DIRECTORY, 0, path_);
   } catch (const SystemFailure& failure) {
     // A folder may be open for writing and not for reading: then its flush is left out.
     if (failure.error() != EACCES) throw;
@@ -163,9 +163,29 @@ void FileReplacement::removeTemporary() noexcept {
   temporary_.clear();
 }
 
-void FileReplacement::commit() {
+void FileReplacement::startFlush() {
+#ifdef __linux__
+  ::sync_file_range(file_.number(), 0, 0, SYNC_FILE_RANGE_WRITE);
+#endif
+}
+
+void FileReplacement::flush() {
   file_.sync();
   file_.close();
+}
+
+// The old file under a second name: a link, put in place by a rename so that an older backup gives way at once.
+void FileReplacement::backUp(const std::string& backup) {
+  const std::string link = temporary_ + "~";
+  if (::link(target_.c_str(), link.c_str()) != 0) failWithErrno(backup);
+  const int renamed = calls_.rename(link.c_str(), backup.c_str());
+  const int error = errno;
+  calls_.unlink(link.c_str());  // a rename between two names of one file leaves both
+  if (renamed != 0) throw SystemFailure(error, backup);
+}
+
+void FileReplacement::place(std::u16string_view backupSuffix) {
+  if (!backupSuffix.empty()) backUp(target_ + toUtf8(backupSuffix));
   if (calls_.rename(temporary_.c_str(), target_.c_str()) < 0) failWithErrno(path_);
   temporary_.clear();
   if (!folder_.isOpen()) return;
@@ -181,7 +201,8 @@ void replaceFile(SystemCalls& calls, const std::string& path, std::string_view b
                  FileReplacement::Options options) {
   FileReplacement replacement(calls, path, options);
   replacement.write(bytes);
-  replacement.commit();
+  replacement.flush();
+  replacement.place();
 }
 
 }  // namespace posix

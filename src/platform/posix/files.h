@@ -3,6 +3,7 @@
 #include <string>
 #include <string_view>
 
+#include "platform/file_replacement.h"
 #include "platform/posix/system_calls.h"
 
 // Paths are bytes here, without NULs. Everything that fails throws SystemFailure unless told otherwise.
@@ -26,13 +27,12 @@ OpenFile openForReading(SystemCalls& calls, const std::string& path);
 // All bytes of a file that is no larger than `limit`; fails with EFBIG on a larger one.
 std::string readWholeFile(OpenFile& file, std::size_t limit);
 
-// New contents for a file. They go into a temporary file beside it; `commit` flushes that to disk and renames it over
-// the target. Until then, and when anything fails, the target is whole; the destructor removes the temporary file.
-class FileReplacement {
+class FileReplacement : public dravenna::FileReplacement {
  public:
   struct Options {
     mode_t newFileMode = 0666;  // less the umask, for a file that does not exist
     bool locked = false;        // nobody else replaces this file now: a left-over temporary file is removed
+    bool flushesFolder = true;  // `place` brings the rename to disk
   };
 
   // Refuses a folder and anything else that is no plain file, and a file that may not be written or has no permission
@@ -40,20 +40,25 @@ class FileReplacement {
   FileReplacement(SystemCalls& calls, const std::string& path, Options options);
   FileReplacement(const FileReplacement&) = delete;
   FileReplacement& operator=(const FileReplacement&) = delete;
-  ~FileReplacement();
+  ~FileReplacement() override;
 
-  void write(std::string_view bytes) { file_.writeAll(bytes); }
+  const std::u16string& path() const override { return shownPath_; }
+  void write(std::string_view bytes) override { file_.writeAll(bytes); }
+  void startFlush() override;
+  void flush() override;
 
-  // Once. A failure to flush the folder comes when the target is the new one already.
-  void commit();
+  // A failure to flush the folder comes when the target is the new one already.
+  void place(std::u16string_view backupSuffix = {}) override;
 
  private:
   void openTemporary(Options options, bool targetExists);
   void takeOver(const struct stat& target);
+  void backUp(const std::string& backup);
   void removeTemporary() noexcept;
 
   SystemCalls& calls_;
-  std::string path_;    // as it was given, for failures
+  std::string path_;  // as it was given, for failures
+  std::u16string shownPath_;
   std::string target_;  // resolved
   std::string temporary_;
   OpenFile folder_;

@@ -40,7 +40,11 @@ std::string readStandardInput() {
   return bytes;
 }
 
-bool writeStandardOutput(std::string_view bytes) { return writeAll(STDOUT_FILENO, bytes); }
+bool writeStandardOutput(std::string_view bytes) {
+  if (writeAll(STDOUT_FILENO, bytes)) return true;
+  if (errno != EPIPE) posix::failWithErrno("standard output");
+  return false;
+}
 
 void writeStandardError(std::string_view bytes) { static_cast<void>(writeAll(STDERR_FILENO, bytes)); }
 

@@ -48,7 +48,10 @@ class ReplacingSink : public ByteSink {
   ReplacingSink(SystemCalls& calls, const std::string& path) : replacement_(calls, path, {}) {}
 
   void write(std::string_view bytes) override { replacement_.write(bytes); }
-  void close() override { replacement_.commit(); }
+  void close() override {
+    replacement_.flush();
+    replacement_.place();
+  }
 
  private:
   FileReplacement replacement_;

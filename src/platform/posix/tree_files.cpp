@@ -4,13 +4,11 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <atomic>
 #include <system_error>
 #include <utility>
 
+#include "platform/posix/files.h"
 #include "platform/posix/tree_calls.h"
-#include "platform/terminal.h"
-#include "text/text.h"
 
 namespace dravenna {
 
@@ -106,94 +104,10 @@ void makeFolders(const fs::path& folder) {
   if (error) throw SystemFailure(error.value(), folder.native());
 }
 
-struct Replacements::Staged {
-  std::string target;
-  std::string temporary;
-  OpenFile file;
-  bool placed = false;
-
-  ~Staged() {
-    file.closeQuietly();
-    if (!placed && !temporary.empty()) calls().unlink(temporary.c_str());
-  }
-
-  void backUp(const std::string& suffix) const;
-};
-
-// The old file under a second name: a link, put in place by a rename so that an older backup gives way at once.
-void Replacements::Staged::backUp(const std::string& suffix) const {
-  const std::string link = temporary + "~";
-  if (::link(target.c_str(), link.c_str()) != 0) failWithErrno(target + suffix);
-  const int renamed = calls().rename(link.c_str(), (target + suffix).c_str());
-  const int error = errno;
-  calls().unlink(link.c_str());  // a rename between two names of one file leaves both
-  if (renamed != 0) throw SystemFailure(error, target + suffix);
-}
-
-Replacements::Replacements(std::string backupSuffix) : backupSuffix_(std::move(backupSuffix)) {}
-
-Replacements::~Replacements() = default;
-
-void Replacements::stage(const fs::path& path, std::string_view bytes) {
-  auto staged = std::make_unique<Staged>();
-  struct stat old {};
-  if (calls().realpath(path.c_str(), staged->target) != 0) failWithErrno(path.native());
-  if (calls().stat(staged->target.c_str(), old) != 0) failWithErrno(path.native());
-  if (S_ISDIR(old.st_mode)) throw SystemFailure(EISDIR, path.native());
-  // The super user may write everywhere; a file without any write permission is meant to stay all the same.
-  if ((old.st_mode & 0222) == 0) throw SystemFailure(EACCES, path.native());
-  if (calls().mayWrite(staged->target.c_str()) != 0) failWithErrno(path.native());
-
-  static std::atomic<unsigned> serial{0};
-  const std::string stem = fs::path(staged->target).parent_path() / (".dravenna-" + std::to_string(::getpid()) + "-");
-  for (;;) {
-    const std::string temporary = stem + std::to_string(++serial);
-    try {
-      staged->file = OpenFile(calls(), temporary, O_WRONLY | O_CREAT | O_EXCL, 0600, path.native());
-      staged->temporary = temporary;
-      break;
-    } catch (const SystemFailure& failure) {
-      if (failure.error() != EEXIST) throw;
-    }
-  }
-  OpenFile& file = staged->file;
-  file.writeAll(bytes);
-  const struct stat made = file.status();
-  // Another owner's file stays his where that is allowed; where it is not, the replaced file is ours.
-  if (made.st_uid != old.st_uid || made.st_gid != old.st_gid) {
-    static_cast<void>(calls().fchown(file.number(), old.st_uid, old.st_gid));
-  }
-  if (calls().fchmod(file.number(), old.st_mode & 07777) != 0) failWithErrno(path.native());
-#ifdef __linux__
-  // Lets the disk begin now, so that the flush of a whole folder waits once and not for each file.
-  ::sync_file_range(file.number(), 0, 0, SYNC_FILE_RANGE_WRITE);
-#endif
-  staged_.push_back(std::move(staged));
-}
-
-std::vector<std::u16string> Replacements::commit() {
-  std::vector<std::u16string> outcomes(staged_.size());
-  const auto each = [&](auto step) {
-    for (std::size_t i = 0; i < staged_.size(); ++i) {
-      if (!outcomes[i].empty()) continue;
-      try {
-        if (interrupted()) throw Failure(u"Interrupted: '" + fromUtf8(staged_[i]->target) + u"'");
-        step(*staged_[i]);
-      } catch (const Failure& failure) {
-        outcomes[i] = failure.description();
-      }
-    }
-  };
-  each([](Staged& staged) {
-    staged.file.sync();
-    staged.file.close();
-  });
-  each([&](Staged& staged) {
-    if (!backupSuffix_.empty()) staged.backUp(backupSuffix_);
-    if (calls().rename(staged.temporary.c_str(), staged.target.c_str()) != 0) failWithErrno(staged.target);
-    staged.placed = true;
-  });
-  return outcomes;
+std::unique_ptr<FileReplacement> replaceTreeFile(const fs::path& path) {
+  if (pathKind(path) == PathKind::Missing) throw SystemFailure(ENOENT, path.native());
+  return std::make_unique<posix::FileReplacement>(calls(), path.native(),
+                                                  posix::FileReplacement::Options{.flushesFolder = false});
 }
 
 void moveOver(const fs::path& from, const fs::path& to) {

@@ -3,6 +3,7 @@
 #include <string>
 #include <string_view>
 
+#include "platform/file_replacement.h"
 #include "platform/windows/system_calls.h"
 
 // Everything that fails throws SystemFailure unless told otherwise; failures name the path as it was given.
@@ -31,27 +32,22 @@ void readRest(OpenFile& file, std::string& bytes);
 // The folder and the missing ones above it.
 void makeFolderTree(std::u16string_view folder);
 
-// New contents for a file. They go into a temporary file beside it; `place` puts that in the place of the target. Until
-// then, and when anything fails, the target is whole; the destructor removes the temporary file.
-class FileReplacement {
+class FileReplacement : public dravenna::FileReplacement {
  public:
   // Refuses a folder and anything else that is no plain file, and a file that is read-only or that this user may not
   // write. An existing file keeps its attributes and its access list.
   explicit FileReplacement(std::u16string_view path);
   FileReplacement(const FileReplacement&) = delete;
   FileReplacement& operator=(const FileReplacement&) = delete;
-  ~FileReplacement();
+  ~FileReplacement() override;
 
-  const std::u16string& path() const { return path_; }  // as it was given
+  const std::u16string& path() const override { return path_; }
+  void write(std::string_view bytes) override { file_.writeAll(bytes); }
+  void flush() override;
 
-  void write(std::string_view bytes) { file_.writeAll(bytes); }
-
-  // To disk. Nothing can be written afterwards.
-  void flush();
-
-  // Once, behind flush(). With a suffix, the old file stays under its name and that suffix. Should the system have
-  // taken the old file away and then failed, the temporary file is kept and the description names it.
-  void place(std::u16string_view backupSuffix = {});
+  // Should the system have taken the old file away and then failed, the temporary file is kept and the description
+  // names it.
+  void place(std::u16string_view backupSuffix = {}) override;
 
  private:
   void openTemporary();

@@ -32,7 +32,10 @@ bool writeToConsole(HANDLE handle, std::string_view bytes) {
 
 // A console takes text, anything else the bytes. `carried` holds the front of a character that was cut off.
 bool writeAll(HANDLE handle, std::string_view bytes, std::string& carried) {
-  if (handle == nullptr || handle == INVALID_HANDLE_VALUE) return false;
+  if (handle == nullptr || handle == INVALID_HANDLE_VALUE) {
+    ::SetLastError(ERROR_INVALID_HANDLE);
+    return false;
+  }
   if (isConsole(handle)) {
     carried += bytes;
     const std::size_t whole = carried.size() - CodePage::utf8()->incompleteTail(carried);
@@ -77,7 +80,10 @@ std::string readStandardInput() {
 
 bool writeStandardOutput(std::string_view bytes) {
   static std::string carried;
-  return writeAll(::GetStdHandle(STD_OUTPUT_HANDLE), bytes, carried);
+  if (writeAll(::GetStdHandle(STD_OUTPUT_HANDLE), bytes, carried)) return true;
+  const DWORD error = ::GetLastError();
+  if (error != ERROR_BROKEN_PIPE && error != ERROR_NO_DATA) windows::failWithLastError(u"standard output");
+  return false;
 }
 
 void writeStandardError(std::string_view bytes) {

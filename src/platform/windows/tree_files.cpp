@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <utility>
 
-#include "platform/terminal.h"
 #include "platform/windows/files.h"
 #include "text/text.h"
 
@@ -99,39 +98,9 @@ void makeFolders(const fs::path& folder) {
   if (!folder.empty()) windows::makeFolderTree(textOf(folder));
 }
 
-struct Replacements::Staged {
-  explicit Staged(const fs::path& path) : replacement(textOf(path)) {}
-  windows::FileReplacement replacement;
-};
-
-Replacements::Replacements(std::string backupSuffix) : backupSuffix_(std::move(backupSuffix)) {}
-
-Replacements::~Replacements() = default;
-
-void Replacements::stage(const fs::path& path, std::string_view bytes) {
+std::unique_ptr<FileReplacement> replaceTreeFile(const fs::path& path) {
   if (pathKind(path) == PathKind::Missing) throw windows::SystemFailure(ERROR_FILE_NOT_FOUND, textOf(path));
-  auto staged = std::make_unique<Staged>(path);
-  staged->replacement.write(bytes);
-  staged_.push_back(std::move(staged));
-}
-
-std::vector<std::u16string> Replacements::commit() {
-  std::vector<std::u16string> outcomes(staged_.size());
-  const auto each = [&](auto step) {
-    for (std::size_t i = 0; i < staged_.size(); ++i) {
-      if (!outcomes[i].empty()) continue;
-      windows::FileReplacement& replacement = staged_[i]->replacement;
-      try {
-        if (interrupted()) throw Failure(u"Interrupted: '" + replacement.path() + u"'");
-        step(replacement);
-      } catch (const Failure& failure) {
-        outcomes[i] = failure.description();
-      }
-    }
-  };
-  each([](windows::FileReplacement& replacement) { replacement.flush(); });
-  each([&](windows::FileReplacement& replacement) { replacement.place(fromUtf8(backupSuffix_)); });
-  return outcomes;
+  return std::make_unique<windows::FileReplacement>(textOf(path));
 }
 
 void moveOver(const fs::path& from, const fs::path& to) {

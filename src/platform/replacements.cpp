@@ -1,0 +1,40 @@
+#include <utility>
+
+#include "platform/failure.h"
+#include "platform/file_replacement.h"
+#include "platform/terminal.h"
+#include "platform/tree_files.h"
+#include "text/text.h"
+
+namespace dravenna {
+
+Replacements::Replacements(std::string_view backupSuffix) : backupSuffix_(fromUtf8(backupSuffix)) {}
+
+Replacements::~Replacements() = default;
+
+void Replacements::stage(const std::filesystem::path& path, std::string_view bytes) {
+  auto staged = replaceTreeFile(path);
+  staged->write(bytes);
+  staged->startFlush();
+  staged_.push_back(std::move(staged));
+}
+
+std::vector<std::u16string> Replacements::commit() {
+  std::vector<std::u16string> outcomes(staged_.size());
+  const auto each = [&](auto step) {
+    for (std::size_t i = 0; i < staged_.size(); ++i) {
+      if (!outcomes[i].empty()) continue;
+      try {
+        if (interrupted()) throw Failure(u"Interrupted: '" + staged_[i]->path() + u"'");
+        step(*staged_[i]);
+      } catch (const Failure& failure) {
+        outcomes[i] = failure.description();
+      }
+    }
+  };
+  each([](FileReplacement& replacement) { replacement.flush(); });
+  each([&](FileReplacement& replacement) { replacement.place(backupSuffix_); });
+  return outcomes;
+}
+
+}  // namespace dravenna
