@@ -8,6 +8,7 @@
 #include "exchange/lxf.h"
 #include "generated_script.h"
 #include "platform/system.h"
+#include "support/quiet_windowing.h"
 #include "text/text.h"
 
 namespace dravenna {
@@ -16,23 +17,6 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::size_t kScriptSize = 660 * std::size_t{1024};
-
-// No screen: questions are answered with Yes or OK, the file dialogs give the path that was set.
-class QuietWindowing : public Windowing {
- public:
-  Text pick;
-
-  Answer messageBox(TextView, int flags, TextView) override { return (flags & 4) != 0 ? Answer::Yes : Answer::Ok; }
-  void showOpen(CommonDialog& dialog) override { dialog.FileName = pick; }
-  void showSave(CommonDialog& dialog) override { dialog.FileName = pick; }
-  void beep() override {}
-  void pointerChanged() override {}
-  void setFocus(Control) override {}
-  void showSearchBox(FrmSearch&) override {}
-  void unloadSearchBox(FrmSearch&) override {}
-  void showColorPick(ColorPick&) override {}
-  void unloadMainForm() override {}
-};
 
 // A form with a script open.
 struct Editor {

@@ -1,10 +1,12 @@
 #include <gtest/gtest.h>
 
+#include "batch/codec.h"
 #include "batch/command_names.h"
 #include "batch/exchange_file.h"
 #include "batch/findings.h"
 #include "batch/globs.h"
 #include "platform/failure.h"
+#include "platform/system.h"
 
 namespace dravenna {
 namespace {
@@ -70,6 +72,25 @@ TEST(CommandPairs, ADamagedFileIsTold) {
             u",mes,x,");
   EXPECT_THROW(readCommandPairs("{"), Failure);
   EXPECT_THROW(readCommandPairs(R"({"pairs":[{"name":1}]})"), Failure);
+}
+
+TEST(Escapes, AreVisibleAndLossless) {
+  const Codec western(codePageByName("1252"));
+  const Codec utf8(codePageByName("utf-8"));
+  const auto escaped = [](const Codec& codec, std::string_view text) {
+    std::string out;
+    appendEscaped(codec, text, out);
+    return out;
+  };
+  const auto json = [](const Codec& codec, std::string_view text) {
+    std::string out;
+    appendJsonString(codec, text, out);
+    return out;
+  };
+  EXPECT_EQ(escaped(western, "a\tb\\c\r\x01\x7F"), "a\\tb\\\\c\\r\\x01\\x7F");
+  EXPECT_EQ(escaped(western, "\xE9\x81"), "\xC3\xA9\\x81");
+  EXPECT_EQ(escaped(utf8, "\xC3\xA9\xFF\xF0\x9F\x98\x80"), "\xC3\xA9\\xFF\xF0\x9F\x98\x80");
+  EXPECT_EQ(json(western, "say \"x\"\t\xE9\x81\x01"), "\"say \\\"x\\\"\\t\xC3\xA9\\udc81\\u0001\"");
 }
 
 }  // namespace

@@ -114,6 +114,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   std::string out;
   std::string outBuffer;
   const std::string_view work = codec.toWork(script, scriptBuffer);
+  require(codec.toFile(work, outBuffer) == script, "work bytes come back");
+  require(codec.decode(work) == raw && codec.units(work) == raw.size(), "characters of the work bytes");
+  exportWork(work, byteLists, true, out);
+  const Merge same = mergeWork(codec, byteLists, work, out, true);
+  require(same.error.empty() && same.bytes == script && same.changed == 0, "a file with its codes changes nothing");
+  out.clear();
   exportWork(work, byteLists, false, out);
   std::string fromWindow;
   page->encode(writeLxf(document, lists), fromWindow);

@@ -2,59 +2,15 @@
 
 #include <gtest/gtest.h>
 
-#include <map>
-
 #include "platform/failure.h"
 #include "settings/catalogue.h"
 #include "settings/registry.h"
-#include "text/case_fold.h"
+#include "support/memory_registry.h"
 #include "text/text.h"
 
 namespace dravenna {
 
 namespace {
-
-// A store in memory. Handles are the addresses of its keys.
-class MemoryRegistry : public RegistryCalls {
- public:
-  std::int32_t openKey(std::uint32_t root, std::u16string_view path, Handle& handle) override {
-    const auto key = keys_.find(nameOf(root, path));
-    handle = key == keys_.end() ? 0 : reinterpret_cast<Handle>(&key->second);
-    return handle == 0 ? 2 : 0;
-  }
-  std::int32_t createKey(std::uint32_t root, std::u16string_view path, Handle& handle) override {
-    handle = reinterpret_cast<Handle>(&keys_[nameOf(root, path)]);
-    return 0;
-  }
-  std::int32_t queryValue(Handle handle, std::u16string_view name, std::uint32_t& type, char16_t* data,
-                          std::uint32_t& size) override {
-    if (handle == 0) return 6;
-    const Values& values = *reinterpret_cast<Values*>(handle);
-    const auto value = values.find(std::u16string(name));
-    if (value == values.end()) return 2;
-    type = kRegSz;
-    if (data != nullptr)
-      size = static_cast<std::uint32_t>(value->second.copy(data, size));
-    else
-      size = static_cast<std::uint32_t>(value->second.size());
-    return 0;
-  }
-  std::int32_t setValue(Handle handle, std::u16string_view name, std::u16string_view data) override {
-    if (full) return 112;
-    (*reinterpret_cast<Values*>(handle))[std::u16string(name)] = data;
-    return 0;
-  }
-  std::int32_t deleteKey(std::uint32_t, std::u16string_view) override { return 5; }
-  std::int32_t closeKey(Handle) override { return 0; }
-
-  bool empty() const { return keys_.empty(); }
-  bool full = false;
-
- private:
-  using Values = std::map<std::u16string, std::u16string>;
-  static std::u16string nameOf(std::uint32_t root, std::u16string_view path) { return decimal(root) + foldCase(path); }
-  std::map<std::u16string, Values> keys_;
-};
 
 std::string file(std::string_view keys) { return "Windows Registry Editor Version 5.00\n\n" + std::string(keys); }
 

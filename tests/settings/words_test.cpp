@@ -1,82 +1,46 @@
 // The catalogue of words: each is asked for, each placeholder is filled; the language packs hold all of them.
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <map>
 #include <set>
 
 #include "app/principal.h"
+#include "platform/scratch_folder.h"
 #include "platform/system.h"
 #include "settings/registry_text.h"
+#include "support/memory_registry.h"
+#include "support/quiet_windowing.h"
 #include "text/text.h"
 
 namespace dravenna {
 namespace {
 
-// A store that holds every word as "NAME %1" and remembers which were asked for.
-class WordStore : public RegistryCalls {
- public:
-  std::set<Text> asked;
+// Notes what the boxes say.
+struct Boxes : QuietWindowing {
+  std::set<Text> said;
 
-  std::int32_t openKey(std::uint32_t, TextView path, Handle& handle) override {
-    handle = path == kLangKey ? 1 : 0;
-    return handle == 0;
+  Answer messageBox(TextView text, int flags, TextView title) override {
+    said.emplace(text);
+    return QuietWindowing::messageBox(text, flags, title);
   }
-  std::int32_t createKey(std::uint32_t, TextView, Handle&) override { return 5; }
-  std::int32_t queryValue(Handle handle, TextView name, std::uint32_t& type, char16_t* data,
-                          std::uint32_t& size) override {
-    if (handle == 0) return 2;
-    asked.emplace(name);
-    const Text value = Text(name) + u" %1";
-    type = kRegSz;
-    size = static_cast<std::uint32_t>(value.size());
-    if (data != nullptr) value.copy(data, value.size());
-    return 0;
-  }
-  std::int32_t setValue(Handle, TextView, TextView) override { return 5; }
-  std::int32_t deleteKey(std::uint32_t, TextView) override { return 2; }
-  std::int32_t closeKey(Handle) override { return 0; }
-};
-
-class Surroundings : public Windowing, public Process {
- public:
-  std::vector<Text> boxes;
-  Text pick;
-
-  Answer messageBox(TextView text, int flags, TextView) override {
-    boxes.emplace_back(text);
-    return (flags & 4) != 0 ? Answer::No : Answer::Ok;
-  }
-  void showOpen(CommonDialog& dialog) override { dialog.FileName = pick; }
-  void showSave(CommonDialog& dialog) override { dialog.FileName = pick; }
-  void beep() override {}
-  void pointerChanged() override {}
-  void setFocus(Control) override {}
-  void showSearchBox(FrmSearch&) override {}
-  void unloadSearchBox(FrmSearch&) override {}
-  void showColorPick(ColorPick&) override {}
-  void unloadMainForm() override {}
-  Text commandLine() override { return u"no such file"; }
-  Text programFolder() override { return {}; }
-  char16_t pathSeparator() override { return u'/'; }
-  Text programName() override { return {}; }
-  void shellVerbChanged(bool) override {}
 };
 
 TEST(Words, EveryOneIsUsedAndEveryPlaceholderFilled) {
-  namespace fs = std::filesystem;
-  const fs::path folder = fs::temp_directory_path() / "dravenna-words";
-  fs::create_directories(folder);
-  const auto put = [&](const char* name, std::string_view bytes) {
-    std::ofstream(folder / name, std::ios::binary) << bytes;
-    return (folder / name).u16string();
-  };
+  const ScratchFolder folder;
+  const auto put = [&](const char* name, std::string_view bytes) { return folder.put(name, bytes).u16string(); };
+  MemoryRegistry store;
+  for (const Setting* word : allWords()) {
+    Registry(store).SetRegValue(HKEY_LOCAL_MACHINE_ID, kLangKey, word->name, word->name + Text(u" %1"));
+  }
+  store.full = true;
+  Boxes around;
+  around.yesOrNo = Answer::No;
+  QuietProcess process;
+  process.line = u"no such file";
   const auto files = makeTextFiles(codePageByName("1252"));
-  WordStore store;
-  Surroundings around;
-  Principal form(Platform{*files, store, around, around});
+  Principal form(Platform{*files, store, process, around});
   const auto open = [&](const Text& path) {
     around.pick = path;
     form.OpenScript();
@@ -96,20 +60,18 @@ TEST(Words, EveryOneIsUsedAndEveryPlaceholderFilled) {
   click(6);
   form.mnu_Guardar_Click();
   form.Modified = true;
-  open((folder / "script.txt").u16string());
-  around.pick = (folder / "script.lxf").u16string();
+  open(folder.path("script.txt"));
+  around.pick = folder.path("script.lxf");
   form.mnu_Export_Click();
   form.mnu_Import_Click();
   put("script.lxf", "no colon\r\n");
   form.mnu_Import_Click();
   form.Modified = true;
   form.Form_Unload();
-  fs::remove_all(folder);
 
-  for (const Setting* word : allWords()) EXPECT_TRUE(store.asked.contains(word->name)) << toUtf8(word->name);
-  EXPECT_EQ(store.asked.size(), allWords().size());
+  for (const Setting* word : allWords()) EXPECT_TRUE(store.read.contains(word->name)) << toUtf8(word->name);
   for (const TextView filled : {u"FileNotFound no such file", u"FileWithErrors 1", u"BadLXFFile 1"}) {
-    EXPECT_NE(std::find(around.boxes.begin(), around.boxes.end(), filled), around.boxes.end()) << toUtf8(filled);
+    EXPECT_TRUE(around.said.contains(Text(filled))) << toUtf8(filled);
   }
 }
 
