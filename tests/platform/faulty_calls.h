@@ -36,36 +36,31 @@ class FaultyCalls : public posix::SystemCalls {
   }
   int fsync(int file) override { return fails("fsync") ? -1 : SystemCalls::fsync(file); }
   int flock(int file, int operation) override { return fails("flock") ? -1 : SystemCalls::flock(file, operation); }
-  int fstat(int file, struct stat& status) override {
-    return fails("fstat", false) ? -1 : SystemCalls::fstat(file, status);
+
+  // These are never interrupted.
+  int fstat(int file, struct stat& to) override { return refuses("fstat") ? -1 : SystemCalls::fstat(file, to); }
+  int stat(const char* path, struct stat& to) override { return refuses("stat") ? -1 : SystemCalls::stat(path, to); }
+  int lstat(const char* path, struct stat& to) override { return refuses("lstat") ? -1 : SystemCalls::lstat(path, to); }
+  int mayWrite(const char* path) override { return refuses("mayWrite") ? -1 : SystemCalls::mayWrite(path); }
+  int realpath(const char* path, std::string& to) override {
+    return refuses("realpath") ? -1 : SystemCalls::realpath(path, to);
   }
-  int stat(const char* path, struct stat& status) override {
-    return fails("stat", false) ? -1 : SystemCalls::stat(path, status);
+  int readlink(const char* path, std::string& to) override {
+    return refuses("readlink") ? -1 : SystemCalls::readlink(path, to);
   }
-  int lstat(const char* path, struct stat& status) override {
-    return fails("lstat", false) ? -1 : SystemCalls::lstat(path, status);
-  }
-  int mayWrite(const char* path) override { return fails("mayWrite", false) ? -1 : SystemCalls::mayWrite(path); }
-  int realpath(const char* path, std::string& resolved) override {
-    return fails("realpath", false) ? -1 : SystemCalls::realpath(path, resolved);
-  }
-  int readlink(const char* path, std::string& target) override {
-    return fails("readlink", false) ? -1 : SystemCalls::readlink(path, target);
-  }
-  int fchmod(int file, mode_t mode) override { return fails("fchmod", false) ? -1 : SystemCalls::fchmod(file, mode); }
+  int fchmod(int file, mode_t mode) override { return refuses("fchmod") ? -1 : SystemCalls::fchmod(file, mode); }
   int fchown(int file, uid_t user, gid_t group) override {
-    return fails("fchown", false) ? -1 : SystemCalls::fchown(file, user, group);
+    return refuses("fchown") ? -1 : SystemCalls::fchown(file, user, group);
   }
   int rename(const char* from, const char* to) override {
-    return fails("rename", false) ? -1 : SystemCalls::rename(from, to);
+    return refuses("rename") ? -1 : SystemCalls::rename(from, to);
   }
-  int mkdir(const char* path, mode_t mode) override {
-    return fails("mkdir", false) ? -1 : SystemCalls::mkdir(path, mode);
-  }
+  int mkdir(const char* path, mode_t mode) override { return refuses("mkdir") ? -1 : SystemCalls::mkdir(path, mode); }
 
  private:
-  bool fails(const char* name, bool interruptible = true) {
-    if (fault_ == Fault::ShortWrite || (fault_ == Fault::Interrupted && !interruptible) || left_-- != 0) return false;
+  bool refuses(const char* name) { return fault_ == Fault::Error && fails(name); }
+  bool fails(const char* name) {
+    if (fault_ == Fault::ShortWrite || left_-- != 0) return false;
     failed_ = name;
     errno = fault_ == Fault::Interrupted ? EINTR : error_;
     return true;

@@ -40,10 +40,8 @@ std::int32_t stepOn(std::u16string_view text, std::int32_t at) {
 }
 
 std::int32_t lineStart(std::u16string_view text, std::int32_t at) {
-  const std::size_t end = at == 0 ? std::u16string_view::npos : text.rfind(u"\r\n", static_cast<std::size_t>(at - 1));
-  return end == std::u16string_view::npos || end + 2 > static_cast<std::size_t>(at)
-             ? 0
-             : static_cast<std::int32_t>(end + 2);
+  const std::size_t end = text.substr(0, static_cast<std::size_t>(at)).rfind(u"\r\n");
+  return end == std::u16string_view::npos ? 0 : static_cast<std::int32_t>(end + 2);
 }
 
 std::int32_t lineEnd(std::u16string_view text, std::int32_t at) {
@@ -177,7 +175,7 @@ class CoreDriver : public Driver, private Windowing {
     mustBeOpen();
     if (control == Control::EDT && !form_->EDT.Visible) throw ScenarioError{0, "EDT is not visible"};
     if (control == Control::txtSearch) {
-      if (form_->frmSearch == nullptr) throw ScenarioError{0, "the search box is closed"};
+      searchBox();
       searchActive_ = true;
     } else {
       setFocus(control);
@@ -194,25 +192,21 @@ class CoreDriver : public Driver, private Windowing {
   }
 
   void mouse(MouseStep step, std::int32_t x, std::int32_t y) override {
-    if (picker_ == nullptr) throw ScenarioError{0, "the picker is closed"};
-    if (step == MouseStep::Press) picker_->picBigBox_MouseDown(x, y);
-    if (step == MouseStep::Move) picker_->picBigBox_MouseMove(x, y);
-    if (step == MouseStep::Release) picker_->picBigBox_MouseUp(x, y);
+    ColorPick& open = picker();
+    if (step == MouseStep::Press) open.picBigBox_MouseDown(x, y);
+    if (step == MouseStep::Move) open.picBigBox_MouseMove(x, y);
+    if (step == MouseStep::Release) open.picBigBox_MouseUp(x, y);
   }
 
   void button(std::u16string_view name) override {
-    if (name == u"Command1") {
-      if (picker_ == nullptr) throw ScenarioError{0, "the picker is closed"};
-      picker_->Command1_Click();
-      return;
-    }
+    if (name == u"Command1") return picker().Command1_Click();
     mustBeOpen();
-    if (form_->frmSearch == nullptr) throw ScenarioError{0, "the search box is closed"};
+    FrmSearch& box = searchBox();
     searchActive_ = true;
     if (name == u"CancelButton") {
-      form_->frmSearch->CancelButton_Click();
+      box.CancelButton_Click();
     } else {
-      form_->frmSearch->btn_Search_Click(name == u"btn_Search0" ? 0 : 1);
+      box.btn_Search_Click(name == u"btn_Search0" ? 0 : 1);
     }
     settle();
   }
@@ -283,6 +277,15 @@ class CoreDriver : public Driver, private Windowing {
     if (form_ == nullptr) throw ScenarioError{0, "there is no start before it"};
     if (closed_) throw ScenarioError{0, "the main window is closed"};
     if (picker_ != nullptr) throw ScenarioError{0, "the picker is open"};
+  }
+
+  FrmSearch& searchBox() {
+    if (form_->frmSearch == nullptr) throw ScenarioError{0, "the search box is closed"};
+    return *form_->frmSearch;
+  }
+  ColorPick& picker() {
+    if (picker_ == nullptr) throw ScenarioError{0, "the picker is closed"};
+    return *picker_;
   }
 
   // The focus goes from the search box to the main window; the box hears of it when the handler has returned.

@@ -1,6 +1,6 @@
 #include "support/keys.h"
 
-#include <map>
+#include <algorithm>
 
 #include "support/scenario.h"
 
@@ -15,70 +15,48 @@ char16_t upper(char16_t c) { return static_cast<char16_t>(c & ~0x20); }
 }  // namespace
 
 KeyStroke keyNamed(std::u16string_view name) {
-  static const std::map<std::u16string_view, KeyStroke> keys = {{u"Enter", {kKeyEnter, 0, u'\r'}},
-                                                                {u"Esc", {kKeyEsc, 0, u'\x1B'}},
-                                                                {u"Up", {kKeyUp}},
-                                                                {u"Down", {kKeyDown}},
-                                                                {u"Left", {kKeyLeft}},
-                                                                {u"Right", {kKeyRight}},
-                                                                {u"Home", {kKeyHome}},
-                                                                {u"End", {kKeyEnd}},
-                                                                {u"Tab", {kKeyTab, 0, u'\t'}},
-                                                                {u"Del", {kKeyDel}},
-                                                                {u"F1", {kKeyF1}},
-                                                                {u"Backspace", {kKeyBackspace, 0, u'\b'}},
-                                                                {u"F3", {kKeyF3}},
-                                                                {u"F5", {kKeyF5}}};
-  std::int16_t shift = 0;
-  const std::pair<std::u16string_view, int> modifiers[] = {{u"Shift+", kShift}, {u"Ctrl+", kCtrl}, {u"Alt+", kAlt}};
-  for (bool found = true; found;) {
-    found = false;
-    for (const auto& [prefix, bit] : modifiers) {
-      if (!name.starts_with(prefix)) continue;
-      name.remove_prefix(prefix.size());
-      shift = static_cast<std::int16_t>(shift | bit);
-      found = true;
-    }
-  }
+  static const std::pair<std::u16string_view, std::int16_t> kKeys[] = {
+      {u"Enter", kKeyEnter},         {u"Esc", kKeyEsc},   {u"Up", kKeyUp},   {u"Down", kKeyDown}, {u"Left", kKeyLeft},
+      {u"Right", kKeyRight},         {u"Home", kKeyHome}, {u"End", kKeyEnd}, {u"Tab", kKeyTab},   {u"Del", kKeyDel},
+      {u"Backspace", kKeyBackspace}, {u"F1", kKeyF1},     {u"F3", kKeyF3},   {u"F5", kKeyF5}};
+  static const std::pair<std::u16string_view, std::int16_t> kModifiers[] = {
+      {u"Shift+", kShift}, {u"Ctrl+", kCtrl}, {u"Alt+", kAlt}};
   KeyStroke stroke;
-  if (const auto key = keys.find(name); key != keys.end()) {
-    stroke = key->second;
-  } else if (name.size() == 1 && isLetter(name[0])) {
-    const char16_t letter = upper(name[0]);
+  for (const auto& [prefix, bit] : kModifiers) {
+    if (!name.starts_with(prefix)) continue;
+    name.remove_prefix(prefix.size());
+    stroke.shift = static_cast<std::int16_t>(stroke.shift | bit);
+  }
+  const bool alt = (stroke.shift & kAlt) != 0;
+  if (name.size() == 1 && (isLetter(name[0]) || isDigit(name[0]))) {
+    if (alt) throw ScenarioError{0, "Alt opens the menus: use menu ENTRY instead"};
+    const char16_t letter = isDigit(name[0]) ? name[0] : upper(name[0]);
     stroke.code = static_cast<std::int16_t>(letter);
-    stroke.character = static_cast<char16_t>((shift & kCtrl)    ? letter & 0x1F
-                                             : (shift & kShift) ? letter
-                                                                : letter | 0x20);
-  } else if (name.size() == 1 && isDigit(name[0])) {
-    stroke.code = static_cast<std::int16_t>(name[0]);
-    if ((shift & kCtrl) == 0) stroke.character = name[0];
-  } else {
-    throw ScenarioError{0, "unknown key"};
+    if ((stroke.shift & kCtrl) != 0) {
+      stroke.character = isDigit(letter) ? u'\0' : static_cast<char16_t>(letter & 0x1F);
+    } else {
+      stroke.character = static_cast<char16_t>((stroke.shift & kShift) != 0 ? letter : letter | 0x20);
+    }
+    return stroke;
   }
-  if ((shift & kAlt) != 0) {
-    if (stroke.code >= '0' && stroke.code <= 'Z') throw ScenarioError{0, "Alt opens the menus: use menu ENTRY instead"};
-    stroke.character = 0;
-  }
-  stroke.shift = shift;
+  const auto* const key =
+      std::find_if(std::begin(kKeys), std::end(kKeys), [&](const auto& one) { return one.first == name; });
+  if (key == std::end(kKeys)) throw ScenarioError{0, "unknown key"};
+  stroke.code = key->second;
+  if (stroke.code < 0x20 && !alt) stroke.character = static_cast<char16_t>(stroke.code);
   return stroke;
 }
 
 KeyStroke keyTyping(char16_t character) {
-  if (isLetter(character)) {
-    const bool capital = upper(character) == character;
-    return {static_cast<std::int16_t>(upper(character)), capital ? kShift : std::int16_t{0}, character};
+  if (character == u'\n') character = u'\r';
+  const bool capital = isLetter(character) && upper(character) == character;
+  KeyStroke stroke{0, capital ? kShift : std::int16_t{0}, character};
+  if (isLetter(character)) stroke.code = static_cast<std::int16_t>(upper(character));
+  if (isDigit(character) || character == u' ' ||
+      std::u16string_view(u"\r\t\b\x1B").find(character) != std::u16string_view::npos) {
+    stroke.code = static_cast<std::int16_t>(character);
   }
-  switch (character) {
-    case u'\r':
-    case u'\n':
-      return {kKeyEnter, 0, u'\r'};
-    case u'\t':
-    case u'\b':
-    case u'\x1B':
-      return {static_cast<std::int16_t>(character), 0, character};
-    default:
-      return {static_cast<std::int16_t>(isDigit(character) || character == u' ' ? character : 0), 0, character};
-  }
+  return stroke;
 }
 
 }  // namespace dravenna

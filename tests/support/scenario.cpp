@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 
 #include "text/text.h"
 
@@ -9,37 +10,19 @@ namespace dravenna {
 
 namespace {
 
-int hexDigit(char16_t c) {
-  if (c >= u'0' && c <= u'9') return c - u'0';
-  if (c >= u'a' && c <= u'f') return c - u'a' + 10;
-  if (c >= u'A' && c <= u'F') return c - u'A' + 10;
-  return -1;
-}
-
 bool isBlank(char16_t c) { return c == u' ' || c == u'\t'; }
 
 // Reads the character behind a backslash at `at` and moves behind it.
 char16_t readEscape(std::u16string_view text, std::size_t& at, int line) {
+  constexpr std::u16string_view kNames = u"\"\\rnt";
   const char16_t c = at < text.size() ? text[at++] : u'\0';
-  switch (c) {
-    case u'"':
-    case u'\\':
-      return c;
-    case u'r':
-      return u'\r';
-    case u'n':
-      return u'\n';
-    case u't':
-      return u'\t';
-    case u'x':
-      if (at + 2 <= text.size() && hexDigit(text[at]) >= 0 && hexDigit(text[at + 1]) >= 0) {
-        at += 2;
-        return static_cast<char16_t>(hexDigit(text[at - 2]) * 16 + hexDigit(text[at - 1]));
-      }
-      throw ScenarioError{line, "\\x needs two hexadecimal digits"};
-    default:
-      throw ScenarioError{line, "unknown escape in a string"};
-  }
+  if (const std::size_t which = kNames.find(c); which != kNames.npos) return u"\"\\\r\n\t"[which];
+  const std::string digits = c == u'x' ? toUtf8(text.substr(at, 2)) : std::string();
+  char* end = nullptr;
+  const unsigned long code = std::strtoul(digits.c_str(), &end, 16);
+  if (end - digits.c_str() != 2) throw ScenarioError{line, "unknown escape in a string"};
+  at += 2;
+  return static_cast<char16_t>(code);
 }
 
 std::vector<Word> splitWords(std::u16string_view text, int line) {
