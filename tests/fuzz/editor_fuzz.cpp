@@ -1,8 +1,8 @@
 #include <algorithm>
 
 #include "fuzz_input.h"
-#include "memory_calls.h"
 #include "model.h"
+#include "platform/scratch_folder.h"
 #include "robustness/quiet_platform.h"
 
 using namespace dravenna;
@@ -16,10 +16,10 @@ constexpr int kMostPickers = 2;  // painting one takes long
 class Editor {
  public:
   Editor(CodePagePtr page, const std::pair<Text, Text>& lists, std::size_t mostRead, std::string_view script)
-      : page_(std::move(page)), rule_(lists.first, lists.second), form_(page_, calls_, "/settings") {
+      : page_(std::move(page)), rule_(lists.first, lists.second), form_(page_, calls_, folder_.file("settings")) {
     calls_.mostRead = mostRead;
-    calls_.put("/script.txt", script);
-    form_->ScriptPath = u"/script.txt";
+    folder_.put("script.txt", script);
+    form_->ScriptPath = folder_.path("script.txt");
     form_->AllowedCommands = lists.first;
     form_->SpecialAllowedCommands = lists.second;
     load();
@@ -85,8 +85,8 @@ class Editor {
       case 'w':
         require(form_->ScriptLoaded || doc_.text == form_->N.Text(), "a script without texts has changed");
         form_->Salvar();
-        require(!form_->ScriptLoaded || *calls_.find("/script.txt") == encoded(), "the saved file");
-        require(calls_.count() <= 3, "a temporary file is left");  // script, settings and their lock
+        require(!form_->ScriptLoaded || folder_.get("script.txt") == encoded(), "the saved file");
+        require(folder_.names().size() <= 3, "a temporary file is left");  // script, settings and their lock
         load();
         return;
       default:
@@ -107,7 +107,7 @@ class Editor {
   void load() {
     form_.boxes.clear();
     form_->LoadScript();
-    doc_ = model::Rule::load(rule_, page_->decode(*calls_.find("/script.txt")));
+    doc_ = model::Rule::load(rule_, page_->decode(folder_.get("script.txt")));
     require(form_->HasMessages == doc_.hasMessages && form_->HasCode == doc_.hasCode, "flags of the load");
     require(form_->ScriptLoaded == (doc_.hasMessages || doc_.hasCode), "ScriptLoaded");
     require(form_.said(u"The script have " + decimal(doc_.errorLines) + u" error(s).") == (doc_.errorLines > 0),
@@ -220,7 +220,8 @@ class Editor {
 
   CodePagePtr page_;
   model::Rule rule_;
-  MemoryCalls calls_;
+  ScratchFolder folder_;
+  ShortReads calls_;
   QuietForm form_;
   model::Document doc_;
   int ini_ = 0;

@@ -1,10 +1,12 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <string_view>
 #include <utility>
 
+#include "platform/posix/system_calls.h"
 #include "platform/system.h"
 #include "text/text.h"
 
@@ -39,6 +41,17 @@ class FuzzInput {
 
  private:
   std::string_view rest_;
+};
+
+// The system, but a read gives only a few bytes at once.
+class ShortReads : public posix::SystemCalls {
+ public:
+  std::size_t mostRead = 1;
+
+  ssize_t read(int file, void* to, std::size_t size) override {
+    return SystemCalls::read(file, to, std::min(size, mostRead));
+  }
+  int fsync(int) override { return 0; }
 };
 
 inline CodePagePtr fuzzCodePage(unsigned digit) {

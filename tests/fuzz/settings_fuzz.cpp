@@ -1,8 +1,9 @@
 #include "fuzz_input.h"
-#include "memory_calls.h"
 #include "platform/posix/registry_file.h"
+#include "platform/scratch_folder.h"
 #include "settings/registry.h"
 #include "settings/registry_text.h"
+#include "text/case_fold.h"
 
 using namespace dravenna;
 
@@ -41,25 +42,25 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   require(writeRegistryText(again.keys) == written, "write twice");
 
   // A value put into that file is read back, and all else stays.
-  MemoryCalls calls;
+  ShortReads calls;
   calls.mostRead = 1 + size % 300;
-  calls.put("/settings", file);
-  const std::unique_ptr<RegistryCalls> store = posix::makeRegistryFile("/settings", calls);
+  const ScratchFolder folder;
+  const std::string path = folder.put("settings", file).string();
+  const std::unique_ptr<RegistryCalls> store = posix::makeRegistryFile(path, calls);
   Registry registry(*store);
   const bool stored = registry.SetRegValue(kRoot, key, name, value);
   const Text got = registry.GetRegValue(kRoot, key, name, u"missing");
   if (stored) require(got == value.substr(0, value.find(u'\0')), "a value that was stored");
-  const auto other = posix::makeRegistryFile("/settings", calls);
+  const auto other = posix::makeRegistryFile(path, calls);
   require(Registry(*other).GetRegValue(kRoot, key, name, u"missing") == got, "another program sees the same");
-  const std::string* const bad = calls.find("/settings.bad");
-  require(!read.damaged || *calls.find("/settings") == file || (bad != nullptr && *bad == file),
-          "a damaged file is kept");
-  RegistryTree now = parseRegistryText(*calls.find("/settings")).keys;
-  for (const auto& [path, old] : read.keys) {
-    require(now.contains(path) && now[path].unknown == old.unknown, "other keys stay");
+  const std::string changed = folder.get("settings");
+  require(!read.damaged || changed == file || folder.get("settings.bad") == file, "a damaged file is kept");
+  RegistryTree now = parseRegistryText(changed).keys;
+  for (const auto& [place, old] : read.keys) {
+    require(now.contains(place) && now[place].unknown == old.unknown, "other keys stay");
     for (const auto& [oldName, oldValue] : old.values) {
       if (stored && equalIgnoringCase(oldName, name)) continue;
-      require(now[path].values[oldName] == oldValue, "other values stay");
+      require(now[place].values[oldName] == oldValue, "other values stay");
     }
   }
   registry.DeleteRegKey(kRoot, key);

@@ -1,6 +1,6 @@
 #include "support/keys.h"
 
-#include <algorithm>
+#include <utility>
 
 #include "support/scenario.h"
 
@@ -12,6 +12,14 @@ bool isLetter(char16_t c) { return (c >= u'a' && c <= u'z') || (c >= u'A' && c <
 bool isDigit(char16_t c) { return c >= u'0' && c <= u'9'; }
 char16_t upper(char16_t c) { return static_cast<char16_t>(c & ~0x20); }
 
+template <std::size_t Size>
+std::int16_t codeOf(const std::pair<std::u16string_view, std::int16_t> (&codes)[Size], std::u16string_view name) {
+  for (const auto& [known, code] : codes) {
+    if (known == name) return code;
+  }
+  throw ScenarioError{0, "unknown key"};
+}
+
 }  // namespace
 
 KeyStroke keyNamed(std::u16string_view name) {
@@ -20,12 +28,10 @@ KeyStroke keyNamed(std::u16string_view name) {
       {u"Right", kKeyRight},         {u"Home", kKeyHome}, {u"End", kKeyEnd}, {u"Tab", kKeyTab},   {u"Del", kKeyDel},
       {u"Backspace", kKeyBackspace}, {u"F1", kKeyF1},     {u"F3", kKeyF3},   {u"F5", kKeyF5}};
   static const std::pair<std::u16string_view, std::int16_t> kModifiers[] = {
-      {u"Shift+", kShift}, {u"Ctrl+", kCtrl}, {u"Alt+", kAlt}};
+      {u"Shift", kShift}, {u"Ctrl", kCtrl}, {u"Alt", kAlt}};
   KeyStroke stroke;
-  for (const auto& [prefix, bit] : kModifiers) {
-    if (!name.starts_with(prefix)) continue;
-    name.remove_prefix(prefix.size());
-    stroke.shift = static_cast<std::int16_t>(stroke.shift | bit);
+  for (std::size_t plus; (plus = name.find(u'+')) != name.npos; name.remove_prefix(plus + 1)) {
+    stroke.shift = static_cast<std::int16_t>(stroke.shift | codeOf(kModifiers, name.substr(0, plus)));
   }
   const bool alt = (stroke.shift & kAlt) != 0;
   if (name.size() == 1 && (isLetter(name[0]) || isDigit(name[0]))) {
@@ -39,10 +45,7 @@ KeyStroke keyNamed(std::u16string_view name) {
     }
     return stroke;
   }
-  const auto* const key =
-      std::find_if(std::begin(kKeys), std::end(kKeys), [&](const auto& one) { return one.first == name; });
-  if (key == std::end(kKeys)) throw ScenarioError{0, "unknown key"};
-  stroke.code = key->second;
+  stroke.code = codeOf(kKeys, name);
   if (stroke.code < 0x20 && !alt) stroke.character = static_cast<char16_t>(stroke.code);
   return stroke;
 }

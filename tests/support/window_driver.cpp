@@ -14,7 +14,6 @@
 #include <QtWidgets/QMessageBox>
 #include <QtWidgets/QPushButton>
 #include <functional>
-#include <map>
 
 #include "desktop/color_pick_dialog.h"
 #include "desktop/edit_box.h"
@@ -35,22 +34,24 @@ namespace {
 constexpr int kPatience = 2000;
 
 Qt::Key keyOf(std::int16_t code) {
-  static const std::map<std::int16_t, Qt::Key> keys = {{kKeyBackspace, Qt::Key_Backspace},
-                                                       {kKeyTab, Qt::Key_Tab},
-                                                       {kKeyEnter, Qt::Key_Return},
-                                                       {kKeyEsc, Qt::Key_Escape},
-                                                       {kKeyEnd, Qt::Key_End},
-                                                       {kKeyHome, Qt::Key_Home},
-                                                       {kKeyLeft, Qt::Key_Left},
-                                                       {kKeyUp, Qt::Key_Up},
-                                                       {kKeyRight, Qt::Key_Right},
-                                                       {kKeyDown, Qt::Key_Down},
-                                                       {kKeyDel, Qt::Key_Delete},
-                                                       {kKeyF1, Qt::Key_F1},
-                                                       {kKeyF3, Qt::Key_F3},
-                                                       {kKeyF5, Qt::Key_F5}};
-  const auto key = keys.find(code);
-  return key != keys.end() ? key->second : static_cast<Qt::Key>(code);  // letters, digits and the blank are the same
+  static const std::pair<std::int16_t, Qt::Key> kKeys[] = {{kKeyBackspace, Qt::Key_Backspace},
+                                                           {kKeyTab, Qt::Key_Tab},
+                                                           {kKeyEnter, Qt::Key_Return},
+                                                           {kKeyEsc, Qt::Key_Escape},
+                                                           {kKeyEnd, Qt::Key_End},
+                                                           {kKeyHome, Qt::Key_Home},
+                                                           {kKeyLeft, Qt::Key_Left},
+                                                           {kKeyUp, Qt::Key_Up},
+                                                           {kKeyRight, Qt::Key_Right},
+                                                           {kKeyDown, Qt::Key_Down},
+                                                           {kKeyDel, Qt::Key_Delete},
+                                                           {kKeyF1, Qt::Key_F1},
+                                                           {kKeyF3, Qt::Key_F3},
+                                                           {kKeyF5, Qt::Key_F5}};
+  for (const auto& [ours, theirs] : kKeys) {
+    if (ours == code) return theirs;
+  }
+  return static_cast<Qt::Key>(code);  // letters, digits and the blank are the same
 }
 
 std::uint32_t colorNumber(const QColor& color) {
@@ -74,16 +75,9 @@ int flagsOf(const QMessageBox& box) {
 }
 
 QMessageBox::StandardButton buttonOf(Answer answer) {
-  switch (answer) {
-    case Answer::Yes:
-      return QMessageBox::Yes;
-    case Answer::No:
-      return QMessageBox::No;
-    case Answer::Cancel:
-      return QMessageBox::Cancel;
-    default:
-      return QMessageBox::Ok;
-  }
+  if (answer == Answer::Yes) return QMessageBox::Yes;
+  if (answer == Answer::No) return QMessageBox::No;
+  return answer == Answer::Cancel ? QMessageBox::Cancel : QMessageBox::Ok;
 }
 
 // The real window, driven by events of mouse and keyboard, and its dialogs, answered as they appear.
