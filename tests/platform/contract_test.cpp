@@ -8,6 +8,7 @@
 #include "platform/system.h"
 #include "platform/tree_files.h"
 #include "scratch_folder.h"
+#include "settings/registry.h"
 #include "text/text.h"
 
 namespace dravenna {
@@ -283,9 +284,9 @@ constexpr char16_t kKey[] = u"Software\\Halvex\\DravennaContractTest";
 class RegistryContract : public testing::Test {
  protected:
   ~RegistryContract() override {
-    registry_->deleteKey(kRoot, std::u16string(kKey) + u"\\Below\\Deep");
-    registry_->deleteKey(kRoot, std::u16string(kKey) + u"\\Below");
-    registry_->deleteKey(kRoot, kKey);
+    for (const char16_t* const below : {u"\\Below\\Deep", u"\\Below", u""}) {
+      registry_->deleteKey(kRoot, std::u16string(kKey) + below);
+    }
   }
 
   bool has(std::u16string_view key) {
@@ -295,31 +296,11 @@ class RegistryContract : public testing::Test {
     EXPECT_EQ(registry_->closeKey(handle) == 0, opened);
     return opened;
   }
-
-  std::int32_t set(std::u16string_view key, std::u16string_view name, std::u16string_view data) {
-    RegistryCalls::Handle handle = 0;
-    registry_->createKey(kRoot, key, handle);
-    const std::int32_t status = registry_->setValue(handle, name, data);
-    registry_->closeKey(handle);
-    return status;
+  bool set(std::u16string_view key, std::u16string_view name, std::u16string_view data) {
+    return Registry(*registry_).SetRegValue(kRoot, key, name, data);
   }
-
-  // Without a terminator that the system may have stored behind the value.
   std::u16string get(std::u16string_view key, std::u16string_view name) {
-    RegistryCalls::Handle handle = 0;
-    registry_->openKey(kRoot, key, handle);
-    std::uint32_t type = 99;
-    std::uint32_t size = 0;
-    std::u16string data = u"missing";
-    if (registry_->queryValue(handle, name, type, nullptr, size) == 0) {
-      EXPECT_EQ(type, kRegSz);
-      data.assign(size, u' ');
-      EXPECT_EQ(registry_->queryValue(handle, name, type, data.data(), size), 0);
-      EXPECT_EQ(size, data.size());
-      if (data.ends_with(u'\0')) data.pop_back();
-    }
-    registry_->closeKey(handle);
-    return data;
+    return Registry(*registry_).GetRegValue(kRoot, key, name, u"missing");
   }
 
   std::unique_ptr<RegistryCalls> registry_ = makeRegistry();
@@ -331,21 +312,21 @@ TEST_F(RegistryContract, GivesBackWhatWasStored) {
   const std::u16string values[] = {
       u"", u"a\\b\"c\" ", u"two\r\nlines", u"a\0b"s, u"\xDC80\xD800x", all, std::u16string(40000, u'x')};
   for (const std::u16string& value : values) {
-    ASSERT_EQ(set(kKey, u"Name", value), 0);
+    ASSERT_TRUE(set(kKey, u"Name", value));
     EXPECT_EQ(get(kKey, u"Name"), value);
     registry_ = makeRegistry();
     EXPECT_EQ(get(kKey, u"Name"), value);
   }
-  ASSERT_EQ(set(kKey, u"", u"default"), 0);
-  ASSERT_EQ(set(kKey, u"\u0416 \"=\\", u"odd name"), 0);
+  ASSERT_TRUE(set(kKey, u"", u"default"));
+  ASSERT_TRUE(set(kKey, u"\u0416 \"=\\", u"odd name"));
   EXPECT_EQ(get(kKey, u""), u"default");
   EXPECT_EQ(get(u"SOFTWARE\\halvex\\dravennacontracttest", u"\u0436 \"=\\"), u"odd name");
-  ASSERT_EQ(set(kKey, u"NAME", u"again"), 0);
+  ASSERT_TRUE(set(kKey, u"NAME", u"again"));
   EXPECT_EQ(get(kKey, u"name"), u"again");
 }
 
 TEST_F(RegistryContract, FillsASmallerBufferOrFails) {
-  ASSERT_EQ(set(kKey, u"Name", u"abcdef"), 0);
+  ASSERT_TRUE(set(kKey, u"Name", u"abcdef"));
   RegistryCalls::Handle handle = 0;
   ASSERT_EQ(registry_->openKey(kRoot, kKey, handle), 0);
   char16_t data[4] = {u'.', u'.', u'.', u'.'};
@@ -365,7 +346,7 @@ TEST_F(RegistryContract, MakesAndDeletesKeysOneByOne) {
   EXPECT_EQ(get(deep, u"Name"), u"missing");
   EXPECT_NE(registry_->deleteKey(kRoot, deep), 0);
   EXPECT_FALSE(has(kKey));
-  ASSERT_EQ(set(deep, u"", u"x"), 0);
+  ASSERT_TRUE(set(deep, u"", u"x"));
   EXPECT_TRUE(has(below));
   EXPECT_TRUE(has(kKey));
   EXPECT_NE(registry_->deleteKey(kRoot, below), 0);

@@ -123,28 +123,6 @@ TEST(FullDisk, LosesNothing) {
   EXPECT_EQ(::umount(disk.c_str()), 0);
 }
 
-TEST(BadInput, WhatCannotBeOpenedLeavesTheDocument) {
-  const ScratchFolder folder;
-  folder.put("guard.txt", scriptOf(2, "Text "));
-  std::filesystem::permissions(folder.put("secret.txt", "mes \"\";"), std::filesystem::perms::none);
-  inChild([&] {
-    ASSERT_TRUE(::geteuid() != 0 || ::setuid(65534) == 0);
-    QuietForm form = formIn(folder);
-    form.open(folder.path("guard.txt"));
-    const std::u16string text = form->N.Text();
-    EXPECT_TRUE(form.boxes.empty() && form->ScriptLoaded);
-    const std::pair<const char*, std::u16string> cases[] = {{"missing.txt", u"Error: No such file or directory"},
-                                                            {"", u"Error: Is a directory"},
-                                                            {"secret.txt", u"Error: Permission denied"}};
-    for (const auto& [name, box] : cases) {
-      form.open(folder.path(name));
-      EXPECT_TRUE(form.boxes.size() == 1 && form.said(box)) << name;
-      EXPECT_EQ(form->N.Text(), text);
-      EXPECT_FALSE(form->ScriptLoaded || form->mnu_Guardar.Enabled || form->EDT.Visible || form->form.MousePointer);
-    }
-  });
-}
-
 TEST(BadInput, FileThatShrinksOrBreaksWhileItIsRead) {
   struct Breaking : posix::SystemCalls {
     std::filesystem::path path;

@@ -60,11 +60,8 @@ std::uint32_t colorNumber(const QColor& color) {
 
 // The flags that a message box stands for, read from what it shows.
 int flagsOf(const QMessageBox& box) {
-  int flags = 0;
-  if (box.icon() == QMessageBox::Critical) flags = 16;
-  if (box.icon() == QMessageBox::Question) flags = 32;
-  if (box.icon() == QMessageBox::Warning) flags = 48;
-  if (box.icon() == QMessageBox::Information) flags = 64;
+  constexpr int kIcons[] = {0, kInformation, kWarning, kCritical, 32};  // in the order of QMessageBox::Icon
+  int flags = kIcons[box.icon()];
   const QMessageBox::StandardButtons buttons = box.standardButtons();
   if (buttons == (QMessageBox::Ok | QMessageBox::Cancel)) flags += 1;
   if (buttons == (QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel)) flags += 3;
@@ -185,21 +182,18 @@ class WindowDriver : public QObject, public Driver {
 
   void mouse(MouseStep step, std::int32_t x, std::int32_t y) override {
     const QPoint at = field().contentsRect().topLeft() + QPoint(x, y);
-    const QTest::MouseAction action = step == MouseStep::Press  ? QTest::MousePress
-                                      : step == MouseStep::Move ? QTest::MouseMove
-                                                                : QTest::MouseRelease;
+    constexpr QTest::MouseAction kActions[] = {QTest::MousePress, QTest::MouseMove, QTest::MouseRelease};
+    constexpr QEvent::Type kEvents[] = {QEvent::MouseButtonPress, QEvent::MouseMove, QEvent::MouseButtonRelease};
+    const auto which = static_cast<std::size_t>(step);
     // From outside no real mouse reaches the field but by dragging.
     if (!dragging_) outside_ = !field().rect().contains(at);
     if (outside_) {
-      QMouseEvent event(step == MouseStep::Press  ? QEvent::MouseButtonPress
-                        : step == MouseStep::Move ? QEvent::MouseMove
-                                                  : QEvent::MouseButtonRelease,
-                        at, field().mapToGlobal(at), step == MouseStep::Move ? Qt::NoButton : Qt::LeftButton,
-                        Qt::NoButton, Qt::NoModifier);
+      const auto button = step == MouseStep::Move ? Qt::NoButton : Qt::LeftButton;
+      QMouseEvent event(kEvents[which], at, field().mapToGlobal(at), button, Qt::NoButton, Qt::NoModifier);
       QCoreApplication::sendEvent(&field(), &event);
       turn();
     } else {
-      mouseOn(field(), action, at);
+      mouseOn(field(), kActions[which], at);
     }
     if (step == MouseStep::Press) dragging_ = true;
     if (step == MouseStep::Release) dragging_ = false;
