@@ -112,15 +112,13 @@ TEST_F(ScriptViewTest, StaysWithAnEmptyModel) {
   for (const auto key : {Qt::Key_Left, Qt::Key_Right, Qt::Key_Up, Qt::Key_Down, Qt::Key_PageDown, Qt::Key_End}) {
     EXPECT_EQ(afterKey(key), 0U);
   }
-  QTest::mouseClick(view.viewport(), Qt::LeftButton, {}, QPoint(50, 50));
   QTest::mouseDClick(view.viewport(), Qt::LeftButton, {}, QPoint(50, 50));
-  EXPECT_EQ(view.caret(), 0U);
   fill(u"one\r\ntwo");
   model.setSelStart(8);
   view.synchronise();
   model.clear();
   view.synchronise();
-  EXPECT_EQ(view.grab().isNull(), false);
+  EXPECT_FALSE(view.grab().isNull());
   EXPECT_EQ(view.caret(), 0U);
 }
 

@@ -1,4 +1,4 @@
-// Each single call to the system fails in turn: whatever happens, nothing that was stored is lost.
+// Each single call to the system fails in turn. The same for a script that is replaced: robustness/.
 
 #include <gtest/gtest.h>
 
@@ -29,55 +29,6 @@ void failEach(Fault fault, int error, const std::function<void(FaultyCalls&)>& a
     SCOPED_TRACE("call number " + std::to_string(at) + ", errno " + std::to_string(error));
     act(calls);
     happened = calls.happened();
-  }
-}
-
-bool save(posix::SystemCalls& calls, std::u16string_view path, std::size_t size) {
-  try {
-    const auto files = posix::makeTextFiles(codePageByName("1252"), calls);
-    const auto writer = files->createTextFile(path, Writing::Replace);
-    writer->write(std::u16string(size / 2, u'n'));
-    writer->write(std::u16string(size / 2, u'n'));
-    writer->close();
-  } catch (const Failure& failure) {
-    EXPECT_FALSE(failure.description().empty());
-    return false;
-  }
-  return true;
-}
-
-TEST(Faults, AReplacedFileIsTheOldOrTheNewOne) {
-  const ScratchFolder folder;
-  const std::string newText(200000, 'n');
-  Names failures;
-  for (const bool exists : {true, false}) {
-    const std::string old = exists ? "old" : "";
-    for (const int error : {EIO, ENOSPC, EACCES, EPERM, EINVAL}) {
-      failEach(Fault::Error, error, [&](FaultyCalls& calls) {
-        std::filesystem::remove(folder.file("file"));
-        if (exists) folder.put("file", old);
-        const bool saved = save(calls, folder.path("file"), newText.size());
-        const std::string now = folder.get("file");
-        // The flush of the folder comes when the new file is in its place.
-        EXPECT_TRUE(now == (saved ? newText : old) || (calls.failed() == "fsync" && now == newText)) << calls.failed();
-        EXPECT_EQ(folder.names(), now.empty() ? Names{} : Names{"file"});
-        if (!saved) failures.insert(calls.failed());
-      });
-    }
-  }
-  // What is only tried is missing here: the owner.
-  EXPECT_EQ(failures, (Names{"close", "fchmod", "fstat", "fsync", "lstat", "mayWrite", "open", "realpath", "rename",
-                             "stat", "write"}));
-}
-
-TEST(Faults, InterruptionsAndShortWritesAreNone) {
-  const ScratchFolder folder;
-  for (const Fault fault : {Fault::Interrupted, Fault::ShortWrite}) {
-    failEach(fault, 0, [&](FaultyCalls& calls) {
-      folder.put("file", "old");
-      EXPECT_TRUE(save(calls, folder.path("file"), 140000)) << calls.failed();
-      EXPECT_EQ(folder.get("file"), std::string(140000, 'n')) << calls.failed();
-    });
   }
 }
 

@@ -6,7 +6,6 @@
 #include "color/color_field.h"
 #include "color/color_model.h"
 #include "color/color_pick.h"
-#include "scan/clean_word.h"
 #include "scan/line_scanner.h"
 #include "text/case_fold.h"
 #include "text/text.h"
@@ -91,24 +90,6 @@ TEST(Scanner, ClassesEachLineAndFollowsTheCommand) {
     EXPECT_EQ(scanned(bytes, std::string_view(line)), rows[i + 1].cells[0]) << rows[i].line << ": " << line;
   }
   EXPECT_EQ(scanner.errorLines(), 2);
-}
-
-TEST(Words, CleanWordDropsAndTrims) {
-  for (const Row& row : table("clean_word.tsv")) {
-    EXPECT_EQ(toUtf8(CleanWord(fromUtf8(row.cells[0]), false)), row.cells[1]) << row.line;
-    EXPECT_EQ(toUtf8(CleanWord(fromUtf8(row.cells[0]), true)), row.cells[2]) << row.line;
-    EXPECT_EQ(endsStatement(std::string_view(row.cells[0])), row.cells[1].ends_with(';')) << row.line;
-  }
-}
-
-TEST(Words, ListsKnowWordsBetweenCommasOnly) {
-  const CommandList list(u"first,mes,Menü,last");
-  EXPECT_TRUE(list.contains(u"MES"));
-  EXPECT_TRUE(list.contains(u"menÜ"));
-  EXPECT_FALSE(list.contains(u"first"));
-  EXPECT_FALSE(list.contains(u"last"));
-  EXPECT_FALSE(list.contains(u""));
-  EXPECT_TRUE(CommandList(u",,").contains(u""));
 }
 
 TEST(Words, CaseNeverMattersInAnyScript) {
