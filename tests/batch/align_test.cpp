@@ -6,7 +6,6 @@
 #include <random>
 
 #include "batch/ordered_pool.h"
-#include "batch/similar.h"
 
 namespace dravenna {
 namespace {
@@ -54,16 +53,6 @@ TEST(Align, ManyEqualItemsEndInTime) {
   std::vector<std::uint64_t> b(200000, 2);
   a.front() = b.back() = 3;
   EXPECT_LE(matched(a, b), 1U);
-}
-
-TEST(Similar, PairsInOrderAndTellsMarksFromWords) {
-  const auto pairs = pairSimilarTexts({"The gate closes at six", "Who goes there"},
-                                      {"Entirely new", "The gate closes at seven", "Who goes there?"});
-  ASSERT_EQ(pairs.size(), 2U);
-  EXPECT_EQ(pairs[0].b, 1U);
-  EXPECT_FALSE(pairs[0].sameWords);
-  EXPECT_EQ(pairs[1].b, 2U);
-  EXPECT_TRUE(pairs[1].sameWords);
 }
 
 TEST(OrderedPool, GivesResultsInOrderAndNeverRunsFarAhead) {
