@@ -1,3 +1,4 @@
+#include <QtCore/QAbstractEventDispatcher>
 #include <QtCore/QFileInfo>
 #include <QtCore/QThread>
 #include <QtCore/QTimer>
@@ -270,6 +271,8 @@ class WindowDriver : public QObject, public Driver {
     QTimer::singleShot(0, &dialog, [this, &dialog, act = std::move(act), outerLevel] {
       if (QThread::currentThread()->loopLevel() > outerLevel) {
         act();
+        // The end of the dialog interrupted its loop; the events that were processed behind it took that back.
+        QAbstractEventDispatcher::instance()->interrupt();
       } else {
         whenRun(dialog, act, outerLevel);
       }
