@@ -5,9 +5,9 @@
 #include <cerrno>
 #include <utility>
 
+#include "platform/file_streams.h"
 #include "platform/posix/files.h"
 #include "platform/system.h"
-#include "platform/text_streams.h"
 #include "text/text.h"
 
 namespace dravenna {
@@ -20,59 +20,26 @@ namespace posix {
 
 namespace {
 
-class FileSource : public ByteSource {
- public:
-  explicit FileSource(OpenFile file) : file_(std::move(file)) {}
-
-  std::size_t size() override { return static_cast<std::size_t>(file_.status().st_size); }
-  std::size_t read(char* to, std::size_t size) override { return file_.read(to, size); }
-  void close() override { file_.close(); }
-
- private:
-  OpenFile file_;
-};
-
-class InPlaceSink : public ByteSink {
- public:
-  explicit InPlaceSink(OpenFile file) : file_(std::move(file)) {}
-
-  void write(std::string_view bytes) override { file_.writeAll(bytes); }
-  void close() override { file_.close(); }
-
- private:
-  OpenFile file_;
-};
-
-class ReplacingSink : public ByteSink {
- public:
-  ReplacingSink(SystemCalls& calls, const std::string& path) : replacement_(calls, path, {}) {}
-
-  void write(std::string_view bytes) override { replacement_.write(bytes); }
-  void close() override {
-    replacement_.flush();
-    replacement_.place();
-  }
-
- private:
-  FileReplacement replacement_;
-};
-
 class PosixTextFiles : public TextFiles {
  public:
   PosixTextFiles(CodePagePtr codePage, SystemCalls& calls) : codePage_(std::move(codePage)), calls_(calls) {}
 
   std::unique_ptr<TextReader> openTextFile(std::u16string_view path) override {
-    return makeTextReader(codePage_, std::make_unique<FileSource>(openForReading(calls_, pathBytes(path))));
+    OpenFile file = openForReading(calls_, pathBytes(path));
+    const auto size = static_cast<std::size_t>(file.status().st_size);
+    return makeTextReader(codePage_, std::make_unique<FileSource<OpenFile>>(std::move(file), size));
   }
 
   std::unique_ptr<TextWriter> createTextFile(std::u16string_view path, Writing writing) override {
     const std::string bytes = pathBytes(path);
     std::unique_ptr<ByteSink> sink;
     if (writing == Writing::Replace) {
-      sink = std::make_unique<ReplacingSink>(calls_, bytes);
+      sink = std::make_unique<ReplacingSink>(
+          std::make_unique<posix::FileReplacement>(calls_, bytes, posix::FileReplacement::Options{}));
     } else {
       refuseReadOnly(bytes);
-      sink = std::make_unique<InPlaceSink>(OpenFile(calls_, bytes, O_WRONLY | O_CREAT | O_TRUNC, 0666, bytes));
+      sink =
+          std::make_unique<InPlaceSink<OpenFile>>(OpenFile(calls_, bytes, O_WRONLY | O_CREAT | O_TRUNC, 0666, bytes));
     }
     return makeTextWriter(codePage_, writing, std::move(sink));
   }
