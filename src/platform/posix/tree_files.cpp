@@ -122,7 +122,8 @@ void flushFolder(const fs::path& folder) {
   const std::string path = folder.empty() ? "." : folder.native();
   OpenFile handle(calls(), path, O_RDONLY | O_DIRECTORY, 0, path);
   // Some file systems cannot flush a folder.
-  if (calls().fsync(handle.number()) != 0 && errno != EINVAL) failWithErrno(path);
+  const int flushed = posix::uninterrupted([&] { return calls().fsync(handle.number()); });
+  if (flushed != 0 && errno != EINVAL) failWithErrno(path);
 }
 
 }  // namespace dravenna
