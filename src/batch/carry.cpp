@@ -63,6 +63,7 @@ class Carrier {
     text.oldRecord = oldRecord;
     text.translation = translation.text;
     text.why = translation.why;
+    text.ofPage = translation.ofPage;
     const std::string plain = withoutColor(old_.records[oldRecord]->text);
     if (translation.state == Translation::State::Unsure) {
       text.state = CarryState::Unsure;
@@ -122,6 +123,7 @@ class Carrier {
       const bool translated =
           translation.state != Translation::State::None && translation.text != old_.records[oldRecord]->text;
       text.translation = translated ? translation.text : std::string();
+      text.ofPage = translation.ofPage;
       text.state = pair.sameWords && translated ? CarryState::Unsure : CarryState::Changed;
       text.why = pair.sameWords ? "only marks, blanks or letter case changed" : "the text changed";
     }
@@ -187,7 +189,7 @@ std::vector<Translation> translationsFromScript(const LoadedScript& script, cons
     if (texts.size() == oldPages[page].size()) {
       for (std::size_t k = 0; k < texts.size(); ++k) {
         translations[oldPages[page][k]] = {Translation::State::Known, std::string(translated.records[texts[k]]->text),
-                                           ""};
+                                           "", false};
       }
       continue;
     }
@@ -195,7 +197,8 @@ std::vector<Translation> translationsFromScript(const LoadedScript& script, cons
     std::string whole;
     for (const std::size_t i : texts) whole.append(whole.empty() ? "" : " | ").append(translated.records[i]->text);
     for (const std::size_t i : oldPages[page]) {
-      translations[i] = {Translation::State::Unsure, whole, "the page is translated with another number of texts"};
+      translations[i] = {Translation::State::Unsure, whole, "the page is translated with another number of texts",
+                         true};
     }
   }
   return translations;

@@ -15,6 +15,7 @@ struct Translation {
   enum class State { None, Known, Unsure } state = State::None;
   std::string text;  // Known: the translation. Unsure: what stands in its place, for a human to judge
   const char* why = "";
+  bool ofPage = false;  // `text` is that of a whole page of dialogue, only to be shown
 };
 
 // From an exchange file that fits the script; `why` tells when it does not and all entries are None.
@@ -31,6 +32,7 @@ struct CarriedText {
   std::size_t oldRecord = static_cast<std::size_t>(-1);  // index of the old text, when there is one
   std::string translation;                               // Carried: to put in. Changed, Unsure: to show, may be empty
   const char* why = "";
+  bool ofPage = false;  // as above
 };
 
 struct CarryResult {

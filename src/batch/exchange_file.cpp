@@ -5,6 +5,8 @@
 #include <algorithm>
 
 #include "batch/session.h"
+#include "platform/failure.h"
+#include "platform/tree_files.h"
 
 namespace dravenna {
 
@@ -34,6 +36,7 @@ std::string whyNoFit(const ExchangeFile& file, std::size_t texts) {
   if (!file.rest.empty()) return "its last line has no line end: that record would be lost";
   for (std::size_t i = 0; i < file.records.size(); ++i) {
     if (!file.records[i].hasColon) return fmt::format("line {} has no number and colon", i + 1);
+    if (i == 0 && file.records[i].number.starts_with("\xEF\xBB\xBF")) return "it begins with a byte order mark";
     if (!bearsNumber(file.records[i], i + 1)) {
       return fmt::format("line {} bears the number {}, not {}", i + 1, shownName(file.records[i].number), i + 1);
     }
@@ -42,6 +45,16 @@ std::string whyNoFit(const ExchangeFile& file, std::size_t texts) {
     return fmt::format("it has {}, the script {}", counted(file.records.size(), "record"), counted(texts, "text"));
   }
   return {};
+}
+
+void writeExchangeFile(const std::string& path, std::string_view bytes, bool force) {
+  if (!force && pathKind(path) == PathKind::File) {
+    thread_local std::string old;
+    readWhole(path, old);
+    if (old == bytes) return;
+    if (!old.empty()) throw Failure(fromUtf8(path) + u": exists with other contents; --force overwrites it");
+  }
+  writeWhole(path, bytes);
 }
 
 }  // namespace dravenna

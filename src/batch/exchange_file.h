@@ -28,4 +28,8 @@ bool bearsNumber(const ExchangeFile::Record& record, std::size_t number);
 // texts, numbered from 1 in order, every line ended by CR LF.
 std::string whyNoFit(const ExchangeFile& file, std::size_t texts);
 
+// Writes an exchange file of a tree. One that exists with other contents may be a translation: without `force` that is
+// left alone and a failure. Throws Failure.
+void writeExchangeFile(const std::string& path, std::string_view bytes, bool force);
+
 }  // namespace dravenna

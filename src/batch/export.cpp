@@ -3,6 +3,8 @@
 #include <set>
 #include <unordered_map>
 
+#include "batch/exchange_file.h"
+#include "batch/globs.h"
 #include "batch/ordered_pool.h"
 #include "batch/records.h"
 #include "batch/session.h"
@@ -19,14 +21,22 @@ constexpr char kFooter[] =
     "  dravenna-lxf export guard.txt                   writes guard.lxf beside it\n"
     "  dravenna-lxf export guard.txt - | less          looks at it\n"
     "  dravenna-lxf export npc --out lxf               one exchange file a script, folders mirrored\n"
-    "  dravenna-lxf export npc --out lxf --keep-codes  leaves the ^RRGGBB codes in the texts";
+    "  dravenna-lxf export npc --out lxf --keep-codes  leaves the ^RRGGBB codes in the texts\n"
+    "An exchange file that exists with other contents may be a translation and is left alone unless --force is given.";
 
 struct Options {
   std::vector<std::string> paths;
   std::string out;
   bool keepCodes = false;
   bool noClobber = false;
+  bool force = false;
 };
+
+// Another script in the place of an exchange file: `export npc/*.txt` where two were meant.
+bool isNamedLikeAScript(const Session& session, const std::string& path) {
+  const std::string name = path.substr(path.rfind('/') + 1);
+  return matchesAny(session.include.empty() ? std::vector<std::string>{"*.txt"} : session.include, name);
+}
 
 void exportOne(Session& session, const Options& options) {
   const std::string& script = options.paths[0];
@@ -45,11 +55,16 @@ void exportOne(Session& session, const Options& options) {
   }
   if (pathKind(target) == PathKind::File && target != script) {
     if (options.noClobber) return session.console.note(fmt::format("{}: kept", shownName(target)));
-    if (!named) {
+    if (named && !options.force && isNamedLikeAScript(session, target)) {
+      throw UsageError(
+          fmt::format("{} exists and is named like a script; several scripts need --out DIR", shownName(target)));
+    }
+    if (!named && !options.force) {
       // A translation may stand there.
       readWhole(target, file);
       if (file != bytes) {
-        throw Failure(fromUtf8(target) + u": exists with other contents; name it behind the script to overwrite it");
+        throw Failure(fromUtf8(target) +
+                      u": exists with other contents; name it behind the script, or --force, to overwrite it");
       }
     }
   }
@@ -63,7 +78,7 @@ struct Outcome {
   bool kept = false;
 };
 
-// Where each script's exchange file goes; two scripts must not share one. Makes the folders.
+// Where each script's exchange file goes; two scripts must not share one, and none must be a script. Makes the folders.
 std::vector<std::string> targetsOf(const std::vector<Script>& scripts, const std::string& out) {
   std::vector<std::string> targets;
   std::unordered_map<std::string, std::string> owners;
@@ -77,6 +92,11 @@ std::vector<std::string> targetsOf(const std::vector<Script>& scripts, const std
                                    shownName(targets.back())));
     }
     folders.insert(folderOf(targets.back()));
+  }
+  for (const Script& script : scripts) {
+    if (owners.count(script.path) != 0) {
+      throw UsageError(fmt::format("an exchange file would overwrite the script {}", shownName(script.path)));
+    }
   }
   for (const std::string& folder : folders) makeFolders(folder);
   return targets;
@@ -98,7 +118,7 @@ void exportTree(Session& session, const Options& options) {
           if (options.noClobber && pathKind(targets[i]) == PathKind::File) return Outcome{{}, 0, true};
           outcome.records =
               exportWork(readWork(session, scripts[i].path, file, work), *session.lists, options.keepCodes, lxf);
-          writeWhole(targets[i], session.codec->toFile(lxf, work));
+          writeExchangeFile(targets[i], session.codec->toFile(lxf, work), options.force);
         } catch (const Failure& failure) {
           outcome.error = shown(failure.description());
         }
@@ -137,6 +157,8 @@ void addExport(CLI::App& app, Session& session) {
   verb->add_option("-o,--out", options->out, "Folder for one exchange file a script")->type_name("DIR");
   verb->add_flag("--keep-codes", options->keepCodes, "Leave the colour codes in the texts");
   verb->add_flag("-n,--no-clobber", options->noClobber, "Leave exchange files that exist alone");
+  verb->add_flag("-f,--force", options->force,
+                 "Overwrite exchange files with other contents: translations may be lost");
   session.addOptions(*verb);
   verb->footer(kFooter);
   verb->callback([&session, options] { run(session, *options); });

@@ -1,5 +1,7 @@
 #include <fmt/format.h>
 
+#include <algorithm>
+
 #include "batch/exchange_file.h"
 #include "batch/import_tree.h"
 #include "batch/merge.h"
@@ -22,9 +24,11 @@ constexpr char kFooter[] =
     "A tree's script whose exchange file does not fit is left alone unless --force says otherwise.";
 
 // What is odd about the file although it is merged all the same.
-void warnOfOddities(Session& session, const std::string& path, const ExchangeFile& lxf, std::size_t texts) {
+void warnOfOddities(Session& session, const std::string& path, const ExchangeFile& lxf, std::size_t texts,
+                    bool wrongPage) {
   const std::string why = whyNoFit(lxf, texts);
   if (!why.empty()) session.console.warning(fmt::format("{}: {}", shownName(path), why));
+  if (wrongPage) session.console.warning(fmt::format("{}: {}", shownName(path), kUtf8InAnotherPage));
   for (std::size_t i = 0; i < lxf.records.size() && i < texts; ++i) {
     const char* const what = whatSpoilsScan(lxf.records[i].text);
     if (what != nullptr) session.console.warning(fmt::format("{}:{}: {}", shownName(path), i + 1, what));
@@ -43,10 +47,18 @@ void importOne(Session& session, const ImportOptions& options) {
   const std::string_view lxf = readWork(session, lxfPath, lxfFile, lxfWork);
   if (lxf.empty()) throw Failure(fromUtf8(lxfPath) + u": The exchange file is empty");
   const std::string_view script = readWork(session, path, file, work);
+  const ExchangeFile cut = cutExchangeFile(lxf);
+  const bool named = lxfPath == "-" || withExtension(lxfPath, ".lxf") == lxfPath;
+  const bool numbered = std::any_of(cut.records.begin(), cut.records.end(), [](const ExchangeFile::Record& record) {
+    return !record.number.empty() && record.number.find_first_not_of("0123456789") == std::string_view::npos;
+  });
+  if (!named && !cut.records.empty() && !numbered && !options.force) {
+    throw Failure(fromUtf8(lxfPath) + u": no exchange file: none of its lines has a number and a colon");
+  }
 
   Merge merge = mergeWork(*session.codec, *session.lists, script, lxf, options.keepEol);
   if (!merge.error.empty()) throw Failure(fromUtf8(lxfPath) + u":" + merge.error);
-  warnOfOddities(session, lxfPath, cutExchangeFile(lxf), merge.texts);
+  warnOfOddities(session, lxfPath, cut, merge.texts, isUtf8InAnotherPage(session, lxfFile, file));
   if (path == "-") {
     if (!writeStandardOutput(merge.bytes)) session.console.fail();
     return;
@@ -58,13 +70,13 @@ void importOne(Session& session, const ImportOptions& options) {
     if (!failed.empty()) throw Failure(failed);
     flushFolder(folderOf(path));
   }
-  session.console.note(fmt::format("{}: {} of {} {}", shownName(path), merge.changed, counted(merge.texts, "text"),
-                                   options.dryRun ? "would change" : "changed"));
+  session.console.note(fmt::format("{}: {} of {} {}{}", shownName(path), merge.changed, counted(merge.texts, "text"),
+                                   options.dryRun ? "would change" : "changed",
+                                   merge.changed == 0 && merge.bytes != file ? "; line ends only" : ""));
 }
 
 void run(Session& session, const ImportOptions& options) {
   session.prepare();
-  if (options.backup.find('/') != std::string::npos) throw UsageError("--backup: the suffix holds a /");
   if (!options.from.empty()) return importTree(session, options);
   if (options.paths.size() != 2) throw UsageError("give SCRIPT and LXF, or --from DIR for a tree");
   importOne(session, options);
@@ -80,8 +92,7 @@ void addImport(CLI::App& app, Session& session) {
       ->type_name("PATH...");
   verb->add_option("--from", options->from, "Folder with one exchange file a script")->type_name("DIR");
   verb->add_flag("--dry-run", options->dryRun, "Change nothing, tell what would change");
-  verb->add_option("--backup", options->backup, "Keep the old script under its name and this suffix")
-      ->type_name("SUFFIX");
+  addBackupOption(*verb, options->backup);
   verb->add_option_function<std::string>(
           "--eol", [options](const std::string& eol) { options->keepEol = eol == "keep"; },
           "Line ends of a script that is written: crlf (throughout) or keep (default crlf)")

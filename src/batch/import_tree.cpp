@@ -91,6 +91,10 @@ Outcome TreeImport::mergeScript(const Script& script, std::string& bytes) {
   forEachRecordText(scriptWork, *session_.lists, [&](std::string_view, std::string_view) { ++texts; });
   const std::string why = whyNoFit(cut, texts);
   if (!why.empty() && !options_.force) return refuse(why);
+  if (!why.empty()) outcome.warnings.push_back(fmt::format("{}: {}", shownName(lxfPath), why));
+  if (isUtf8InAnotherPage(session_, lxfFile, file)) {
+    outcome.warnings.push_back(fmt::format("{}: {}", shownName(lxfPath), kUtf8InAnotherPage));
+  }
   if (lxf.empty()) return outcome;  // a script without texts, or forced with nothing to merge
 
   Merge merge = mergeWork(*session_.codec, *session_.lists, scriptWork, lxf, options_.keepEol);
@@ -141,12 +145,15 @@ std::vector<Outcome> TreeImport::mergeGroup(const Group& group) {
 void TreeImport::report(const Script& script, const Outcome& outcome) {
   ++fates_[static_cast<std::size_t>(outcome.fate)];
   for (const std::string& warning : outcome.warnings) session_.console.warning(warning);
-  if (outcome.fate == Fate::Refused || outcome.fate == Fate::Failed) session_.console.error(outcome.message);
+  const bool told = interrupted() && outcome.message.starts_with("Interrupted");  // once, at the end
+  if ((outcome.fate == Fate::Refused || outcome.fate == Fate::Failed) && !told) {
+    session_.console.error(outcome.message);
+  }
   if (outcome.fate != Fate::Replaced) return;
   changed_ += outcome.changed;
   if (options_.dryRun) {
-    session_.console.note(fmt::format("{}: {} of {} would change", shownName(script.path), outcome.changed,
-                                      counted(outcome.texts, "text")));
+    session_.console.note(fmt::format("{}: {} of {} would change{}", shownName(script.path), outcome.changed,
+                                      counted(outcome.texts, "text"), outcome.changed == 0 ? "; line ends only" : ""));
   }
 }
 
@@ -189,7 +196,7 @@ void TreeImport::run() {
   // A whole tree has scripts that nobody translates; a folder of exchange files is seldom left over.
   if (session_.include.empty() && session_.exclude.empty()) findStrays();
   session_.console.note(
-      fmt::format("{}{} {}, {} changed, {} unchanged, {} without exchange file, {} left alone, {} failed",
+      fmt::format("{}{} {} ({} changed), {} unchanged, {} without exchange file, {} left alone, {} failed",
                   options_.dryRun ? "dry run: " : "", counted(count(Fate::Replaced), "script"),
                   options_.dryRun ? "would be written" : "written", counted(changed_, "text"), count(Fate::Unchanged),
                   count(Fate::NoExchangeFile), count(Fate::Refused), count(Fate::Failed)));

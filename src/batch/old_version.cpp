@@ -63,8 +63,20 @@ std::string OldVersion::oldPathOf(const Script& script) const {
   return joinPath(tree_, renamed == renamed_.end() ? script.relative : renamed->second);
 }
 
-std::vector<Translation> OldVersion::translationsFor(const std::string& relative, const LoadedScript& old,
-                                                     std::string& warning) const {
+std::vector<std::string> OldVersion::unclaimed(const std::vector<Script>& fresh) const {
+  std::vector<std::string> paths;
+  if (pathKind(tree_) != PathKind::Folder) return paths;
+  std::set<std::string> claimed;
+  for (const Script& script : fresh) claimed.insert(script.relative);
+  for (const auto& [name, old] : renamed_) claimed.insert(old);
+  for (const Script& old : collectScripts(session_, {tree_})) {
+    if (claimed.count(old.relative) == 0) paths.push_back(old.path);
+  }
+  return paths;
+}
+
+std::vector<Translation> OldVersion::translationsFor(const std::string& relative, Carried& carried) const {
+  const LoadedScript& old = *carried.old;
   const bool single = pathKind(translations_) == PathKind::File;
   const std::string scriptPath = single ? translations_ : joinPath(translations_, relative);
   const std::string lxfPath = single ? translations_ : joinPath(translations_, withExtension(relative, ".lxf"));
@@ -78,10 +90,12 @@ std::vector<Translation> OldVersion::translationsFor(const std::string& relative
     std::string why;
     std::vector<Translation> translations =
         translationsFromExchange(old, readWork(session_, lxfPath, file, buffer), why);
-    if (!why.empty()) warning = fmt::format("{}: not used: {}", shownName(lxfPath), why);
+    carried.unfit = !why.empty();
+    if (carried.unfit) carried.warning = fmt::format("{}: not used: {}", shownName(lxfPath), why);
     return translations;
   }
-  if (!old.records.empty()) warning = fmt::format("{}: no translation of it", shownName(joinPath(tree_, relative)));
+  if (!old.records.empty())
+    carried.warning = fmt::format("{}: no translation of it", shownName(joinPath(tree_, relative)));
   return std::vector<Translation>(old.records.size());
 }
 
@@ -95,7 +109,8 @@ OldVersion::Carried OldVersion::carry(const Script& script, const LoadedScript& 
   carried.old = loadScript(session_, carried.oldPath);
   const auto renamed = renamed_.find(script.relative);
   const std::string& relative = renamed == renamed_.end() ? script.relative : renamed->second;
-  carried.result = carryTranslations(*carried.old, translationsFor(relative, *carried.old, carried.warning), fresh);
+  const std::vector<Translation> translations = translationsFor(relative, carried);
+  carried.result = carryTranslations(*carried.old, translations, fresh);
   return carried;
 }
 

@@ -23,14 +23,17 @@ class OldVersion {
     std::string oldPath;
     CarryResult result;
     std::string warning;  // why the translations could not be used
+    bool unfit = false;   // there are some, but they do not fit
   };
+  // The paths of the old scripts that none of `fresh` stands for. After findRenamed().
+  std::vector<std::string> unclaimed(const std::vector<Script>& fresh) const;
+
   // Throws Failure.
   Carried carry(const Script& script, const LoadedScript& fresh) const;
 
  private:
   std::string oldPathOf(const Script& script) const;
-  std::vector<Translation> translationsFor(const std::string& relative, const LoadedScript& old,
-                                           std::string& warning) const;
+  std::vector<Translation> translationsFor(const std::string& relative, Carried& carried) const;
 
   Session& session_;
   std::string tree_;

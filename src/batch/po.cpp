@@ -18,6 +18,8 @@ constexpr char kExportFooter[] =
     "  dravenna-lxf po export npc --from npc-es --for hercules --out server.po";
 
 constexpr char kImportFooter[] =
+    "The scripts must be those that the PO files were made from: an entry goes where its msgctxt says. Entries whose\n"
+    "place is not in the scripts are counted and named; the exit status is 1 when no entry has its place there.\n"
     "Entries that are empty, fuzzy, or whose msgid is not the script's text are left out; the others are put in, all "
     "or\n"
     "nothing for each script. A script keeps its line ends.\n"
@@ -58,8 +60,7 @@ void addPoImport(CLI::App& po, Session& session) {
       ->type_name("FILE");
   verb->add_flag("--fuzzy", options->fuzzy, "Take fuzzy entries too");
   verb->add_flag("--dry-run", options->dryRun, "Change nothing, tell what would change");
-  verb->add_option("--backup", options->backup, "Keep the old script under its name and this suffix")
-      ->type_name("SUFFIX");
+  addBackupOption(*verb, options->backup);
   verb->add_option_function<std::string>(
           "--eol", [options](const std::string& eol) { options->crlf = eol == "crlf"; },
           "Line ends of a script that is written: keep or crlf (default keep)")

@@ -63,6 +63,9 @@ void Session::prepare() {
   console.setColor(color);
   if (jobs == 0) jobs = std::max(1U, std::thread::hardware_concurrency());
 
+  if (const std::string wish = codePageWish(); codePageName.empty() && !wish.empty() && !codePageByName(wish)) {
+    throw UsageError(fmt::format("DRAVENNA_CODEPAGE: {} is no code page that is supported", wish));
+  }
   const CodePagePtr page = codePageName.empty() ? systemCodePage() : codePageByName(codePageName);
   if (!page) throw UsageError(fmt::format("--codepage: {} is no code page that is supported", codePageName));
   codec.emplace(page);
@@ -140,6 +143,24 @@ std::string_view readWork(const Session& session, const std::string& path, std::
     readWhole(path, file);
   }
   return session.codec->toWork(file, work);
+}
+
+void addBackupOption(CLI::App& verb, std::string& suffix) {
+  verb.add_option("--backup", suffix, "Keep the old script under its name and this suffix; if that is taken, numbered")
+      ->type_name("SUFFIX")
+      ->check(CLI::Validator(
+          [](const std::string& given) {
+            return given.empty() || given.find_first_of("/\\") != std::string::npos ? "the suffix is empty or holds a /"
+                                                                                    : std::string();
+          },
+          ""));
+}
+
+bool isUtf8InAnotherPage(const Session& session, std::string_view exchangeFile, std::string_view script) {
+  const auto isUtf8 = [](std::string_view bytes) {
+    return !isAscii(bytes) && CodePage::utf8()->countUndefined(bytes) == 0;
+  };
+  return !session.codec->page().isUtf8() && isUtf8(exchangeFile) && !isUtf8(script);
 }
 
 std::string shown(const std::u16string& text) {

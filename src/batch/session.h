@@ -65,6 +65,14 @@ std::string_view readWork(const Session& session, const std::string& path, std::
 std::string shown(const std::u16string& text);
 std::string shownName(std::string_view name);
 
+// `--backup SUFFIX`, for verbs that replace scripts.
+void addBackupOption(CLI::App& verb, std::string& suffix);
+
+// Whether an exchange file is UTF-8 whole, is read in another code page, and its script gives no reason for that; and
+// what to tell then.
+bool isUtf8InAnotherPage(const Session& session, std::string_view exchangeFile, std::string_view script);
+inline constexpr char kUtf8InAnotherPage[] = "it is UTF-8, but is read in the 8-bit code page of the scripts";
+
 // "1 script", "2 scripts".
 std::string counted(std::size_t count, std::string_view noun);
 

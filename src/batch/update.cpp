@@ -1,8 +1,11 @@
 #include <fmt/format.h>
 
 #include <array>
+#include <filesystem>
+#include <numeric>
 #include <set>
 
+#include "batch/exchange_file.h"
 #include "batch/old_version.h"
 #include "batch/ordered_pool.h"
 #include "batch/session.h"
@@ -33,6 +36,7 @@ struct Options {
   bool keepCodes = false;
   bool putUnsure = false;
   bool all = false;
+  bool force = false;
 };
 
 constexpr std::array<const char*, 5> kStateNames = {"carried", "untranslated", "new", "changed", "unsure"};
@@ -40,6 +44,7 @@ constexpr std::array<const char*, 5> kStateNames = {"carried", "untranslated", "
 struct Outcome {
   std::string report;
   std::string warning;
+  bool unfit = false;  // there is a translation, but it could not be used
   std::string error;
   std::array<std::size_t, 5> counts{};
   std::size_t gone = 0;
@@ -57,6 +62,7 @@ class Update {
                   std::size_t record, std::string& out) const;
   void reportGone(const OldVersion::Carried& carried, std::string& out) const;
   std::string quoted(std::string_view work) const;
+  void reportLeft(const std::vector<std::string>& paths, Output& output, std::size_t& gone);
   void summary(const std::array<std::size_t, 5>& counts, std::size_t gone);
 
   Session& session_;
@@ -97,7 +103,9 @@ void Update::reportText(const std::string& path, const LoadedScript& fresh, cons
   if (text.state == CarryState::Changed && before != nullptr) out += quoted(before->text) + " -> ";
   out += quoted(now.text);
   if (text.state == CarryState::Unsure) out += fmt::format(": {}", text.why);
-  if (!text.translation.empty()) out += "; translation " + quoted(text.translation);
+  if (!text.translation.empty()) {
+    out += (text.ofPage ? "; translation of the page " : "; translation ") + quoted(text.translation);
+  }
   out += "\n";
 }
 
@@ -123,12 +131,13 @@ Outcome Update::updateScript(const Script& script, const std::string& target, co
     const auto fresh = loadScript(session_, script.path);
     const OldVersion::Carried carried = oldVersion.carry(script, *fresh);
     outcome.warning = carried.warning;
+    outcome.unfit = carried.unfit;
     std::string lxf;
     for (std::size_t i = 0; i < fresh->records.size(); ++i) {
       const CarriedText& text = carried.result.texts[i];
       ++outcome.counts[static_cast<std::size_t>(text.state)];
-      const bool put = text.state == CarryState::Carried ||
-                       (options_.putUnsure && text.state == CarryState::Unsure && !text.translation.empty());
+      const bool put = text.state == CarryState::Carried || (options_.putUnsure && text.state == CarryState::Unsure &&
+                                                             !text.translation.empty() && !text.ofPage);
       const std::string_view chosen = put ? std::string_view(text.translation) : fresh->records[i]->text;
       lxf += fmt::format("{}:", i + 1);
       lxf.append(options_.keepCodes ? std::string(chosen) : withoutColor(chosen)).append("\r\n");
@@ -137,11 +146,29 @@ Outcome Update::updateScript(const Script& script, const std::string& target, co
     reportGone(carried, outcome.report);
     outcome.gone = carried.result.gone.size();
     std::string buffer;
-    writeWhole(target, session_.codec->toFile(lxf, buffer));
+    writeExchangeFile(target, session_.codec->toFile(lxf, buffer), options_.force);
   } catch (const Failure& failure) {
     outcome.error = shown(failure.description());
   }
   return outcome;
+}
+
+// Old scripts that are no more.
+void Update::reportLeft(const std::vector<std::string>& paths, Output& output, std::size_t& gone) {
+  for (const std::string& path : paths) {
+    session_.console.warning(fmt::format("{}: not in the new version", shownName(path)));
+    try {
+      OldVersion::Carried carried;
+      carried.oldPath = path;
+      carried.old = loadScript(session_, path);
+      carried.result.gone.resize(carried.old->records.size());
+      std::iota(carried.result.gone.begin(), carried.result.gone.end(), std::size_t{0});
+      reportGone(carried, output.buffer());
+      gone += carried.result.gone.size();
+    } catch (const Failure& failure) {
+      session_.console.error(shown(failure.description()));
+    }
+  }
 }
 
 void Update::summary(const std::array<std::size_t, 5>& counts, std::size_t gone) {
@@ -151,6 +178,10 @@ void Update::summary(const std::array<std::size_t, 5>& counts, std::size_t gone)
 
 void Update::run() {
   session_.prepare();
+  const auto folder = [](const std::string& path) { return std::filesystem::path(path + "/").lexically_normal(); };
+  if (folder(options_.from) == folder(options_.out)) {
+    throw UsageError("--out would overwrite the translations of --from");
+  }
   const std::vector<Script> scripts = collectScripts(session_, {options_.newTree});
   OldVersion oldVersion(session_, options_.oldTree, options_.from);
   oldVersion.findRenamed(scripts);
@@ -169,6 +200,7 @@ void Update::run() {
       scripts.size(), session_.jobs, [&](std::size_t i) { return updateScript(scripts[i], targets[i], oldVersion); },
       [&](std::size_t i, Outcome&& outcome) {
         if (!outcome.warning.empty()) session_.console.warning(outcome.warning);
+        if (outcome.unfit) session_.console.fail();
         if (!outcome.error.empty()) session_.console.error(outcome.error);
         for (std::size_t k = 0; k < counts.size(); ++k) counts[k] += outcome.counts[k];
         gone += outcome.gone;
@@ -176,6 +208,7 @@ void Update::run() {
         session_.console.progress(i + 1, scripts.size());
         return output.flushSome();
       });
+  reportLeft(oldVersion.unclaimed(scripts), output, gone);
   session_.console.endProgress();
   if (!output.close()) session_.console.fail();
   summary(counts, gone);
@@ -198,7 +231,8 @@ void addUpdate(CLI::App& app, Session& session) {
   verb->add_flag("--all", options->all, "Report carried and untranslated texts too");
   verb->add_flag("--json", options->json, "The report as JSON lines");
   verb->add_flag("--keep-codes", options->keepCodes, "Leave the colour codes in the texts");
-  verb->add_flag("--put-unsure", options->putUnsure, "Put unsure translations in as well");
+  verb->add_flag("--put-unsure", options->putUnsure, "Put unsure translations of single texts in as well");
+  verb->add_flag("-f,--force", options->force, "Overwrite exchange files of --out with other contents");
   session.addOptions(*verb);
   verb->footer(kFooter);
   verb->callback([&session, options] { Update(session, *options).run(); });

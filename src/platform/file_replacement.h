@@ -24,7 +24,8 @@ class FileReplacement {
   // To disk. Nothing can be written afterwards.
   virtual void flush() = 0;
 
-  // Once, behind flush(). With a suffix, the old file stays under its name and that suffix.
+  // Once, behind flush(). With a suffix, the old file stays under its name and that suffix; where such a file exists
+  // already, a number follows the suffix, so that no backup is lost.
   virtual void place(std::u16string_view backupSuffix = {}) = 0;
 };
 

@@ -13,6 +13,9 @@
 // The implementations of this system; one source folder for each system.
 namespace dravenna {
 
+// What DRAVENNA_CODEPAGE holds; empty when it is not set.
+std::string codePageWish();
+
 // The code page that DRAVENNA_CODEPAGE names ("1252", "cp874", "utf-8"), else the system's.
 CodePagePtr systemCodePage();
 

@@ -38,7 +38,7 @@ void makeFolders(const std::filesystem::path& folder);
 // kept, links followed, read-only files refused. Nothing of a target changes before commit().
 class Replacements {
  public:
-  // With a suffix, the old file stays beside the new one under its name and the suffix.
+  // With a suffix, the old files stay beside the new ones, as FileReplacement::place tells.
   explicit Replacements(std::string_view backupSuffix = {});
   Replacements(const Replacements&) = delete;
   Replacements& operator=(const Replacements&) = delete;

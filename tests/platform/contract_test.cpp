@@ -238,9 +238,9 @@ TEST(Trees, ReplaceManyFilesAtOnce) {
     EXPECT_EQ(replacements.commit(), std::vector<std::u16string>(2));
   }
   EXPECT_EQ(folder.get("a") + folder.get("b"), "new anew b");
-  EXPECT_EQ(folder.get("a.bak") + folder.get("b.bak"), "old aold b");
+  EXPECT_EQ(folder.get("a.bak") + folder.get("a.bak2") + folder.get("b.bak"), "older aold aold b");
   { Replacements().stage(folder.file("a"), "given up"); }
-  EXPECT_EQ(folder.names(), (Names{"a", "a.bak", "b", "b.bak"}));
+  EXPECT_EQ(folder.names(), (Names{"a", "a.bak", "a.bak2", "b", "b.bak"}));
 }
 
 TEST(CodePages, HaveTheirCharacters) {

@@ -107,8 +107,10 @@ CharacterDecoder systemDecoder(int number) {
   return [converter](std::string_view bytes) { return converter->unitOf(bytes); };
 }
 
+std::string codePageWish() { return environment("DRAVENNA_CODEPAGE"); }
+
 CodePagePtr systemCodePage() {
-  if (CodePagePtr page = codePageByName(environment("DRAVENNA_CODEPAGE"))) return page;
+  if (CodePagePtr page = codePageByName(codePageWish())) return page;
   for (const char* const name : {"LC_ALL", "LC_CTYPE", "LANG"}) {
     const std::string locale = environment(name);
     if (locale.empty()) continue;

@@ -26,6 +26,7 @@ namespace {
 
 constexpr int kMostLinks = 40;
 constexpr int kMostNames = 100;
+constexpr int kMostBackups = 9999;
 
 std::string newTemporaryName(const std::string& folder) {
   static std::atomic<unsigned> count{0};
@@ -174,14 +175,13 @@ void FileReplacement::flush() {
   file_.close();
 }
 
-// The old file under a second name: a link, put in place by a rename so that an older backup gives way at once.
+// The old file under a second name. A link, unlike a rename, never takes the place of another file.
 void FileReplacement::backUp(const std::string& backup) {
-  const std::string link = temporary_ + "~";
-  if (::link(target_.c_str(), link.c_str()) != 0) failWithErrno(backup);
-  const int renamed = calls_.rename(link.c_str(), backup.c_str());
-  const int error = errno;
-  calls_.unlink(link.c_str());  // a rename between two names of one file leaves both
-  if (renamed != 0) throw SystemFailure(error, backup);
+  std::string name = backup;
+  for (int number = 2; ::link(target_.c_str(), name.c_str()) != 0; ++number) {
+    if (errno != EEXIST || number > kMostBackups) failWithErrno(name);
+    name = backup + std::to_string(number);
+  }
 }
 
 void FileReplacement::place(std::u16string_view backupSuffix) {

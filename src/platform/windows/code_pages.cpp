@@ -28,8 +28,10 @@ CharacterDecoder systemDecoder(int number) {
   };
 }
 
+std::string codePageWish() { return toUtf8(windows::environment(L"DRAVENNA_CODEPAGE")); }
+
 CodePagePtr systemCodePage() {
-  if (CodePagePtr page = codePageByName(toUtf8(windows::environment(L"DRAVENNA_CODEPAGE")))) return page;
+  if (CodePagePtr page = codePageByName(codePageWish())) return page;
   if (CodePagePtr page = codePageByNumber(static_cast<int>(::GetACP()))) return page;
   return codePageByNumber(1252);
 }

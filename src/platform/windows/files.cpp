@@ -169,7 +169,12 @@ void FileReplacement::flush() {
 
 void FileReplacement::place(std::u16string_view backupSuffix) {
   if (attributes_ != INVALID_FILE_ATTRIBUTES) {
-    placeOverOld(backupSuffix.empty() ? std::wstring() : target_ + toWide(backupSuffix));
+    std::wstring backup = backupSuffix.empty() ? std::wstring() : target_ + toWide(backupSuffix);
+    const std::size_t length = backup.size();
+    for (int number = 2; !backup.empty() && attributesOf(backup) != INVALID_FILE_ATTRIBUTES; ++number) {
+      backup.replace(length, std::wstring::npos, std::to_wstring(number));
+    }
+    placeOverOld(backup);
   } else if (::MoveFileExW(temporary_.c_str(), target_.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) ==
              0) {
     failWithLastError(path_);
