@@ -178,8 +178,8 @@ void Update::summary(const std::array<std::size_t, 5>& counts, std::size_t gone)
 
 void Update::run() {
   session_.prepare();
-  const auto folder = [](const std::string& path) { return std::filesystem::path(path + "/").lexically_normal(); };
-  if (folder(options_.from) == folder(options_.out)) {
+  const auto normal = [](const std::string& path) { return std::filesystem::path(path + "/").lexically_normal(); };
+  if (normal(options_.from) == normal(options_.out)) {
     throw UsageError("--out would overwrite the translations of --from");
   }
   const std::vector<Script> scripts = collectScripts(session_, {options_.newTree});
