@@ -1,6 +1,8 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <filesystem>
+#include <unordered_map>
 
 #include "batch/findings.h"
 #include "batch/ordered_pool.h"
@@ -18,6 +20,7 @@ constexpr char kFooter[] =
     "  dravenna-lxf check npc                              quote marks, colour codes, encoding\n"
     "  dravenna-lxf check npc-es --against npc             translation beside original\n"
     "  dravenna-lxf check npc-es --against npc --ignore untranslated --ignore line-ends\n"
+    "  dravenna-lxf check lxf npc                          exchange files beside their scripts, and the scripts\n"
     "  dravenna-lxf check lxf --scripts npc                exchange files beside their scripts\n"
     "  dravenna-lxf check guard.lxf\n"
     "Kinds:\n";
@@ -45,6 +48,57 @@ std::string partnerIn(const std::string& tree, const std::string& relative) {
   return pathKind(tree) == PathKind::File ? tree : joinPath(tree, relative);
 }
 
+// The scripts of a run by what an exchange file may be called after: the same path, the same path below a folder of the
+// arguments, or the same name when only one script has it; each without the extension.
+class GivenScripts {
+ public:
+  explicit GivenScripts(const std::vector<Script>& files) {
+    for (const Script& file : files) {
+      if (isExchangeFile(file.path) || file.path == "-") continue;
+      const bool isText = withExtension(file.path, ".txt") == file.path;
+      add(byPath_, stemOf(file.path), file.path, isText);
+      add(byRelative_, withExtension(file.relative, ""), file.path, isText);
+      const std::string stem = stemOf(file.path);
+      const auto [named, fresh] = byName_.try_emplace(nameOf(stem), Named{file.path, stem});
+      if (!fresh && named->second.stem != stem) named->second.path.clear();
+    }
+  }
+
+  bool empty() const { return byPath_.empty(); }
+
+  // The path of the script, empty when there is none.
+  std::string scriptOf(const Script& lxf) const {
+    const std::string stem = stemOf(lxf.path);
+    if (const auto found = byPath_.find(stem); found != byPath_.end()) return found->second;
+    if (const auto found = byRelative_.find(withExtension(lxf.relative, "")); found != byRelative_.end()) {
+      return found->second;
+    }
+    const auto found = byName_.find(nameOf(stem));
+    return found == byName_.end() ? std::string() : found->second.path;
+  }
+
+ private:
+  using Paths = std::unordered_map<std::string, std::string>;
+  struct Named {
+    std::string path;  // empty once another script has the name too
+    std::string stem;
+  };
+
+  static std::string stemOf(const std::string& path) {
+    return withExtension(std::filesystem::path(path).lexically_normal().string(), "");
+  }
+  static std::string nameOf(const std::string& path) { return path.substr(path.rfind('/') + 1); }
+  // The first of several counts, `.txt` before all.
+  static void add(Paths& paths, std::string key, const std::string& path, bool isText) {
+    const auto [found, fresh] = paths.try_emplace(std::move(key), path);
+    if (!fresh && isText && withExtension(found->second, ".txt") != found->second) found->second = path;
+  }
+
+  Paths byPath_;
+  Paths byRelative_;
+  std::unordered_map<std::string, Named> byName_;
+};
+
 class Check {
  public:
   Check(Session& session, const Options& options) : session_(session), options_(options) {}
@@ -60,7 +114,7 @@ class Check {
   Outcome checkFile(const Script& script) const;
   void checkOneScript(const Script& script, Findings& findings) const;
   void checkOneExchangeFile(const Script& script, Findings& findings) const;
-  std::string scriptOf(const std::string& relative) const;
+  std::string scriptBelow(const std::string& relative) const;
   void gatherFrozen();
   void addMissing(const std::vector<Script>& files, std::string& out);
   void write(const std::string& path, const Finding& finding, std::string& out);
@@ -69,6 +123,7 @@ class Check {
   Session& session_;
   const Options& options_;
   FrozenNames frozen_;
+  std::optional<GivenScripts> given_;  // when there are exchange files
   std::size_t found_ = 0;
 };
 
@@ -98,8 +153,9 @@ void Check::checkOneScript(const Script& script, Findings& findings) const {
                options_.frozen ? &frozen_ : nullptr);
 }
 
-// The script of an exchange file: the first of those with its name and another extension, `.txt` before all.
-std::string Check::scriptOf(const std::string& relative) const {
+// The script of an exchange file below --scripts: the first of those with its name and another extension, `.txt` before
+// all.
+std::string Check::scriptBelow(const std::string& relative) const {
   if (pathKind(options_.scripts) == PathKind::File) return options_.scripts;
   std::string path = joinPath(options_.scripts, withExtension(relative, ".txt"));
   if (pathKind(path) == PathKind::File) return path;
@@ -116,16 +172,19 @@ void Check::checkOneExchangeFile(const Script& script, Findings& findings) const
   std::string file;
   std::string buffer;
   const std::string_view lxf = readWork(session_, script.path, file, buffer);
-  if (options_.scripts.empty()) return checkExchangeFile(findings, lxf, nullptr);
-  const std::string path = scriptOf(script.relative);
-  if (pathKind(path) != PathKind::File) {
-    findings.list().push_back({1, 1, "missing", fmt::format("no script {}", shownName(path))});
+  if (options_.scripts.empty() && (!given_ || given_->empty())) return checkExchangeFile(findings, lxf, nullptr);
+  const std::string path = options_.scripts.empty() ? given_->scriptOf(script) : scriptBelow(script.relative);
+  if (path.empty() || pathKind(path) != PathKind::File) {
+    findings.list().push_back(
+        {1, 1, "missing",
+         path.empty() ? "no script of its name among those given" : fmt::format("no script {}", shownName(path))});
     return checkExchangeFile(findings, lxf, nullptr);
   }
   std::string scriptFile;
   std::string scriptBuffer;
   const Outline outline = outlineOf(readWork(session_, path, scriptFile, scriptBuffer), *session_.lists);
-  checkExchangeFile(findings, lxf, &outline);
+  // With --against the scripts are translations, and a record may be as in its script.
+  checkExchangeFile(findings, lxf, &outline, options_.against.empty());
 }
 
 Check::Outcome Check::checkFile(const Script& script) const {
@@ -202,6 +261,9 @@ void Check::run() {
   if (options_.frozen && options_.against.empty()) throw UsageError("--frozen needs --against");
   if (options_.frozen) gatherFrozen();
   const std::vector<Script> files = collectScripts(session_, options_.paths, {"*.txt", "*.lxf"});
+  if (std::any_of(files.begin(), files.end(), [](const Script& file) { return isExchangeFile(file.path); })) {
+    given_.emplace(files);
+  }
   Output output(options_.output);
   runOrdered<Outcome>(
       files.size(), session_.jobs, [&](std::size_t i) { return checkFile(files[i]); },

@@ -47,10 +47,10 @@ void checkRecord(Findings& findings, const ExchangeFile::Record& record, std::si
 }
 
 void checkBeside(Findings& findings, const ExchangeFile::Record& record, std::size_t index, const OutlineText& text,
-                 bool hasCodes) {
+                 bool hasCodes, bool scriptIsOriginal) {
   const std::size_t begin = record.number.size() + 1;
   const std::string before = withoutColor(text.text);
-  if (withoutColor(record.text) == before && hasLetter(before)) {
+  if (scriptIsOriginal && withoutColor(record.text) == before && hasLetter(before)) {
     findings.add("untranslated", index, record.line, begin, findings.quoted(record.text));
   }
   const auto colons = [](std::string_view s) { return static_cast<std::size_t>(std::count(s.begin(), s.end(), ':')); };
@@ -68,7 +68,7 @@ void checkBeside(Findings& findings, const ExchangeFile::Record& record, std::si
 
 }  // namespace
 
-void checkExchangeFile(Findings& findings, std::string_view lxf, const Outline* script) {
+void checkExchangeFile(Findings& findings, std::string_view lxf, const Outline* script, bool scriptIsOriginal) {
   const ExchangeFile file = cutExchangeFile(lxf);
   if (file.bareFeeds > 0) {
     std::size_t line = 0;
@@ -97,7 +97,7 @@ void checkExchangeFile(Findings& findings, std::string_view lxf, const Outline* 
   const bool hasCodes = countColorCodes(lxf) > 0;
   for (std::size_t i = 0; i < texts.size(); ++i) {
     if (file.records[i].hasColon) {
-      checkBeside(findings, file.records[i], i, *texts[i], hasCodes);
+      checkBeside(findings, file.records[i], i, *texts[i], hasCodes, scriptIsOriginal);
     }
   }
 }

@@ -61,8 +61,9 @@ void gatherFrozenNames(const Outline& outline, const std::string& relative, Froz
 void checkAgainst(Findings& findings, std::string_view oldWork, const Outline& old, std::string_view work,
                   const Outline& outline, bool strict, const FrozenNames* frozen);
 
-// What is wrong with an exchange file; `script` is the outline of its script or null.
-void checkExchangeFile(Findings& findings, std::string_view lxf, const Outline* script);
+// What is wrong with an exchange file; `script` is the outline of its script or null. Records that are as in the script
+// are untranslated only if the script is an original.
+void checkExchangeFile(Findings& findings, std::string_view lxf, const Outline* script, bool scriptIsOriginal = true);
 
 // Spoilt colour codes of a text, as kind and message by offset; the first ones only, if there are very many.
 struct SpoiltCode {
