@@ -1,6 +1,7 @@
 #include <fmt/format.h>
 
 #include <set>
+#include <unordered_map>
 
 #include "batch/old_version.h"
 #include "batch/ordered_pool.h"
@@ -16,13 +17,27 @@ namespace dravenna {
 namespace {
 
 constexpr std::size_t kServerLine = 1024;  // bytes of a line that the server reads, its end included
+constexpr std::size_t kMostWarnings = 20;
 
 struct Outcome {
   std::vector<PoEntry> entries;
   std::string serverEntries;
-  std::size_t left = 0;  // texts that no PO file can hold
+  std::vector<std::string> left;  // what the PO file lacks: "file:line: why"
   std::string warning;
+  bool unfit = false;
   std::string error;
+};
+
+// A message as the server reads it: msgctxt and msgid lines, and the translation.
+struct ServerEntry {
+  std::string key;
+  std::string translation;
+  std::size_t line;  // of the text that the translation is from
+};
+
+struct ServerEntries {
+  std::vector<ServerEntry> list;
+  std::unordered_map<std::string, std::size_t> byKey;
 };
 
 class PoExport {
@@ -35,14 +50,16 @@ class PoExport {
   Outcome readScript(const Script& script, const OldVersion* oldVersion) const;
   PoEntry entryOf(const Script& script, const OutlineText& text, std::string context, const CarriedText& carried,
                   const OldVersion::Carried& version) const;
-  void addServerEntry(const LoadedScript& script, const OutlineText& text, const CarriedText& carried,
-                      std::set<std::string>& seen, Outcome& outcome) const;
+  std::string addServerEntry(const LoadedScript& script, const OutlineText& text, const CarriedText& carried,
+                             ServerEntries& entries) const;
   void write(const std::string& path, const Outcome& outcome);
   void refuseToOverwrite(const std::string& path) const;
+  void tellLeft(const std::vector<std::string>& left);
 
   Session& session_;
   const PoExportOptions& options_;
   std::set<std::string> folders_;
+  std::size_t left_ = 0;
 };
 
 PoEntry PoExport::entryOf(const Script& script, const OutlineText& text, std::string context,
@@ -54,6 +71,10 @@ PoEntry PoExport::entryOf(const Script& script, const OutlineText& text, std::st
   entry.line = text.lineNumber + 1;
   const bool unsure = carried.state == CarryState::Changed || carried.state == CarryState::Unsure;
   if (carried.state != CarryState::Carried && !unsure) return entry;
+  if (carried.ofPage) {
+    entry.comments.push_back(fmt::format("{}: {}", carried.why, poTextOf(*session_.codec, carried.translation)));
+    return entry;
+  }
   entry.text = poTextOf(*session_.codec, carried.translation);
   entry.fuzzy = unsure && !entry.text.empty();
   if (!entry.fuzzy) return entry;
@@ -64,22 +85,34 @@ PoEntry PoExport::entryOf(const Script& script, const OutlineText& text, std::st
   return entry;
 }
 
-// One entry as the server's reader takes it: it knows no escapes but \" and no lines that go on.
-void PoExport::addServerEntry(const LoadedScript& script, const OutlineText& text, const CarriedText& carried,
-                              std::set<std::string>& seen, Outcome& outcome) const {
+// One entry as the server's reader takes it: it knows no escapes but \" and no lines that go on, and of several entries
+// of one NPC with one msgid it finds the first. Gives why something is left out, or nothing.
+std::string PoExport::addServerEntry(const LoadedScript& script, const OutlineText& text, const CarriedText& carried,
+                                     ServerEntries& entries) const {
   std::string buffer;
   const auto fileBytes = [&](std::string_view work) { return std::string(session_.codec->toFile(work, buffer)); };
-  const bool sure = carried.state == CarryState::Carried;
-  const std::string context = fmt::format("msgctxt \"{}\"\n", fileBytes(script.outline.npcs[text.npc]));
+  const std::string_view npc = script.outline.npcs[text.npc];
+  if (npc.empty()) return "left out: it stands in no NPC";
+  const std::string context = fmt::format("msgctxt \"{}\"\n", fileBytes(npc));
   const std::string id = fmt::format("msgid \"{}\"\n", fileBytes(text.text));
-  std::string translation = fmt::format("msgstr \"{}\"\n", sure ? fileBytes(carried.translation) : std::string());
+  const bool sure = carried.state == CarryState::Carried;
+  const std::string translation =
+      fmt::format("msgstr \"{}\"\n", sure ? fileBytes(carried.translation) : std::string());
   const auto tooLong = [](const std::string& line) { return line.size() >= kServerLine; };
-  if (script.outline.npcs[text.npc].empty() || tooLong(context) || tooLong(id) || tooLong(translation)) {
-    ++outcome.left;
-    return;
+  if (tooLong(context) || tooLong(id) || tooLong(translation)) return "left out: too long for the server";
+  const auto [found, fresh] = entries.byKey.emplace(context + id, entries.list.size());
+  if (fresh) {
+    entries.list.push_back({context + id, translation, text.lineNumber});
+    return {};
   }
-  if (!seen.insert(context + id).second) return;  // the server finds the first one only
-  outcome.serverEntries += context + id + translation + "\n";
+  ServerEntry& first = entries.list[found->second];
+  if (!sure || carried.translation.empty() || first.translation == translation) return {};
+  if (first.translation == "msgstr \"\"\n") {
+    first.translation = translation;
+    first.line = text.lineNumber;
+    return {};
+  }
+  return fmt::format("left out: line {} has another translation of the same text of the NPC", first.line + 1);
 }
 
 Outcome PoExport::readScript(const Script& script, const OldVersion* oldVersion) const {
@@ -90,20 +123,26 @@ Outcome PoExport::readScript(const Script& script, const OldVersion* oldVersion)
     version.result.texts.resize(loaded->records.size());
     if (oldVersion != nullptr) version = oldVersion->carry(script, *loaded);
     outcome.warning = version.warning;
+    outcome.unfit = version.unfit;
     PoContexts contexts(*session_.codec, script.relative);
-    std::set<std::string> seen;
+    ServerEntries serverEntries;
     for (std::size_t i = 0; i < loaded->records.size(); ++i) {
       const OutlineText& text = *loaded->records[i];
       std::string context = contexts.next(*loaded, text);
       if (text.text.empty()) continue;
+      std::string why;
       if (!fitsPo(text.text)) {
-        ++outcome.left;
+        why = "left out: control characters";
       } else if (options_.forServer) {
-        addServerEntry(*loaded, text, version.result.texts[i], seen, outcome);
+        why = addServerEntry(*loaded, text, version.result.texts[i], serverEntries);
       } else {
         outcome.entries.push_back(entryOf(script, text, std::move(context), version.result.texts[i], version));
       }
+      if (!why.empty()) {
+        outcome.left.push_back(fmt::format("{}:{}: {}", shownName(script.path), text.lineNumber + 1, why));
+      }
     }
+    for (const ServerEntry& entry : serverEntries.list) outcome.serverEntries += entry.key + entry.translation + "\n";
   } catch (const Failure& failure) {
     outcome.error = shown(failure.description());
   }
@@ -139,6 +178,12 @@ void PoExport::write(const std::string& path, const Outcome& outcome) {
   }
 }
 
+void PoExport::tellLeft(const std::vector<std::string>& left) {
+  for (const std::string& text : left) {
+    if (++left_ <= kMostWarnings) session_.console.warning(text);
+  }
+}
+
 void PoExport::run() {
   session_.prepare();
   if (!poFilesBuiltIn() && !options_.forServer) throw Failure(u"PO files are not built into this program");
@@ -161,8 +206,9 @@ void PoExport::run() {
       scripts.size(), session_.jobs, [&](std::size_t i) { return readScript(scripts[i], oldVersion.get()); },
       [&](std::size_t i, Outcome&& outcome) {
         if (!outcome.warning.empty()) session_.console.warning(outcome.warning);
+        if (outcome.unfit) session_.console.fail();
         if (!outcome.error.empty()) session_.console.error(outcome.error);
-        all.left += outcome.left;
+        tellLeft(outcome.left);
         messages += outcome.entries.size();
         if (!options_.split) {
           std::move(outcome.entries.begin(), outcome.entries.end(), std::back_inserter(all.entries));
@@ -180,10 +226,7 @@ void PoExport::run() {
   session_.console.endProgress();
   if (interrupted()) return;
   if (!options_.split) write(options_.out, all);
-  if (all.left > 0) {
-    session_.console.warning(
-        fmt::format("{} left out: control characters, or too long for the server", counted(all.left, "text")));
-  }
+  if (left_ > kMostWarnings) session_.console.warning(fmt::format("and {} more left out", left_ - kMostWarnings));
   session_.console.note(fmt::format("{}, {}", counted(scripts.size(), "script"),
                                     options_.forServer ? "written for the server" : counted(messages, "message")));
 }

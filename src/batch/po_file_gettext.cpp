@@ -1,6 +1,7 @@
 #include <fmt/format.h>
 #include <gettext-po.h>
 
+#include <cstdlib>
 #include <memory>
 #include <type_traits>
 
@@ -9,6 +10,7 @@
 #include "platform/memory_file.h"
 #include "platform/terminal.h"
 #include "platform/tree_files.h"
+#include "text/code_page.h"
 #include "text/text.h"
 
 namespace dravenna {
@@ -72,6 +74,25 @@ void insertEntry(po_message_iterator_t iterator, const PoEntry& entry) {
   po_message_insert(iterator, message);
 }
 
+// The strings are taken as UTF-8 and nothing else. A file without a header, or in plain ASCII, may be.
+void refuseOtherCharset(const std::string& path, po_file_t file, std::string_view bytes) {
+  const char* const header = po_file_domain_header(file, nullptr);
+  struct Free {
+    void operator()(char* text) const { std::free(text); }
+  };
+  const std::unique_ptr<char, Free> type(header == nullptr ? nullptr : po_header_field(header, "Content-Type"));
+  const std::string field = orEmpty(type.get());
+  constexpr std::string_view kCharset = "charset=";
+  const std::size_t at = field.find(kCharset);
+  const std::string charset = at == std::string::npos ? std::string() : field.substr(at + kCharset.size());
+  std::string folded = charset;
+  for (char& c : folded) c = c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c;
+  if (!folded.empty() && folded != "utf-8" && folded != "utf8" && folded != "us-ascii" && folded != "ascii") {
+    throw Failure(fromUtf8(fmt::format("{}: its header names the character set {}, not UTF-8", path, charset)));
+  }
+  if (CodePage::utf8()->countUndefined(bytes) > 0) throw Failure(fromUtf8(path) + u": holds bytes that are no UTF-8");
+}
+
 }  // namespace
 
 bool poFilesBuiltIn() { return true; }
@@ -107,6 +128,7 @@ std::vector<PoEntry> readPoFile(const std::string& path) {
   readWhole(path, probe);  // the library's own word for a missing file ends the process
   const File file(po_file_read(path.c_str(), &kHandler));
   if (!file) throw Failure(fromUtf8(path) + u": cannot be read");
+  refuseOtherCharset(path, file.get(), probe);
   std::vector<PoEntry> entries;
   const Iterator iterator(po_message_iterator(file.get(), nullptr));
   while (const po_message_t message = po_next_message(iterator.get())) {
@@ -116,6 +138,11 @@ std::vector<PoEntry> readPoFile(const std::string& path) {
     if (po_message_is_obsolete(message) != 0 || (entry.context.empty() && entry.id.empty())) continue;
     entry.text = orEmpty(po_message_msgstr(message));
     entry.fuzzy = po_message_is_fuzzy(message) != 0;
+    if (const po_filepos_t place = po_message_filepos(message, 0); place != nullptr) {
+      entry.file = orEmpty(po_filepos_file(place));
+      const std::size_t line = po_filepos_start_line(place);
+      entry.line = line == static_cast<std::size_t>(-1) ? 0 : line;
+    }
     entries.push_back(std::move(entry));
   }
   return entries;
