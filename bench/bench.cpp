@@ -45,19 +45,19 @@ using State = benchmark::State;
 
 void loadAndScan(State& state, const fs::path& source) {
   Editor editor(source);
-  for (auto _ : state) editor.form.LoadScript();
+  for ([[maybe_unused]] auto _ : state) editor.form.LoadScript();
   state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(fs::file_size(source)));
 }
 
 void step(State& state, const fs::path& source) {
   Editor editor(source);
-  for (auto _ : state) editor.press(kKeyDown);
+  for ([[maybe_unused]] auto _ : state) editor.press(kKeyDown);
 }
 
 void commit(State& state, const fs::path& source) {
   Editor editor(source);
   bool flip = false;
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     editor.form.EDT.setText((flip = !flip) ? u"A longer text than the one that stood here before" : u"Short");
     editor.press(kKeyEnter);
   }
@@ -70,7 +70,7 @@ void replaceTitle(State& state, const fs::path& source) {
   editor.press(kKeyDown);
   if (editor.form.EDT.Text() != u"Guard") editor.form.Buscar(u"Guard", true);
   bool flip = false;
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     editor.form.EDT.setText((flip = !flip) ? u"Gatekeeper" : u"Guard");
     editor.press(kKeyEnter);
   }
@@ -79,34 +79,34 @@ void replaceTitle(State& state, const fs::path& source) {
 void searchWithoutHit(State& state, const fs::path& source) {
   Editor editor(source);
   editor.form.xIni = 0;
-  for (auto _ : state) editor.form.Buscar(u"CLOSE;", true);  // stands in code only: the walk goes to the end
+  for ([[maybe_unused]] auto _ : state) editor.form.Buscar(u"CLOSE;", true);  // stands in code only: the walk goes to the end
 }
 
 void save(State& state, const fs::path& source) {
   Editor editor(source);
-  for (auto _ : state) editor.form.Salvar();
+  for ([[maybe_unused]] auto _ : state) editor.form.Salvar();
 }
 
 void exportScript(State& state, const fs::path& source) {
   Editor editor(source);
-  for (auto _ : state) editor.form.mnu_Export_Click();
+  for ([[maybe_unused]] auto _ : state) editor.form.mnu_Export_Click();
 }
 
 void importScript(State& state, const fs::path& source) {
   Editor editor(source);
   editor.form.mnu_Export_Click();
-  for (auto _ : state) editor.form.mnu_Import_Click();
+  for ([[maybe_unused]] auto _ : state) editor.form.mnu_Import_Click();
 }
 
 void removeColor(State& state, const fs::path& source) {
   Editor editor(source);
-  for (auto _ : state) benchmark::DoNotOptimize(editor.form.RemoveColor(editor.form.N.Text()));
+  for ([[maybe_unused]] auto _ : state) benchmark::DoNotOptimize(editor.form.RemoveColor(editor.form.N.Text()));
   state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(fs::file_size(source)));
 }
 
 void openPicker(State& state, const fs::path& source) {
   Editor editor(source);
-  for (auto _ : state) editor.press(kKeyF5);
+  for ([[maybe_unused]] auto _ : state) editor.press(kKeyF5);
 }
 
 void registerAll(const std::string& suffix, const fs::path& source) {

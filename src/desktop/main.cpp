@@ -127,6 +127,9 @@ int runWindow(const Arguments& arguments, char** argv, std::chrono::steady_clock
   QCoreApplication::setApplicationName(QStringLiteral("dravenna"));
   QGuiApplication::setDesktopFileName(QStringLiteral("dravenna"));
 
+  if (const std::string wish = codePageWish(); !wish.empty() && codePageByName(wish) == nullptr) {
+    complain(u"DRAVENNA_CODEPAGE: " + fromUtf8(wish) + u" is no code page that is supported; the locale decides", 0);
+  }
   const std::unique_ptr<TextFiles> files = makeTextFiles(systemCodePage());
   const std::unique_ptr<RegistryCalls> registry = makeRegistry();
   const std::unique_ptr<Process> process = makeProcess(arguments.rest);
