@@ -138,6 +138,7 @@ void Check::checkOneScript(const Script& script, Findings& findings) const {
   std::string file;
   std::string buffer;
   const std::string_view work = readWork(session_, script.path, file, buffer);
+  if (checkUtf16(findings, file)) return;
   const Outline outline = outlineOf(work, *session_.lists);
   checkScript(findings, outline, file, work);
   if (options_.against.empty()) return;
@@ -171,7 +172,14 @@ std::string Check::scriptBelow(const std::string& relative) const {
 void Check::checkOneExchangeFile(const Script& script, Findings& findings) const {
   std::string file;
   std::string buffer;
-  const std::string_view lxf = readWork(session_, script.path, file, buffer);
+  std::string_view lxf = readWork(session_, script.path, file, buffer);
+  if (checkUtf16(findings, file)) return;
+  if (constexpr std::string_view kMark = "\xEF\xBB\xBF"; file.compare(0, kMark.size(), kMark) == 0) {
+    findings.list().push_back({1, 1, "lxf-order", "begins with a byte order mark, which is no part of a number"});
+    file.erase(0, kMark.size());
+    lxf = session_.codec->toWork(file, buffer);
+  }
+  checkEncoding(findings, file, lxf);
   if (options_.scripts.empty() && (!given_ || given_->empty())) return checkExchangeFile(findings, lxf, nullptr);
   const std::string path = options_.scripts.empty() ? given_->scriptOf(script) : scriptBelow(script.relative);
   if (path.empty() || pathKind(path) != PathKind::File) {

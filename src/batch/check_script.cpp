@@ -54,6 +54,70 @@ void checkEscapedQuotes(Findings& findings, std::size_t lineNumber, std::string_
   }
 }
 
+}  // namespace
+
+std::string Findings::quoted(std::string_view work) const {
+  // A character has four bytes at most.
+  std::u16string text = codec_.decode(work.substr(0, 4 * kShownCharacters + 4));
+  const bool cut = text.size() > kShownCharacters;
+  if (cut) {
+    text.resize(kShownCharacters - (isHighSurrogate(text[kShownCharacters - 1]) ? 1 : 0));
+    text += u"...";
+  }
+  std::string bytes;
+  std::string out = "\"";
+  codec_.encode(text, bytes);
+  appendEscaped(codec_, bytes, out);
+  return out + "\"";
+}
+
+const std::vector<FindingKind>& findingKinds() {
+  static const std::vector<FindingKind> kinds = {
+      {"odd-quotes", "a line with an odd number of quote marks"},
+      {"comment-in-text", "// inside a text: the rest of the line is a comment"},
+      {"escaped-quote", "\\\" inside a text"},
+      {"color-blank", "^ RRGGBB, with a blank behind the caret"},
+      {"color-short", "a colour code with fewer than six digits"},
+      {"color-digits", "a colour code with G or H, which players see as text"},
+      {"color-no-caret", "000000 without its caret"},
+      {"color-count", "another number of colour codes than in the original, by dialogue page (--strict: by text)"},
+      {"menu-count", "another number of : in a menu's text than in the original"},
+      {"bracket", "a bracket at an end that takes the text out of the exchange file"},
+      {"quote-mark", "a quote mark in a record"},
+      {"untranslated", "a text that is as in the original"},
+      {"utf8", "a file that is UTF-8 whole but is read in another code page"},
+      {"utf16", "a file that is UTF-16"},
+      {"lacked-byte", "bytes that the code page lacks"},
+      {"outside", "bytes outside the texts that are not as in the original"},
+      {"line-ends", "other line ends than the original"},
+      {"missing", "a script of one tree that the other lacks"},
+      {"frozen", "a changed text that code depends on (--frozen)"},
+      {"lxf-line-ends", "an exchange file with LF line ends"},
+      {"lxf-last-line", "an exchange file without CR LF behind its last record"},
+      {"lxf-count", "an exchange file with more or fewer records than the script has texts"},
+      {"lxf-order", "a record without its number"},
+  };
+  return kinds;
+}
+
+bool checkUtf16(Findings& findings, std::string_view file) {
+  const std::string_view mark = file.substr(0, 2);
+  bool wide = mark == "\xFF\xFE" || mark == "\xFE\xFF";
+  // Without a mark: ASCII characters, each beside a NUL.
+  constexpr std::size_t kLooked = 16;
+  if (const std::size_t units = std::min(file.size(), kLooked) / 2; !wide && units >= 2) {
+    std::size_t first = 0;
+    std::size_t second = 0;
+    for (std::size_t i = 0; i < units; ++i) {
+      if (file[2 * i] == '\0') ++first;
+      if (file[2 * i + 1] == '\0') ++second;
+    }
+    wide = (first == units && second == 0) || (second == units && first == 0);
+  }
+  if (wide) findings.list().push_back({1, 1, "utf16", "the file is UTF-16, which is read in no code page"});
+  return wide;
+}
+
 void checkEncoding(Findings& findings, std::string_view file, std::string_view work) {
   const CodePage& page = findings.codec().page();
   if (isAscii(file)) return;
@@ -95,51 +159,6 @@ void checkEncoding(Findings& findings, std::string_view file, std::string_view w
       }
     }
   });
-}
-
-}  // namespace
-
-std::string Findings::quoted(std::string_view work) const {
-  // A character has four bytes at most.
-  std::u16string text = codec_.decode(work.substr(0, 4 * kShownCharacters + 4));
-  const bool cut = text.size() > kShownCharacters;
-  if (cut) {
-    text.resize(kShownCharacters - (isHighSurrogate(text[kShownCharacters - 1]) ? 1 : 0));
-    text += u"...";
-  }
-  std::string bytes;
-  std::string out = "\"";
-  codec_.encode(text, bytes);
-  appendEscaped(codec_, bytes, out);
-  return out + "\"";
-}
-
-const std::vector<FindingKind>& findingKinds() {
-  static const std::vector<FindingKind> kinds = {
-      {"odd-quotes", "a line with an odd number of quote marks"},
-      {"comment-in-text", "// inside a text: the rest of the line is a comment"},
-      {"escaped-quote", "\\\" inside a text"},
-      {"color-blank", "^ RRGGBB, with a blank behind the caret"},
-      {"color-short", "a colour code with fewer than six digits"},
-      {"color-digits", "a colour code with G or H, which players see as text"},
-      {"color-no-caret", "000000 without its caret"},
-      {"color-count", "another number of colour codes than in the original, by dialogue page (--strict: by text)"},
-      {"menu-count", "another number of : in a menu's text than in the original"},
-      {"bracket", "a bracket at an end that takes the text out of the exchange file"},
-      {"quote-mark", "a quote mark in a record"},
-      {"untranslated", "a text that is as in the original"},
-      {"utf8", "a file that is UTF-8 whole but is read in another code page"},
-      {"lacked-byte", "bytes that the code page lacks"},
-      {"outside", "bytes outside the texts that are not as in the original"},
-      {"line-ends", "other line ends than the original"},
-      {"missing", "a script of one tree that the other lacks"},
-      {"frozen", "a changed text that code depends on (--frozen)"},
-      {"lxf-line-ends", "an exchange file with LF line ends"},
-      {"lxf-last-line", "an exchange file without CR LF behind its last record"},
-      {"lxf-count", "an exchange file with more or fewer records than the script has texts"},
-      {"lxf-order", "a record without its number"},
-  };
-  return kinds;
 }
 
 std::vector<SpoiltCode> findSpoiltCodes(std::string_view text) {

@@ -50,6 +50,11 @@ struct FindingKind {
 };
 const std::vector<FindingKind>& findingKinds();
 
+// Tells of a file in UTF-16, which no code page of the tool is; nothing else is worth a look then.
+bool checkUtf16(Findings& findings, std::string_view file);
+// UTF-8 in an 8-bit tree, and bytes that the code page lacks. `file` are the bytes on disk.
+void checkEncoding(Findings& findings, std::string_view file, std::string_view work);
+
 // What is wrong with a script by itself: its quote marks, its colour codes, its encoding. `file` are the bytes on disk.
 void checkScript(Findings& findings, const Outline& outline, std::string_view file, std::string_view work);
 
