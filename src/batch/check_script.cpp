@@ -83,7 +83,7 @@ const std::vector<FindingKind>& findingKinds() {
       {"color-count", "another number of colour codes than in the original, by dialogue page (--strict: by text)"},
       {"menu-count", "another number of : in a menu's text than in the original"},
       {"bracket", "a bracket at an end that takes the text out of the exchange file"},
-      {"quote-mark", "a quote mark in a record"},
+      {"quote-mark", "a quote mark in a record, or more of them in a text than the original has"},
       {"untranslated", "a text that is as in the original"},
       {"utf8", "a file that is UTF-8 whole but is read in another code page"},
       {"utf16", "a file that is UTF-16"},
@@ -159,6 +159,12 @@ void checkEncoding(Findings& findings, std::string_view file, std::string_view w
       }
     }
   });
+}
+
+bool isEscaped(std::string_view text, std::size_t quote) {
+  std::size_t backslashes = 0;
+  while (backslashes < quote && text[quote - backslashes - 1] == '\\') ++backslashes;
+  return backslashes % 2 != 0;
 }
 
 std::vector<SpoiltCode> findSpoiltCodes(std::string_view text) {

@@ -70,6 +70,9 @@ void checkAgainst(Findings& findings, std::string_view oldWork, const Outline& o
 // are untranslated only if the script is an original.
 void checkExchangeFile(Findings& findings, std::string_view lxf, const Outline* script, bool scriptIsOriginal = true);
 
+// Whether the quote mark at `quote` has an odd number of backslashes in front: `\\"` is a backslash and the mark.
+bool isEscaped(std::string_view text, std::size_t quote);
+
 // Spoilt colour codes of a text, as kind and message by offset; the first ones only, if there are very many.
 struct SpoiltCode {
   std::size_t offset;
