@@ -2,6 +2,7 @@
 
 #include <map>
 #include <nlohmann/json.hpp>
+#include <unordered_set>
 
 #include "batch/ordered_pool.h"
 #include "batch/outline.h"
@@ -16,7 +17,7 @@ namespace {
 
 constexpr char kFooter[] =
     "Words and colour codes are those of messages and titles. Texts done are those with a record that are not as in\n"
-    "the original, or hold no letter; the others remain.\n"
+    "the original, or hold no letter; the others remain, with those of scripts that only the original tree has.\n"
     "Examples:\n"
     "  dravenna-lxf stats npc                       a table, a line for each script and one for all\n"
     "  dravenna-lxf stats npc-es --against npc      how far the translation is\n"
@@ -140,6 +141,36 @@ Outcome measure(const Session& session, const Options& options, const Script& sc
   return outcome;
 }
 
+// A script of the original tree that the translated one lacks: all of it remains.
+Outcome measureMissing(const Session& session, const Script& original) {
+  Outcome outcome;
+  try {
+    std::string file;
+    std::string work;
+    for (const OutlineText& text : outlineOf(readWork(session, original.path, file, work), *session.lists).texts) {
+      if (text.record) ++outcome.figures[Remaining];
+    }
+  } catch (const Failure& failure) {
+    outcome.error = shown(failure.description());
+  }
+  return outcome;
+}
+
+// Two whole trees are compared, not some of their scripts.
+std::vector<Script> missingScripts(Session& session, const Options& options, const std::vector<Script>& scripts) {
+  std::vector<Script> missing;
+  if (options.against.empty() || options.paths.size() != 1 || pathKind(options.paths[0]) != PathKind::Folder ||
+      pathKind(options.against) != PathKind::Folder) {
+    return missing;
+  }
+  std::unordered_set<std::string> here;
+  for (const Script& script : scripts) here.insert(script.relative);
+  for (Script& original : collectScripts(session, {options.against})) {
+    if (here.count(original.relative) == 0) missing.push_back(std::move(original));
+  }
+  return missing;
+}
+
 class Report {
  public:
   Report(const Options& options, std::string& out) : json_(options.json), leftOut_(options.leftOut), out_(out) {
@@ -162,6 +193,10 @@ class Report {
       row(outcome.figures, shownName(path));
     }
     ++files_;
+    addToTotal(outcome);
+  }
+
+  void addToTotal(const Outcome& outcome) {
     for (std::size_t i = 0; i < kFigures; ++i) total_[i] += outcome.figures[i];
     for (const auto& [reason, count] : outcome.leftOut) leftOutTotal_[reason] += count;
   }
@@ -211,6 +246,7 @@ class Report {
 
 void run(Session& session, const Options& options) {
   session.prepare();
+  if (options.leftOut && !options.against.empty()) throw UsageError("--left-out and --against do not go together");
   if (!options.against.empty() && pathKind(options.against) == PathKind::Missing) {
     throw Failure(u"No such file or directory: '" + fromUtf8(options.against) + u"'");
   }
@@ -235,6 +271,19 @@ void run(Session& session, const Options& options) {
           session.console.error(outcome.error);
         }
         session.console.progress(i + 1, scripts.size());
+        return output.flushSome();
+      });
+  const std::vector<Script> missing = missingScripts(session, options, scripts);
+  runOrdered<Outcome>(
+      missing.size(), session.jobs, [&](std::size_t i) { return measureMissing(session, missing[i]); },
+      [&](std::size_t i, Outcome&& outcome) {
+        if (outcome.error.empty()) {
+          session.console.warning(fmt::format("{}: not in the translated tree, {} remaining", shownName(missing[i].path),
+                                              counted(outcome.figures[Remaining], "text")));
+          report.add(missing[i].path, outcome);
+        } else {
+          session.console.error(outcome.error);
+        }
         return output.flushSome();
       });
   report.end();
