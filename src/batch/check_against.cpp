@@ -244,6 +244,39 @@ class OutsideCheck {
   std::vector<std::string_view> lines_;
 };
 
+// The line ends of a script but for the last one.
+struct LineEnds {
+  bool crlf = false;
+  bool lf = false;
+  std::string_view lastLine;
+  std::string_view last;
+  std::size_t lines = 0;
+};
+
+LineEnds lineEndsOf(std::string_view work) {
+  LineEnds ends;
+  forEachLine(work, [&](const ScriptLine& line) {
+    if (ends.lines > 0) (ends.last.size() == 2 ? ends.crlf : ends.lf) = true;
+    ends.lastLine = line.text;
+    ends.last = line.ending;
+    ++ends.lines;
+  });
+  return ends;
+}
+
+void checkLineEnds(Findings& findings, std::string_view oldWork, std::string_view work) {
+  const LineEnds old = lineEndsOf(oldWork);
+  const LineEnds ends = lineEndsOf(work);
+  const bool oneHasNone = ends.lines > 0 && old.lines > 0 && ends.last.empty() != old.last.empty();
+  if (oneHasNone && ends.crlf == old.crlf && ends.lf == old.lf) {
+    findings.add("line-ends", ends.lines - 1, ends.lastLine, ends.lastLine.size(),
+                 ends.last.empty() ? "no line end behind the last line, the original has one"
+                                   : "a line end behind the last line, the original has none");
+  } else {
+    findings.list().push_back({1, 1, "line-ends", "other line ends than the original"});
+  }
+}
+
 }  // namespace
 
 void gatherFrozenNames(const Outline& outline, const std::string& relative, FrozenNames& names) {
@@ -276,7 +309,7 @@ void checkAgainst(Findings& findings, std::string_view oldWork, const Outline& o
     checkText(findings, old.texts[pairing.oldOf[i]], outline.texts[i], strict, frozen);
   }
   if (!strict) checkPages(findings, old, outline, pairing);
-  if (pairing.lineEndsDiffer) findings.list().push_back({1, 1, "line-ends", "other line ends than the original"});
+  if (pairing.lineEndsDiffer) checkLineEnds(findings, oldWork, work);
   if (pairing.outside.empty()) return;
   OutsideCheck outside(findings, oldWork, old, work, outline);
   for (const OutsideChange& change : pairing.outside) outside.check(change);

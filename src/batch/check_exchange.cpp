@@ -1,6 +1,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <charconv>
 
 #include "batch/exchange_file.h"
 #include "batch/findings.h"
@@ -18,14 +19,45 @@ std::vector<const OutlineText*> recordTexts(const Outline& script) {
   return texts;
 }
 
-void checkRecord(Findings& findings, const ExchangeFile::Record& record, std::size_t index) {
+// Which number a record must bear. Where the numbers jump, one finding is enough: the next one may go on from the number
+// that was borne or from the one that was due.
+class Numbers {
+ public:
+  // Whether the record bears a number that may be.
+  bool take(const ExchangeFile::Record& record) {
+    const bool fits = bearsNumber(record, due_) || bearsNumber(record, other_);
+    const std::size_t borne = numberOf(record);
+    const std::size_t next = due_ + 1;
+    other_ = !record.hasColon ? due_ : fits || borne == 0 ? next : borne + 1;
+    due_ = fits ? borne + 1 : next;
+    if (fits) other_ = due_;
+    return fits;
+  }
+  std::size_t due() const { return due_; }
+
+ private:
+  // 0 for none.
+  static std::size_t numberOf(const ExchangeFile::Record& record) {
+    std::size_t number = 0;
+    const auto [end, error] =
+        std::from_chars(record.number.data(), record.number.data() + record.number.size(), number);
+    return error == std::errc() && bearsNumber(record, number) ? number : 0;
+  }
+
+  std::size_t due_ = 1;
+  std::size_t other_ = 1;
+};
+
+void checkRecord(Findings& findings, const ExchangeFile::Record& record, std::size_t index, Numbers& numbers) {
+  const std::size_t due = numbers.due();
+  const bool fits = numbers.take(record);
   if (!record.hasColon) {
     findings.add("lxf-order", index, record.line, 0, "no number and colon: an import stops here");
     return;
   }
-  if (!bearsNumber(record, index + 1)) {
+  if (!fits) {
     findings.add("lxf-order", index, record.line, 0,
-                 fmt::format("bears the number {}, not {}", findings.quoted(record.number), index + 1));
+                 fmt::format("bears the number {}, not {}", findings.quoted(record.number), due));
   }
   const std::size_t begin = record.number.size() + 1;
   const std::string_view text = record.text;
@@ -83,11 +115,14 @@ void checkExchangeFile(Findings& findings, std::string_view lxf, const Outline* 
     findings.add("lxf-last-line", file.records.size(), file.rest, 0,
                  "no CR LF behind the last record: an import loses it");
   }
-  for (std::size_t i = 0; i < file.records.size(); ++i) checkRecord(findings, file.records[i], i);
+  Numbers numbers;
+  for (std::size_t i = 0; i < file.records.size(); ++i) checkRecord(findings, file.records[i], i, numbers);
   if (script == nullptr) return;
 
   const std::vector<const OutlineText*> texts = recordTexts(*script);
-  if (texts.size() != file.records.size()) {
+  // A record that only lacks its line end is told above.
+  const bool isWhole = texts.size() == file.records.size();
+  if (!isWhole && (file.rest.empty() || file.bareFeeds > 0 || texts.size() != file.records.size() + 1)) {
     findings.list().push_back(
         {file.records.size() + 1, 1, "lxf-count",
          fmt::format("{}, the script has {}", counted(file.records.size(), "record"), counted(texts.size(), "text"))});
@@ -95,7 +130,7 @@ void checkExchangeFile(Findings& findings, std::string_view lxf, const Outline* 
   }
   // A file without any code is an ordinary export, which leaves them out.
   const bool hasCodes = countColorCodes(lxf) > 0;
-  for (std::size_t i = 0; i < texts.size(); ++i) {
+  for (std::size_t i = 0; i < file.records.size(); ++i) {
     if (file.records[i].hasColon) {
       checkBeside(findings, file.records[i], i, *texts[i], hasCodes, scriptIsOriginal);
     }

@@ -48,6 +48,7 @@ void checkOddQuotes(Findings& findings, const OutlineError& error) {
 void checkEscapedQuotes(Findings& findings, std::size_t lineNumber, std::string_view line, std::string_view code) {
   std::size_t count = 0;
   for (std::size_t at = code.find("\\\""); at != std::string_view::npos; at = code.find("\\\"", at + 2)) {
+    if (!isEscaped(code, at + 1)) continue;
     if (++count > kMostInText) return;
     findings.add("escaped-quote", lineNumber, line, at,
                  "\\\" stays inside the text for the server, but cuts it for the translation");
