@@ -217,9 +217,9 @@ void Check::gatherFrozen() {
       [&](std::size_t i) {
         FrozenNames names;
         std::string file;
-        std::string work;
-        gatherFrozenNames(outlineOf(readWork(session_, originals[i].path, file, work), *session_.lists),
-                          originals[i].relative, names);
+        std::string buffer;
+        const std::string_view work = readWork(session_, originals[i].path, file, buffer);
+        gatherFrozenNames(work, outlineOf(work, *session_.lists), originals[i].relative, names);
         return names;
       },
       [&](std::size_t, FrozenNames&& names) {

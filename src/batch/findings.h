@@ -60,7 +60,7 @@ void checkScript(Findings& findings, const Outline& outline, std::string_view fi
 
 // Texts that the scripts' code refers to by name.
 using FrozenNames = std::unordered_set<std::string>;
-void gatherFrozenNames(const Outline& outline, const std::string& relative, FrozenNames& names);
+void gatherFrozenNames(std::string_view work, const Outline& outline, const std::string& relative, FrozenNames& names);
 
 // What is wrong with a translated script beside its original. `frozen` may be null.
 void checkAgainst(Findings& findings, std::string_view oldWork, const Outline& old, std::string_view work,
