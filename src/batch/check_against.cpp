@@ -321,8 +321,7 @@ void checkLineEnds(Findings& findings, std::string_view oldWork, std::string_vie
 
 }  // namespace
 
-void gatherFrozenNames(std::string_view work, const Outline& outline, const std::string& relative,
-                       FrozenNames& names) {
+void gatherFrozenNames(std::string_view work, const Outline& outline, const std::string& relative, FrozenNames& names) {
   const std::string file = relative.substr(relative.rfind('/') + 1);
   names.insert(file);
   names.insert(file.substr(0, file.rfind('.')));

@@ -19,8 +19,8 @@ std::vector<const OutlineText*> recordTexts(const Outline& script) {
   return texts;
 }
 
-// Which number a record must bear. Where the numbers jump, one finding is enough: the next one may go on from the number
-// that was borne or from the one that was due.
+// Which number a record must bear. Where the numbers jump, one finding is enough: the next one may go on from the
+// number that was borne or from the one that was due.
 class Numbers {
  public:
   // Whether the record bears a number that may be.

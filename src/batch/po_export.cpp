@@ -96,8 +96,7 @@ std::string PoExport::addServerEntry(const LoadedScript& script, const OutlineTe
   const std::string context = fmt::format("msgctxt \"{}\"\n", fileBytes(npc));
   const std::string id = fmt::format("msgid \"{}\"\n", fileBytes(text.text));
   const bool sure = carried.state == CarryState::Carried;
-  const std::string translation =
-      fmt::format("msgstr \"{}\"\n", sure ? fileBytes(carried.translation) : std::string());
+  const std::string translation = fmt::format("msgstr \"{}\"\n", sure ? fileBytes(carried.translation) : std::string());
   const auto tooLong = [](const std::string& line) { return line.size() >= kServerLine; };
   if (tooLong(context) || tooLong(id) || tooLong(translation)) return "left out: too long for the server";
   const auto [found, fresh] = entries.byKey.emplace(context + id, entries.list.size());

@@ -75,10 +75,10 @@ void PoImport::tellUnplaced(const Entries& entries) {
     if (entries.placed[i]) ++placed_;
     if (entries.placed[i] || entry.text.empty()) continue;
     if (++unplaced_ > kMostWarnings || !wholeFolders_) continue;
-    session_.console.warning(
-        fmt::format("{}:{}: left out of {}: no such place in the scripts: {}",
-                    entry.file.empty() ? "(no reference)" : shownName(entry.file), entry.line,
-                    shownName(entries.path), shownName(entry.context.empty() ? entry.id : entry.context)));
+    session_.console.warning(fmt::format("{}:{}: left out of {}: no such place in the scripts: {}",
+                                         entry.file.empty() ? "(no reference)" : shownName(entry.file), entry.line,
+                                         shownName(entries.path),
+                                         shownName(entry.context.empty() ? entry.id : entry.context)));
   }
 }
 
@@ -214,10 +214,10 @@ void PoImport::summary() {
                                        entries_ > 0 ? "it was made from other scripts, or from another folder of them"
                                                     : "no script has its PO file there"));
   }
-  std::string text = fmt::format("{}{} {}, {} changed, {} fuzzy ones left out, {} without a place",
-                                 options_.dryRun ? "dry run: " : "", counted(written_, "script"),
-                                 options_.dryRun ? "would be written" : "written", counted(changed_, "text"), fuzzy_,
-                                 unplaced_);
+  std::string text =
+      fmt::format("{}{} {}, {} changed, {} fuzzy ones left out, {} without a place", options_.dryRun ? "dry run: " : "",
+                  counted(written_, "script"), options_.dryRun ? "would be written" : "written",
+                  counted(changed_, "text"), fuzzy_, unplaced_);
   if (split_) text += fmt::format(", {} without a PO file", counted(withoutFile_, "script"));
   session_.console.note(text);
 }

@@ -278,8 +278,8 @@ void run(Session& session, const Options& options) {
       missing.size(), session.jobs, [&](std::size_t i) { return measureMissing(session, missing[i]); },
       [&](std::size_t i, Outcome&& outcome) {
         if (outcome.error.empty()) {
-          session.console.warning(fmt::format("{}: not in the translated tree, {} remaining", shownName(missing[i].path),
-                                              counted(outcome.figures[Remaining], "text")));
+          session.console.warning(fmt::format("{}: not in the translated tree, {} remaining",
+                                              shownName(missing[i].path), counted(outcome.figures[Remaining], "text")));
           report.add(missing[i].path, outcome);
         } else {
           session.console.error(outcome.error);
