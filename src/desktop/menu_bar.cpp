@@ -12,16 +12,19 @@ namespace dravenna {
 MenuBar::MenuBar(QMenuBar& bar, Principal& principal, const std::function<void(Click)>& run) {
   std::map<const MenuEntry*, QMenu*> menus;
   for (const MenuPlace& place : principal.menu()) {
-    QMenu* parent = place.parent != nullptr ? menus.at(place.parent) : nullptr;
     QAction* action = nullptr;
-    if (place.entry->Caption == u"-") {
-      action = parent->addSeparator();
-    } else if (place.click == nullptr) {
-      QMenu* menu = parent != nullptr ? parent->addMenu(QString()) : bar.addMenu(QString());
+    const auto keepMenu = [&](QMenu* menu) {
       menus.emplace(place.entry, menu);
       action = menu->menuAction();
+    };
+    if (place.parent == nullptr) {
+      keepMenu(bar.addMenu(QString()));
+    } else if (QMenu& parent = *menus.at(place.parent); place.entry->Caption == u"-") {
+      action = parent.addSeparator();
+    } else if (place.click == nullptr) {
+      keepMenu(parent.addMenu(QString()));
     } else {
-      action = parent->addAction(QString());
+      action = parent.addAction(QString());
       QObject::connect(action, &QAction::triggered, &bar, [run, click = place.click] { run(click); });
       if (place.shortcut != 0) action->setShortcut(QKeySequence(Qt::CTRL | static_cast<Qt::Key>(place.shortcut)));
     }

@@ -88,7 +88,7 @@ TEST_F(ScriptViewTest, BringsSelectionsIntoViewUntilTheUserScrolls) {
   view.resize(300, 150);
   show(22 * 700, 6);
   view.resize(250, 90);
-  EXPECT_FALSE(view.rectOf(22 * 700).isNull());
+  EXPECT_FALSE(view.rectOf(std::size_t{22} * 700).isNull());
 }
 
 TEST_F(ScriptViewTest, SpeaksTheModelsOffsetsAndLines) {
