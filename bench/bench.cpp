@@ -79,7 +79,8 @@ void replaceTitle(State& state, const fs::path& source) {
 void searchWithoutHit(State& state, const fs::path& source) {
   Editor editor(source);
   editor.form.xIni = 0;
-  for ([[maybe_unused]] auto _ : state) editor.form.Buscar(u"CLOSE;", true);  // stands in code only: the walk goes to the end
+  for ([[maybe_unused]] auto _ : state)
+    editor.form.Buscar(u"CLOSE;", true);  // stands in code only: the walk goes to the end
 }
 
 void save(State& state, const fs::path& source) {
