@@ -47,6 +47,13 @@ std::string whyNoFit(const ExchangeFile& file, std::size_t texts) {
   return {};
 }
 
+bool isUtf8InAnotherPage(const CodePage& page, std::string_view exchangeFile, std::string_view script) {
+  const auto isUtf8 = [](std::string_view bytes) {
+    return !isAscii(bytes) && CodePage::utf8()->countUndefined(bytes) == 0;
+  };
+  return !page.isUtf8() && isUtf8(exchangeFile) && !isUtf8(script);
+}
+
 void writeExchangeFile(const std::string& path, std::string_view bytes, bool force) {
   if (!force && pathKind(path) == PathKind::File) {
     thread_local std::string old;

@@ -4,6 +4,8 @@
 #include <string_view>
 #include <vector>
 
+#include "text/code_page.h"
+
 namespace dravenna {
 
 // An exchange file cut at CR LF and at nothing else.
@@ -28,7 +30,12 @@ bool bearsNumber(const ExchangeFile::Record& record, std::size_t number);
 // texts, numbered from 1 in order, every line ended by CR LF.
 std::string whyNoFit(const ExchangeFile& file, std::size_t texts);
 
-// Writes an exchange file of a tree. One that exists with other contents may be a translation: without `force` that is
+// Whether an exchange file is UTF-8 whole, `page` is another code page, and the script gives no reason for that; and
+// what to tell then. Both are the bytes on disk.
+bool isUtf8InAnotherPage(const CodePage& page, std::string_view exchangeFile, std::string_view script);
+inline constexpr char kUtf8InAnotherPage[] = "it is UTF-8, but is read in the code page of the scripts";
+
+// Writes an exchange file. One that exists with other contents may be a translation: without `force` that is
 // left alone and a failure. Throws Failure.
 void writeExchangeFile(const std::string& path, std::string_view bytes, bool force);
 

@@ -35,7 +35,7 @@ struct Options {
 // Another script in the place of an exchange file: `export npc/*.txt` where two were meant.
 bool isNamedLikeAScript(const Session& session, const std::string& path) {
   const std::string name = path.substr(path.rfind('/') + 1);
-  return matchesAny(session.include.empty() ? std::vector<std::string>{"*.txt"} : session.include, name);
+  return matchesAny(session.include.empty() ? kScriptNames : session.include, name);
 }
 
 void exportOne(Session& session, const Options& options) {
@@ -59,17 +59,9 @@ void exportOne(Session& session, const Options& options) {
       throw UsageError(
           fmt::format("{} exists and is named like a script; several scripts need --out DIR", shownName(target)));
     }
-    if (!named && !options.force) {
-      // A translation may stand there.
-      readWhole(target, file);
-      if (file != bytes) {
-        throw Failure(fromUtf8(target) +
-                      u": exists with other contents; name it behind the script, or --force, to overwrite it");
-      }
-    }
   }
   if (target == script) throw UsageError("the exchange file would overwrite the script");
-  writeWhole(target, bytes);
+  writeExchangeFile(target, bytes, options.force || named);
 }
 
 struct Outcome {

@@ -58,7 +58,7 @@ void importOne(Session& session, const ImportOptions& options) {
 
   Merge merge = mergeWork(*session.codec, *session.lists, script, lxf, options.keepEol);
   if (!merge.error.empty()) throw Failure(fromUtf8(lxfPath) + u":" + merge.error);
-  warnOfOddities(session, lxfPath, cut, merge.texts, isUtf8InAnotherPage(session, lxfFile, file));
+  warnOfOddities(session, lxfPath, cut, merge.texts, isUtf8InAnotherPage(session.codec->page(), lxfFile, file));
   if (path == "-") {
     if (!writeStandardOutput(merge.bytes)) session.console.fail();
     return;

@@ -92,7 +92,7 @@ Outcome TreeImport::mergeScript(const Script& script, std::string& bytes) {
   const std::string why = whyNoFit(cut, texts);
   if (!why.empty() && !options_.force) return refuse(why);
   if (!why.empty()) outcome.warnings.push_back(fmt::format("{}: {}", shownName(lxfPath), why));
-  if (isUtf8InAnotherPage(session_, lxfFile, file)) {
+  if (isUtf8InAnotherPage(session_.codec->page(), lxfFile, file)) {
     outcome.warnings.push_back(fmt::format("{}: {}", shownName(lxfPath), kUtf8InAnotherPage));
   }
   if (lxf.empty()) return outcome;  // a script without texts, or forced with nothing to merge

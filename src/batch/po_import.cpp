@@ -225,7 +225,6 @@ void PoImport::summary() {
 void PoImport::run() {
   session_.prepare();
   if (!poFilesBuiltIn()) throw Failure(u"PO files are not built into this program");
-  if (options_.backup.find('/') != std::string::npos) throw UsageError("--backup: the suffix holds a /");
   split_ = pathKind(options_.from) == PathKind::Folder;
   wholeFolders_ = std::any_of(options_.paths.begin(), options_.paths.end(),
                               [](const std::string& path) { return pathKind(path) == PathKind::Folder; });

@@ -156,13 +156,6 @@ void addBackupOption(CLI::App& verb, std::string& suffix) {
           ""));
 }
 
-bool isUtf8InAnotherPage(const Session& session, std::string_view exchangeFile, std::string_view script) {
-  const auto isUtf8 = [](std::string_view bytes) {
-    return !isAscii(bytes) && CodePage::utf8()->countUndefined(bytes) == 0;
-  };
-  return !session.codec->page().isUtf8() && isUtf8(exchangeFile) && !isUtf8(script);
-}
-
 std::string shown(const std::u16string& text) {
   std::string out;
   appendEscapedName(toUtf8(text), out);

@@ -47,10 +47,14 @@ struct Script {
   std::string relative;  // below the folder that was named; the file's own name when the file was
 };
 
+// What folders are searched for without --include.
+inline const std::vector<std::string> kScriptNames = {"*.txt"};
+
 // The scripts that the arguments stand for, in their order, folders by their sorted names, each file once. Folders are
-// searched for what the include patterns fit (else `*.txt`). What is missing is reported and sets the exit status.
+// searched for what the include patterns fit (else `defaultInclude`). What is missing is reported and sets the exit
+// status.
 std::vector<Script> collectScripts(Session& session, const std::vector<std::string>& arguments,
-                                   const std::vector<std::string>& defaultInclude = {"*.txt"});
+                                   const std::vector<std::string>& defaultInclude = kScriptNames);
 
 // `folder` and a relative path with `/` between its names.
 std::string joinPath(const std::string& folder, const std::string& relative);
@@ -67,11 +71,6 @@ std::string shownName(std::string_view name);
 
 // `--backup SUFFIX`, for verbs that replace scripts.
 void addBackupOption(CLI::App& verb, std::string& suffix);
-
-// Whether an exchange file is UTF-8 whole, is read in another code page, and its script gives no reason for that; and
-// what to tell then.
-bool isUtf8InAnotherPage(const Session& session, std::string_view exchangeFile, std::string_view script);
-inline constexpr char kUtf8InAnotherPage[] = "it is UTF-8, but is read in the 8-bit code page of the scripts";
 
 // "1 script", "2 scripts".
 std::string counted(std::size_t count, std::string_view noun);
