@@ -1,75 +1,138 @@
 #pragma once
 
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <functional>
 #include <string>
+#include <string_view>
 
 #include "platform/posix/system_calls.h"
 
 namespace dravenna {
 
-// The system with one call that goes wrong.
+// The system with one call that goes wrong, or in which the process is killed.
 class FaultyCalls : public posix::SystemCalls {
  public:
-  enum class Fault { Error, Interrupted, ShortWrite };
+  enum class Fault { None, Error, Interrupted, ShortWrite, KillBefore, KillAfter };
 
-  // The call number `at`, from 0, goes wrong; `error` is its errno.
+  FaultyCalls() = default;
+  // The call number `at`, from 0, goes wrong; `error` is its errno. Only the calls count that can go wrong in this way.
   FaultyCalls(Fault fault, int at, int error = EIO) : fault_(fault), left_(at), error_(error) {}
 
   bool happened() const { return !failed_.empty(); }
   const std::string& failed() const { return failed_; }  // name of the call
 
   int open(const char* path, int flags, mode_t mode) override {
-    return fails("open") ? -1 : SystemCalls::open(path, flags, mode);
+    return make("open", kBlocks, [&] { return SystemCalls::open(path, flags, mode); });
   }
   int close(int file) override {
-    const int result = SystemCalls::close(file);
-    return fails("close") ? -1 : result;
+    return make("close", kBlocks | kTakesEffect, [&] { return SystemCalls::close(file); });
   }
   ssize_t read(int file, void* to, std::size_t size) override {
-    return fails("read") ? -1 : SystemCalls::read(file, to, size);
+    return make("read", kBlocks, [&] { return SystemCalls::read(file, to, size); });
   }
   ssize_t write(int file, const void* from, std::size_t size) override {
+    const auto some = [&](std::size_t bytes) { return SystemCalls::write(file, from, bytes); };
+    if (fault_ == Fault::KillBefore && left_ == 0) some(size / 2);
     if (fault_ == Fault::ShortWrite && size > 1 && left_-- == 0) {
       failed_ = "write";
-      return SystemCalls::write(file, from, size / 2);
+      return some(size / 2);
     }
-    return fails("write") ? -1 : SystemCalls::write(file, from, size);
+    return make("write", kBlocks, [&] { return some(size); });
   }
-  int fsync(int file) override { return fails("fsync") ? -1 : SystemCalls::fsync(file); }
-  int flock(int file, int operation) override { return fails("flock") ? -1 : SystemCalls::flock(file, operation); }
-
-  // These are never interrupted.
-  int fstat(int file, struct stat& to) override { return refuses("fstat") ? -1 : SystemCalls::fstat(file, to); }
-  int stat(const char* path, struct stat& to) override { return refuses("stat") ? -1 : SystemCalls::stat(path, to); }
-  int lstat(const char* path, struct stat& to) override { return refuses("lstat") ? -1 : SystemCalls::lstat(path, to); }
-  int mayWrite(const char* path) override { return refuses("mayWrite") ? -1 : SystemCalls::mayWrite(path); }
+  int fsync(int file) override {
+    return make("fsync", kBlocks, [&] { return SystemCalls::fsync(file); });
+  }
+  int flock(int file, int operation) override {
+    return make("flock", kBlocks, [&] { return SystemCalls::flock(file, operation); });
+  }
+  int fstat(int file, struct stat& to) override {
+    return make("fstat", 0, [&] { return SystemCalls::fstat(file, to); });
+  }
+  int stat(const char* path, struct stat& to) override {
+    return make("stat", 0, [&] { return SystemCalls::stat(path, to); });
+  }
+  int lstat(const char* path, struct stat& to) override {
+    return make("lstat", 0, [&] { return SystemCalls::lstat(path, to); });
+  }
+  int mayWrite(const char* path) override {
+    return make("mayWrite", 0, [&] { return SystemCalls::mayWrite(path); });
+  }
   int realpath(const char* path, std::string& to) override {
-    return refuses("realpath") ? -1 : SystemCalls::realpath(path, to);
+    return make("realpath", 0, [&] { return SystemCalls::realpath(path, to); });
   }
   int readlink(const char* path, std::string& to) override {
-    return refuses("readlink") ? -1 : SystemCalls::readlink(path, to);
+    return make("readlink", 0, [&] { return SystemCalls::readlink(path, to); });
   }
-  int fchmod(int file, mode_t mode) override { return refuses("fchmod") ? -1 : SystemCalls::fchmod(file, mode); }
+  int fchmod(int file, mode_t mode) override {
+    return make("fchmod", 0, [&] { return SystemCalls::fchmod(file, mode); });
+  }
   int fchown(int file, uid_t user, gid_t group) override {
-    return refuses("fchown") ? -1 : SystemCalls::fchown(file, user, group);
+    return make("fchown", 0, [&] { return SystemCalls::fchown(file, user, group); });
   }
   int rename(const char* from, const char* to) override {
-    return refuses("rename") ? -1 : SystemCalls::rename(from, to);
+    return make("rename", 0, [&] { return SystemCalls::rename(from, to); });
   }
-  int mkdir(const char* path, mode_t mode) override { return refuses("mkdir") ? -1 : SystemCalls::mkdir(path, mode); }
+  int unlink(const char* path) override {
+    return make("unlink", kIsCleaning, [&] { return SystemCalls::unlink(path); });
+  }
+  int mkdir(const char* path, mode_t mode) override {
+    return make("mkdir", 0, [&] { return SystemCalls::mkdir(path, mode); });
+  }
 
  private:
-  bool refuses(const char* name) { return fault_ == Fault::Error && fails(name); }
-  bool fails(const char* name) {
-    if (fault_ == Fault::ShortWrite || left_-- != 0) return false;
+  static constexpr int kBlocks = 1;       // a signal can interrupt it
+  static constexpr int kTakesEffect = 2;  // even when it fails
+  static constexpr int kIsCleaning = 4;   // when it fails something stays behind, and rightly so
+
+  template <typename Call>
+  auto make(const char* name, int kind, Call call) -> decltype(call()) {
+    const bool kills = fault_ == Fault::KillBefore || fault_ == Fault::KillAfter;
+    const bool fails = (fault_ == Fault::Error && (kind & kIsCleaning) == 0) ||
+                       (fault_ == Fault::Interrupted && (kind & kBlocks) != 0);
+    if ((!kills && !fails) || left_-- != 0) return call();
     failed_ = name;
+    if (fault_ == Fault::KillBefore) ::kill(::getpid(), SIGKILL);
+    if (fault_ == Fault::KillAfter || (kind & kTakesEffect) != 0) call();
+    if (fault_ == Fault::KillAfter) ::kill(::getpid(), SIGKILL);
     errno = fault_ == Fault::Interrupted ? EINTR : error_;
-    return true;
+    return -1;
   }
 
-  Fault fault_;
-  int left_;
-  int error_;
+  Fault fault_ = Fault::None;
+  int left_ = 0;
+  int error_ = EIO;
   std::string failed_;
 };
+
+// Runs `act` in one process after the other; the first is killed at its first call through `calls`, the next at its
+// second and so on, before the call takes effect and after it. Looks at what is left with `check`, which is told
+// whether the process came to its end.
+inline void killAtEachCall(FaultyCalls& calls, const std::function<void()>& act,
+                           const std::function<void(bool ended)>& check) {
+  for (const auto fault : {FaultyCalls::Fault::KillBefore, FaultyCalls::Fault::KillAfter}) {
+    bool ended = false;
+    for (int at = 0; !ended && !testing::Test::HasFailure(); ++at) {
+      const pid_t child = ::fork();
+      if (child == 0) {
+        calls = FaultyCalls(fault, at);
+        act();
+        ::_exit(testing::Test::HasFailure() ? 1 : 0);
+      }
+      int status = 0;
+      ASSERT_EQ(::waitpid(child, &status, 0), child);
+      ended = WIFEXITED(status);
+      SCOPED_TRACE((fault == FaultyCalls::Fault::KillBefore ? "killed before call " : "killed after call ") +
+                   std::to_string(at));
+      EXPECT_TRUE(ended ? WEXITSTATUS(status) == 0 : WTERMSIG(status) == SIGKILL) << "status " << status;
+      EXPECT_TRUE(!ended || at > 0) << "made no call";
+      check(ended);
+    }
+  }
+}
 
 }  // namespace dravenna

@@ -17,12 +17,11 @@ namespace {
 using Fault = FaultyCalls::Fault;
 
 constexpr int kMessages = 3000;  // more than one read and one write
-constexpr int kSound = -1;
 
 // One run over a fresh folder.
 struct Scene {
   ScratchFolder folder;
-  FaultyCalls calls{Fault::Error, kSound};
+  FaultyCalls calls;
   std::string before = scriptOf(kMessages, "Old ");
   std::string after = scriptOf(kMessages, "New ");
 };
@@ -54,7 +53,7 @@ void failEach(const std::function<std::function<bool()>(Scene&)>& prepare) {
       EXPECT_TRUE(told || now == scene.after) << "a failure that nobody heard of";
       EXPECT_EQ(scene.folder.names(), names);
 
-      scene.calls = FaultyCalls(fault, kSound);
+      scene.calls = FaultyCalls();
       EXPECT_FALSE(act()) << "the program does not recover";
       EXPECT_TRUE(scene.folder.get("guard.txt") == scene.after) << "the second try has not done it";
       if (testing::Test::HasFailure()) return;
