@@ -6,8 +6,8 @@
 #include <string_view>
 #include <vector>
 
+#include "app/frm_search.h"
 #include "color/color_pick.h"
-#include "editing/frm_search.h"
 #include "editing/quote_walk.h"
 #include "platform/controls.h"
 #include "platform/platform.h"

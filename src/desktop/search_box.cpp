@@ -6,11 +6,11 @@
 #include <QtWidgets/QPushButton>
 #include <utility>
 
+#include "app/frm_search.h"
 #include "desktop/edit_box.h"
 #include "desktop/key_codes.h"
 #include "desktop/qt_text.h"
 #include "desktop/twips.h"
-#include "editing/frm_search.h"
 
 namespace dravenna {
 

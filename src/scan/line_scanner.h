@@ -9,7 +9,7 @@
 #include "scan/command_list.h"
 #include "scan/segment_colors.h"
 
-// The one rule by which a script is read: load, export, import and the batch tool differ only in their sink.
+// The one rule by which a script is read: load, export, import and the tool differ only in their sink.
 namespace dravenna {
 
 // Follows the command that the next quoted text belongs to. Its state survives from line to line.

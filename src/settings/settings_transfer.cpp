@@ -3,9 +3,9 @@
 #include <optional>
 
 #include "platform/failure.h"
+#include "platform/registry_text.h"
 #include "settings/catalogue.h"
 #include "settings/registry.h"
-#include "settings/registry_text.h"
 #include "text/case_fold.h"
 #include "text/text.h"
 

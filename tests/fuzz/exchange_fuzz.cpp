@@ -1,9 +1,9 @@
-#include "batch/codec.h"
-#include "batch/merge.h"
-#include "batch/records.h"
 #include "exchange/lxf.h"
 #include "fuzz_input.h"
 #include "model.h"
+#include "tool/script/codec.h"
+#include "tool/script/merge.h"
+#include "tool/script/records.h"
 
 using namespace dravenna;
 

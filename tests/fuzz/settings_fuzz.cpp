@@ -1,8 +1,8 @@
 #include "fuzz_input.h"
 #include "platform/posix/registry_file.h"
+#include "platform/registry_text.h"
 #include "platform/scratch_folder.h"
 #include "settings/registry.h"
-#include "settings/registry_text.h"
 #include "text/case_fold.h"
 
 using namespace dravenna;

@@ -7,9 +7,9 @@
 #include "faulty_calls.h"
 #include "platform/posix/registry_file.h"
 #include "platform/posix/text_files.h"
+#include "platform/registry_text.h"
 #include "platform/system.h"
 #include "scratch_folder.h"
-#include "settings/registry_text.h"
 
 namespace dravenna {
 

@@ -5,9 +5,9 @@
 
 #include "faulty_calls.h"
 #include "platform/posix/registry_file.h"
+#include "platform/registry_text.h"
 #include "scratch_folder.h"
 #include "settings/registry.h"
-#include "settings/registry_text.h"
 #include "text/text.h"
 
 namespace dravenna {

@@ -4,12 +4,12 @@
 
 #include <CLI/CLI.hpp>
 
-#include "batch/session.h"
 #include "long_script.h"
 #include "platform/faulty_calls.h"
 #include "platform/posix/tree_calls.h"
 #include "platform/scratch_folder.h"
 #include "quiet_platform.h"
+#include "tool/run/session.h"
 
 namespace dravenna {
 namespace {

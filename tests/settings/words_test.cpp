@@ -7,9 +7,9 @@
 #include <set>
 
 #include "app/principal.h"
+#include "platform/registry_text.h"
 #include "platform/scratch_folder.h"
 #include "platform/system.h"
-#include "settings/registry_text.h"
 #include "support/memory_registry.h"
 #include "support/quiet_windowing.h"
 #include "text/text.h"

@@ -12,8 +12,8 @@
 
 #include "platform/posix/files.h"
 #include "platform/posix/user_folders.h"
+#include "platform/registry_text.h"
 #include "platform/system.h"
-#include "settings/registry_text.h"
 #include "text/text.h"
 
 namespace dravenna {

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "tool/run/loaded_script.h"
+
+// Translations on their way from one version of a script to the next. All texts are work bytes; "plain" is without
+// colour codes.
+namespace dravenna {
+
+// What is known of the translation of one text with a record.
+struct Translation {
+  enum class State { None, Known, Unsure } state = State::None;
+  std::string text;  // Known: the translation. Unsure: what stands in its place, for a human to judge
+  const char* why = "";
+  bool ofPage = false;  // `text` is that of a whole page of dialogue, only to be shown
+};
+
+// From an exchange file that fits the script; `why` tells when it does not and all entries are None.
+std::vector<Translation> translationsFromExchange(const LoadedScript& script, std::string_view lxf, std::string& why);
+
+// From a translated copy of the script. Pages of dialogue are matched; a page whose number of texts differs gives
+// unsure ones.
+std::vector<Translation> translationsFromScript(const LoadedScript& script, const LoadedScript& translated);
+
+enum class CarryState { Carried, Untranslated, New, Changed, Unsure };
+
+struct CarriedText {
+  CarryState state = CarryState::New;
+  std::size_t oldRecord = static_cast<std::size_t>(-1);  // index of the old text, when there is one
+  std::string translation;                               // Carried: to put in. Changed, Unsure: to show, may be empty
+  const char* why = "";
+  bool ofPage = false;  // as above
+};
+
+struct CarryResult {
+  std::vector<CarriedText> texts;  // for each record of the new script
+  std::vector<std::size_t> gone;   // records of the old script that nothing in the new one stands for
+};
+
+// Matches the texts of two versions: equal plain texts in order, then equal ones that moved, then similar ones.
+CarryResult carryTranslations(const LoadedScript& old, const std::vector<Translation>& translations,
+                              const LoadedScript& fresh);
+
+}  // namespace dravenna

@@ -1,0 +1,117 @@
+#include "tool/carry/old_version.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <set>
+#include <unordered_map>
+
+#include "platform/failure.h"
+#include "platform/tree_files.h"
+#include "tool/script/align.h"
+
+namespace dravenna {
+
+OldVersion::OldVersion(Session& session, std::string tree, std::string translations)
+    : session_(session), tree_(std::move(tree)), translations_(std::move(translations)) {
+  for (const std::string& path : {tree_, translations_}) {
+    if (pathKind(path) == PathKind::Missing) throw Failure(u"No such file or directory: '" + fromUtf8(path) + u"'");
+  }
+}
+
+void OldVersion::findRenamed(const std::vector<Script>& fresh) {
+  if (pathKind(tree_) != PathKind::Folder) return;
+  std::set<std::string> names;
+  std::vector<const Script*> homeless;
+  for (const Script& script : fresh) {
+    names.insert(script.relative);
+    if (pathKind(joinPath(tree_, script.relative)) != PathKind::File) homeless.push_back(&script);
+  }
+  if (homeless.empty()) return;
+
+  std::vector<std::string> left;
+  std::unordered_map<std::uint64_t, std::vector<std::size_t>> owners;
+  const auto hashesOf = [&](const std::string& path) {
+    std::set<std::uint64_t> hashes;
+    const auto script = loadScript(session_, path);
+    for (const OutlineText* text : script->records) hashes.insert(hashOf(withoutColor(text->text)));
+    return hashes;
+  };
+  for (const Script& old : collectScripts(session_, {tree_})) {
+    if (names.count(old.relative) != 0) continue;
+    for (const std::uint64_t hash : hashesOf(old.path)) owners[hash].push_back(left.size());
+    left.push_back(old.relative);
+  }
+  for (const Script* script : homeless) {
+    std::vector<std::size_t> votes(left.size());
+    const std::set<std::uint64_t> hashes = hashesOf(script->path);
+    for (const std::uint64_t hash : hashes) {
+      const auto found = owners.find(hash);
+      if (found == owners.end()) continue;
+      for (const std::size_t owner : found->second) ++votes[owner];
+    }
+    const auto best = std::max_element(votes.begin(), votes.end());
+    if (best != votes.end() && *best > 0 && *best * 2 >= hashes.size()) {
+      renamed_[script->relative] = left[static_cast<std::size_t>(best - votes.begin())];
+    }
+  }
+}
+
+std::string OldVersion::oldPathOf(const Script& script) const {
+  if (pathKind(tree_) == PathKind::File) return tree_;
+  const auto renamed = renamed_.find(script.relative);
+  return joinPath(tree_, renamed == renamed_.end() ? script.relative : renamed->second);
+}
+
+std::vector<std::string> OldVersion::unclaimed(const std::vector<Script>& fresh) const {
+  std::vector<std::string> paths;
+  if (pathKind(tree_) != PathKind::Folder) return paths;
+  std::set<std::string> claimed;
+  for (const Script& script : fresh) claimed.insert(script.relative);
+  for (const auto& [name, old] : renamed_) claimed.insert(old);
+  for (const Script& old : collectScripts(session_, {tree_})) {
+    if (claimed.count(old.relative) == 0) paths.push_back(old.path);
+  }
+  return paths;
+}
+
+std::vector<Translation> OldVersion::translationsFor(const std::string& relative, Carried& carried) const {
+  const LoadedScript& old = *carried.old;
+  const bool single = pathKind(translations_) == PathKind::File;
+  const std::string scriptPath = single ? translations_ : joinPath(translations_, relative);
+  const std::string lxfPath = single ? translations_ : joinPath(translations_, withExtension(relative, ".lxf"));
+  const bool namesExchangeFile = withExtension(scriptPath, ".lxf") == scriptPath;
+  if (!namesExchangeFile && pathKind(scriptPath) == PathKind::File) {
+    return translationsFromScript(old, *loadScript(session_, scriptPath));
+  }
+  if (pathKind(lxfPath) == PathKind::File) {
+    std::string file;
+    std::string buffer;
+    std::string why;
+    std::vector<Translation> translations =
+        translationsFromExchange(old, readWork(session_, lxfPath, file, buffer), why);
+    carried.unfit = !why.empty();
+    if (carried.unfit) carried.warning = fmt::format("{}: not used: {}", shownName(lxfPath), why);
+    return translations;
+  }
+  if (!old.records.empty())
+    carried.warning = fmt::format("{}: no translation of it", shownName(joinPath(tree_, relative)));
+  return std::vector<Translation>(old.records.size());
+}
+
+OldVersion::Carried OldVersion::carry(const Script& script, const LoadedScript& fresh) const {
+  Carried carried;
+  carried.oldPath = oldPathOf(script);
+  if (pathKind(carried.oldPath) != PathKind::File) {
+    carried.result.texts.resize(fresh.records.size());
+    return carried;
+  }
+  carried.old = loadScript(session_, carried.oldPath);
+  const auto renamed = renamed_.find(script.relative);
+  const std::string& relative = renamed == renamed_.end() ? script.relative : renamed->second;
+  const std::vector<Translation> translations = translationsFor(relative, carried);
+  carried.result = carryTranslations(*carried.old, translations, fresh);
+  return carried;
+}
+
+}  // namespace dravenna

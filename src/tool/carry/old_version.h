@@ -1,0 +1,44 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "tool/carry/carry.h"
+
+namespace dravenna {
+
+// The old version of a tree with its translations: a folder of translated scripts or of exchange files.
+class OldVersion {
+ public:
+  OldVersion(Session& session, std::string tree, std::string translations);
+
+  // A renamed script is looked for by its texts among those of the old tree that the new one lacks. Call once with
+  // all scripts of the new tree.
+  void findRenamed(const std::vector<Script>& fresh);
+
+  struct Carried {
+    std::unique_ptr<LoadedScript> old;  // null when there is no old version
+    std::string oldPath;
+    CarryResult result;
+    std::string warning;  // why the translations could not be used
+    bool unfit = false;   // there are some, but they do not fit
+  };
+  // The paths of the old scripts that none of `fresh` stands for. After findRenamed().
+  std::vector<std::string> unclaimed(const std::vector<Script>& fresh) const;
+
+  // Throws Failure.
+  Carried carry(const Script& script, const LoadedScript& fresh) const;
+
+ private:
+  std::string oldPathOf(const Script& script) const;
+  std::vector<Translation> translationsFor(const std::string& relative, Carried& carried) const;
+
+  Session& session_;
+  std::string tree_;
+  std::string translations_;
+  std::map<std::string, std::string> renamed_;  // new to old, relative
+};
+
+}  // namespace dravenna

@@ -1,0 +1,242 @@
+#include <fmt/format.h>
+#include <CLI/CLI.hpp>
+
+#include <array>
+#include <filesystem>
+#include <numeric>
+#include <set>
+
+#include "platform/failure.h"
+#include "platform/tree_files.h"
+#include "tool/carry/old_version.h"
+#include "tool/run/exchange_file.h"
+#include "tool/run/ordered_pool.h"
+#include "tool/run/session.h"
+
+namespace dravenna {
+
+namespace {
+
+constexpr char kFooter[] =
+    "--from holds the translations of OLD, as translated scripts or as exchange files. For each script of NEW an\n"
+    "exchange file goes to --out that `import NEW --from DIR` takes; what could not be carried stands in it as in "
+    "NEW.\n"
+    "The report tells of each text that is new, changed or unsure, with the old text and its translation.\n"
+    "Examples:\n"
+    "  dravenna-lxf update npc-2019 npc-2026 --from npc-2019-es --out lxf > report.txt\n"
+    "  dravenna-lxf update npc-2019 npc-2026 --from lxf-2019 --out lxf --json --report report.json\n"
+    "  dravenna-lxf import npc-2026 --from lxf";
+
+struct Options {
+  std::string oldTree;
+  std::string newTree;
+  std::string from;
+  std::string out;
+  std::string report;
+  bool json = false;
+  bool keepCodes = false;
+  bool putUnsure = false;
+  bool all = false;
+  bool force = false;
+};
+
+constexpr std::array<const char*, 5> kStateNames = {"carried", "untranslated", "new", "changed", "unsure"};
+
+struct Outcome {
+  std::string report;
+  std::string warning;
+  bool unfit = false;  // there is a translation, but it could not be used
+  std::string error;
+  std::array<std::size_t, 5> counts{};
+  std::size_t gone = 0;
+};
+
+class Update {
+ public:
+  Update(Session& session, const Options& options) : session_(session), options_(options) {}
+
+  void run();
+
+ private:
+  Outcome updateScript(const Script& script, const std::string& target, const OldVersion& oldVersion) const;
+  void reportText(const std::string& path, const LoadedScript& fresh, const OldVersion::Carried& carried,
+                  std::size_t record, std::string& out) const;
+  void reportGone(const OldVersion::Carried& carried, std::string& out) const;
+  std::string quoted(std::string_view work) const;
+  void reportLeft(const std::vector<std::string>& paths, Output& output, std::size_t& gone);
+  void summary(const std::array<std::size_t, 5>& counts, std::size_t gone);
+
+  Session& session_;
+  const Options& options_;
+};
+
+std::string Update::quoted(std::string_view work) const {
+  std::string out = "\"";
+  appendEscaped(*session_.codec, work, out);
+  return out + "\"";
+}
+
+void Update::reportText(const std::string& path, const LoadedScript& fresh, const OldVersion::Carried& carried,
+                        std::size_t record, std::string& out) const {
+  const CarriedText& text = carried.result.texts[record];
+  if (!options_.all && (text.state == CarryState::Carried || text.state == CarryState::Untranslated)) return;
+  const OutlineText& now = *fresh.records[record];
+  const bool hasOld = carried.old != nullptr && text.oldRecord < carried.old->records.size();
+  const OutlineText* const before = hasOld ? carried.old->records[text.oldRecord] : nullptr;
+  const char* const state = kStateNames[static_cast<std::size_t>(text.state)];
+  if (options_.json) {
+    out += "{\"file\":";
+    appendJsonString(fromUtf8(path), out);
+    out += fmt::format(",\"line\":{},\"record\":{},\"state\":\"{}\",\"text\":", now.lineNumber + 1, record + 1, state);
+    appendJsonString(*session_.codec, now.text, out);
+    if (before != nullptr) {
+      out += fmt::format(",\"oldLine\":{},\"oldText\":", before->lineNumber + 1);
+      appendJsonString(*session_.codec, before->text, out);
+      out += ",\"translation\":";
+      appendJsonString(*session_.codec, text.translation, out);
+      out += fmt::format(",\"why\":\"{}\"", text.why);
+    }
+    out += "}\n";
+    return;
+  }
+  appendEscapedName(path, out);
+  out += fmt::format(":{}: {}: ", now.lineNumber + 1, state);
+  if (text.state == CarryState::Changed && before != nullptr) out += quoted(before->text) + " -> ";
+  out += quoted(now.text);
+  if (text.state == CarryState::Unsure) out += fmt::format(": {}", text.why);
+  if (!text.translation.empty()) {
+    out += (text.ofPage ? "; translation of the page " : "; translation ") + quoted(text.translation);
+  }
+  out += "\n";
+}
+
+void Update::reportGone(const OldVersion::Carried& carried, std::string& out) const {
+  for (const std::size_t record : carried.result.gone) {
+    const OutlineText& text = *carried.old->records[record];
+    if (options_.json) {
+      out += "{\"file\":";
+      appendJsonString(fromUtf8(carried.oldPath), out);
+      out += fmt::format(",\"line\":{},\"state\":\"gone\",\"text\":", text.lineNumber + 1);
+      appendJsonString(*session_.codec, text.text, out);
+      out += "}\n";
+    } else {
+      appendEscapedName(carried.oldPath, out);
+      out += fmt::format(":{}: gone: {}\n", text.lineNumber + 1, quoted(text.text));
+    }
+  }
+}
+
+Outcome Update::updateScript(const Script& script, const std::string& target, const OldVersion& oldVersion) const {
+  Outcome outcome;
+  try {
+    const auto fresh = loadScript(session_, script.path);
+    const OldVersion::Carried carried = oldVersion.carry(script, *fresh);
+    outcome.warning = carried.warning;
+    outcome.unfit = carried.unfit;
+    std::string lxf;
+    for (std::size_t i = 0; i < fresh->records.size(); ++i) {
+      const CarriedText& text = carried.result.texts[i];
+      ++outcome.counts[static_cast<std::size_t>(text.state)];
+      const bool put = text.state == CarryState::Carried || (options_.putUnsure && text.state == CarryState::Unsure &&
+                                                             !text.translation.empty() && !text.ofPage);
+      const std::string_view chosen = put ? std::string_view(text.translation) : fresh->records[i]->text;
+      lxf += fmt::format("{}:", i + 1);
+      lxf.append(options_.keepCodes ? std::string(chosen) : withoutColor(chosen)).append("\r\n");
+      reportText(script.path, *fresh, carried, i, outcome.report);
+    }
+    reportGone(carried, outcome.report);
+    outcome.gone = carried.result.gone.size();
+    std::string buffer;
+    writeExchangeFile(target, session_.codec->toFile(lxf, buffer), options_.force);
+  } catch (const Failure& failure) {
+    outcome.error = shown(failure.description());
+  }
+  return outcome;
+}
+
+// Old scripts that are no more.
+void Update::reportLeft(const std::vector<std::string>& paths, Output& output, std::size_t& gone) {
+  for (const std::string& path : paths) {
+    session_.console.warning(fmt::format("{}: not in the new version", shownName(path)));
+    try {
+      OldVersion::Carried carried;
+      carried.oldPath = path;
+      carried.old = loadScript(session_, path);
+      carried.result.gone.resize(carried.old->records.size());
+      std::iota(carried.result.gone.begin(), carried.result.gone.end(), std::size_t{0});
+      reportGone(carried, output.buffer());
+      gone += carried.result.gone.size();
+    } catch (const Failure& failure) {
+      session_.console.error(shown(failure.description()));
+    }
+  }
+}
+
+void Update::summary(const std::array<std::size_t, 5>& counts, std::size_t gone) {
+  session_.console.note(fmt::format("{} carried, {} not translated before, {} new, {} changed, {} unsure, {} gone",
+                                    counted(counts[0], "text"), counts[1], counts[2], counts[3], counts[4], gone));
+}
+
+void Update::run() {
+  session_.prepare();
+  const auto normal = [](const std::string& path) { return std::filesystem::path(path + "/").lexically_normal(); };
+  if (normal(options_.from) == normal(options_.out)) {
+    throw UsageError("--out would overwrite the translations of --from");
+  }
+  const std::vector<Script> scripts = collectScripts(session_, {options_.newTree});
+  OldVersion oldVersion(session_, options_.oldTree, options_.from);
+  oldVersion.findRenamed(scripts);
+  std::set<std::string> folders{options_.out};
+  std::vector<std::string> targets;
+  for (const Script& script : scripts) {
+    targets.push_back(joinPath(options_.out, withExtension(script.relative, ".lxf")));
+    folders.insert(folderOf(targets.back()));
+  }
+  for (const std::string& folder : folders) makeFolders(folder);
+
+  Output output(options_.report);
+  std::array<std::size_t, 5> counts{};
+  std::size_t gone = 0;
+  runOrdered<Outcome>(
+      scripts.size(), session_.jobs, [&](std::size_t i) { return updateScript(scripts[i], targets[i], oldVersion); },
+      [&](std::size_t i, Outcome&& outcome) {
+        if (!outcome.warning.empty()) session_.console.warning(outcome.warning);
+        if (outcome.unfit) session_.console.fail();
+        if (!outcome.error.empty()) session_.console.error(outcome.error);
+        for (std::size_t k = 0; k < counts.size(); ++k) counts[k] += outcome.counts[k];
+        gone += outcome.gone;
+        output.buffer().append(outcome.report);
+        session_.console.progress(i + 1, scripts.size());
+        return output.flushSome();
+      });
+  reportLeft(oldVersion.unclaimed(scripts), output, gone);
+  session_.console.endProgress();
+  if (!output.close()) session_.console.fail();
+  summary(counts, gone);
+}
+
+}  // namespace
+
+void addUpdate(CLI::App& app, Session& session) {
+  CLI::App* const verb = app.add_subcommand("update", "Carry translations over to a new version of the scripts");
+  const auto options = std::make_shared<Options>();
+  verb->add_option("old", options->oldTree, "The version that was translated, before its translation")
+      ->required()
+      ->type_name("OLD");
+  verb->add_option("new", options->newTree, "The new version, not translated")->required()->type_name("NEW");
+  verb->add_option("--from", options->from, "The translations of OLD: scripts or exchange files")
+      ->required()
+      ->type_name("DIR");
+  verb->add_option("-o,--out", options->out, "Folder for the exchange files of NEW")->required()->type_name("DIR");
+  verb->add_option("--report", options->report, "File for the report instead of standard output")->type_name("FILE");
+  verb->add_flag("--all", options->all, "Report carried and untranslated texts too");
+  verb->add_flag("--json", options->json, "The report as JSON lines");
+  verb->add_flag("--keep-codes", options->keepCodes, "Leave the colour codes in the texts");
+  verb->add_flag("--put-unsure", options->putUnsure, "Put unsure translations of single texts in as well");
+  verb->add_flag("-f,--force", options->force, "Overwrite exchange files of --out with other contents");
+  session.addOptions(*verb);
+  verb->footer(kFooter);
+  verb->callback([&session, options] { Update(session, *options).run(); });
+}
+
+}  // namespace dravenna

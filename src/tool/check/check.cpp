@@ -1,0 +1,329 @@
+#include <fmt/format.h>
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <filesystem>
+#include <unordered_map>
+
+#include "platform/failure.h"
+#include "platform/tree_files.h"
+#include "tool/check/findings.h"
+#include "tool/run/ordered_pool.h"
+#include "tool/run/session.h"
+
+namespace dravenna {
+
+namespace {
+
+constexpr char kFooter[] =
+    "Findings go to standard output as file:line:column: kind: text. Exit status 1 if there are any.\n"
+    "Examples:\n"
+    "  dravenna-lxf check npc                              quote marks, colour codes, encoding\n"
+    "  dravenna-lxf check npc-es --against npc             translation beside original\n"
+    "  dravenna-lxf check npc-es --against npc --ignore untranslated --ignore line-ends\n"
+    "  dravenna-lxf check lxf npc                          exchange files beside their scripts, and the scripts\n"
+    "  dravenna-lxf check lxf --scripts npc                exchange files beside their scripts\n"
+    "  dravenna-lxf check guard.lxf\n"
+    "Kinds:\n";
+
+struct Options {
+  std::vector<std::string> paths;
+  std::string against;
+  std::string scripts;
+  std::string output;
+  std::vector<std::string> only;
+  std::vector<std::string> ignore;
+  bool strict = false;
+  bool frozen = false;
+  bool json = false;
+};
+
+bool isExchangeFile(const std::string& path) {
+  if (path.size() < 4) return false;
+  const std::string_view end = std::string_view(path).substr(path.size() - 4);
+  return end == ".lxf" || end == ".LXF";
+}
+
+// The file of another tree that stands for this one; the tree may be a single file.
+std::string partnerIn(const std::string& tree, const std::string& relative) {
+  return pathKind(tree) == PathKind::File ? tree : joinPath(tree, relative);
+}
+
+// The scripts of a run by what an exchange file may be called after: the same path, the same path below a folder of the
+// arguments, or the same name when only one script has it; each without the extension.
+class GivenScripts {
+ public:
+  explicit GivenScripts(const std::vector<Script>& files) {
+    for (const Script& file : files) {
+      if (isExchangeFile(file.path) || file.path == "-") continue;
+      const bool isText = withExtension(file.path, ".txt") == file.path;
+      add(byPath_, stemOf(file.path), file.path, isText);
+      add(byRelative_, withExtension(file.relative, ""), file.path, isText);
+      const std::string stem = stemOf(file.path);
+      const auto [named, fresh] = byName_.try_emplace(nameOf(stem), Named{file.path, stem});
+      if (!fresh && named->second.stem != stem) named->second.path.clear();
+    }
+  }
+
+  bool empty() const { return byPath_.empty(); }
+
+  // The path of the script, empty when there is none.
+  std::string scriptOf(const Script& lxf) const {
+    const std::string stem = stemOf(lxf.path);
+    if (const auto found = byPath_.find(stem); found != byPath_.end()) return found->second;
+    if (const auto found = byRelative_.find(withExtension(lxf.relative, "")); found != byRelative_.end()) {
+      return found->second;
+    }
+    const auto found = byName_.find(nameOf(stem));
+    return found == byName_.end() ? std::string() : found->second.path;
+  }
+
+ private:
+  using Paths = std::unordered_map<std::string, std::string>;
+  struct Named {
+    std::string path;  // empty once another script has the name too
+    std::string stem;
+  };
+
+  static std::string stemOf(const std::string& path) {
+    return withExtension(std::filesystem::path(path).lexically_normal().string(), "");
+  }
+  static std::string nameOf(const std::string& path) { return path.substr(path.rfind('/') + 1); }
+  // The first of several counts, `.txt` before all.
+  static void add(Paths& paths, std::string key, const std::string& path, bool isText) {
+    const auto [found, fresh] = paths.try_emplace(std::move(key), path);
+    if (!fresh && isText && withExtension(found->second, ".txt") != found->second) found->second = path;
+  }
+
+  Paths byPath_;
+  Paths byRelative_;
+  std::unordered_map<std::string, Named> byName_;
+};
+
+class Check {
+ public:
+  Check(Session& session, const Options& options) : session_(session), options_(options) {}
+
+  void run();
+
+ private:
+  struct Outcome {
+    std::vector<Finding> findings;
+    std::string error;
+  };
+
+  Outcome checkFile(const Script& script) const;
+  void checkOneScript(const Script& script, Findings& findings) const;
+  void checkOneExchangeFile(const Script& script, Findings& findings) const;
+  std::string scriptBelow(const std::string& relative) const;
+  void gatherFrozen();
+  void addMissing(const std::vector<Script>& files, std::string& out);
+  void write(const std::string& path, const Finding& finding, std::string& out);
+  bool isWanted(const char* kind) const;
+
+  Session& session_;
+  const Options& options_;
+  FrozenNames frozen_;
+  std::optional<GivenScripts> given_;  // when there are exchange files
+  std::size_t found_ = 0;
+};
+
+bool Check::isWanted(const char* kind) const {
+  const auto named = [&](const std::vector<std::string>& kinds) {
+    return std::find(kinds.begin(), kinds.end(), kind) != kinds.end();
+  };
+  return (options_.only.empty() || named(options_.only)) && !named(options_.ignore);
+}
+
+void Check::checkOneScript(const Script& script, Findings& findings) const {
+  std::string file;
+  std::string buffer;
+  const std::string_view work = readWork(session_, script.path, file, buffer);
+  if (checkUtf16(findings, file)) return;
+  const Outline outline = outlineOf(work, *session_.lists);
+  checkScript(findings, outline, file, work);
+  if (options_.against.empty()) return;
+  const std::string oldPath = partnerIn(options_.against, script.relative);
+  if (pathKind(oldPath) != PathKind::File) {
+    findings.list().push_back({1, 1, "missing", fmt::format("no original {}", shownName(oldPath))});
+    return;
+  }
+  std::string oldFile;
+  std::string oldBuffer;
+  const std::string_view oldWork = readWork(session_, oldPath, oldFile, oldBuffer);
+  checkAgainst(findings, oldWork, outlineOf(oldWork, *session_.lists), work, outline, options_.strict,
+               options_.frozen ? &frozen_ : nullptr);
+}
+
+// The script of an exchange file below --scripts: the first of those with its name and another extension, `.txt` before
+// all.
+std::string Check::scriptBelow(const std::string& relative) const {
+  if (pathKind(options_.scripts) == PathKind::File) return options_.scripts;
+  std::string path = joinPath(options_.scripts, withExtension(relative, ".txt"));
+  if (pathKind(path) == PathKind::File) return path;
+  for (const std::string& pattern : session_.include) {
+    const std::size_t dot = pattern.rfind('.');
+    if (dot == std::string::npos || pattern.substr(dot) == ".lxf") continue;
+    std::string other = joinPath(options_.scripts, withExtension(relative, pattern.substr(dot)));
+    if (pathKind(other) == PathKind::File) return other;
+  }
+  return path;
+}
+
+void Check::checkOneExchangeFile(const Script& script, Findings& findings) const {
+  std::string file;
+  std::string buffer;
+  std::string_view lxf = readWork(session_, script.path, file, buffer);
+  if (checkUtf16(findings, file)) return;
+  if (constexpr std::string_view kMark = "\xEF\xBB\xBF"; file.compare(0, kMark.size(), kMark) == 0) {
+    findings.list().push_back({1, 1, "lxf-order", "begins with a byte order mark, which is no part of a number"});
+    file.erase(0, kMark.size());
+    lxf = session_.codec->toWork(file, buffer);
+  }
+  checkEncoding(findings, file, lxf);
+  if (options_.scripts.empty() && (!given_ || given_->empty())) return checkExchangeFile(findings, lxf, nullptr);
+  const std::string path = options_.scripts.empty() ? given_->scriptOf(script) : scriptBelow(script.relative);
+  if (path.empty() || pathKind(path) != PathKind::File) {
+    findings.list().push_back(
+        {1, 1, "missing",
+         path.empty() ? "no script of its name among those given" : fmt::format("no script {}", shownName(path))});
+    return checkExchangeFile(findings, lxf, nullptr);
+  }
+  std::string scriptFile;
+  std::string scriptBuffer;
+  const Outline outline = outlineOf(readWork(session_, path, scriptFile, scriptBuffer), *session_.lists);
+  // With --against the scripts are translations, and a record may be as in its script.
+  checkExchangeFile(findings, lxf, &outline, options_.against.empty());
+}
+
+Check::Outcome Check::checkFile(const Script& script) const {
+  Outcome outcome;
+  Findings findings(*session_.codec);
+  try {
+    isExchangeFile(script.path) ? checkOneExchangeFile(script, findings) : checkOneScript(script, findings);
+  } catch (const Failure& failure) {
+    outcome.error = shown(failure.description());
+  }
+  outcome.findings = std::move(findings.list());
+  std::stable_sort(outcome.findings.begin(), outcome.findings.end(), [](const Finding& a, const Finding& b) {
+    return a.line != b.line ? a.line < b.line : a.column < b.column;
+  });
+  return outcome;
+}
+
+void Check::gatherFrozen() {
+  const std::vector<Script> originals = collectScripts(session_, {options_.against});
+  runOrdered<FrozenNames>(
+      originals.size(), session_.jobs,
+      [&](std::size_t i) {
+        FrozenNames names;
+        std::string file;
+        std::string buffer;
+        const std::string_view work = readWork(session_, originals[i].path, file, buffer);
+        gatherFrozenNames(work, outlineOf(work, *session_.lists), originals[i].relative, names);
+        return names;
+      },
+      [&](std::size_t, FrozenNames&& names) {
+        frozen_.merge(names);
+        return true;
+      });
+}
+
+// Scripts of the original tree that the checked one lacks.
+void Check::addMissing(const std::vector<Script>& files, std::string& out) {
+  if (options_.against.empty() || options_.paths.size() != 1 || pathKind(options_.paths[0]) != PathKind::Folder ||
+      pathKind(options_.against) != PathKind::Folder) {
+    return;
+  }
+  std::unordered_set<std::string> here;
+  for (const Script& file : files) here.insert(file.relative);
+  for (const Script& original : collectScripts(session_, {options_.against})) {
+    if (here.count(original.relative) != 0) continue;
+    write(joinPath(options_.paths[0], original.relative),
+          {1, 1, "missing", fmt::format("{} has no partner here", shownName(original.path))}, out);
+  }
+}
+
+void Check::write(const std::string& path, const Finding& finding, std::string& out) {
+  if (!isWanted(finding.kind)) return;
+  ++found_;
+  if (options_.json) {
+    out += "{\"file\":";
+    appendJsonString(fromUtf8(path), out);
+    out +=
+        fmt::format(",\"line\":{},\"column\":{},\"kind\":\"{}\",\"text\":", finding.line, finding.column, finding.kind);
+    appendJsonString(fromUtf8(finding.text), out);
+    out += "}\n";
+  } else {
+    appendEscapedName(path, out);
+    out += fmt::format(":{}:{}: {}: {}\n", finding.line, finding.column, finding.kind, finding.text);
+  }
+}
+
+void Check::run() {
+  session_.prepare();
+  for (const std::string& tree : {options_.against, options_.scripts}) {
+    if (!tree.empty() && pathKind(tree) == PathKind::Missing) {
+      throw Failure(u"No such file or directory: '" + fromUtf8(tree) + u"'");
+    }
+  }
+  if (options_.frozen && options_.against.empty()) throw UsageError("--frozen needs --against");
+  if (options_.frozen) gatherFrozen();
+  const std::vector<Script> files = collectScripts(session_, options_.paths, {"*.txt", "*.lxf"});
+  if (std::any_of(files.begin(), files.end(), [](const Script& file) { return isExchangeFile(file.path); })) {
+    given_.emplace(files);
+  }
+  Output output(options_.output);
+  runOrdered<Outcome>(
+      files.size(), session_.jobs, [&](std::size_t i) { return checkFile(files[i]); },
+      [&](std::size_t i, Outcome&& outcome) {
+        for (const Finding& finding : outcome.findings) write(files[i].path, finding, output.buffer());
+        if (!outcome.error.empty()) session_.console.error(outcome.error);
+        session_.console.progress(i + 1, files.size());
+        return output.flushSome();
+      });
+  addMissing(files, output.buffer());
+  session_.console.endProgress();
+  if (!output.close()) session_.console.fail();
+  if (found_ > 0) session_.console.fail();
+  session_.console.note(fmt::format("{} checked, {}", counted(files.size(), "file"), counted(found_, "finding")));
+}
+
+}  // namespace
+
+void addCheck(CLI::App& app, Session& session) {
+  CLI::App* const verb = app.add_subcommand("check", "Find what breaks scripts, exchange files or what players see");
+  const auto options = std::make_shared<Options>();
+  std::vector<std::string> kinds;
+  std::string footer = kFooter;
+  for (const FindingKind& kind : findingKinds()) {
+    kinds.emplace_back(kind.name);
+    footer += fmt::format("  {:<16} {}\n", kind.name, kind.about);
+  }
+  footer.pop_back();
+  verb->add_option("path", options->paths, "Scripts, exchange files (*.lxf) and folders")
+      ->required()
+      ->type_name("PATH...");
+  verb->add_option("--against", options->against, "The tree, or the script, before it was translated")
+      ->type_name("DIR");
+  verb->add_option("--scripts", options->scripts, "The tree, or the script, that exchange files belong to")
+      ->type_name("DIR");
+  verb->add_flag("--strict", options->strict, "Compare colour codes text by text, not by dialogue page");
+  verb->add_flag("--frozen", options->frozen, "Find changed texts that code depends on; needs --against");
+  const auto kindOption = [&](const char* name, std::vector<std::string>& list, const char* about) {
+    verb->add_option(name, list, about)
+        ->type_name("KIND")
+        ->allow_extra_args(false)
+        ->check(CLI::IsMember(kinds).description(""));
+  };
+  kindOption("--only", options->only, "Report this kind only; may be given again");
+  kindOption("--ignore", options->ignore, "Do not report this kind; may be given again");
+  verb->add_flag("--json", options->json, "JSON lines: an object a finding");
+  verb->add_option("-o,--output", options->output, "File for the findings instead of standard output")
+      ->type_name("FILE");
+  session.addOptions(*verb);
+  verb->footer(footer);
+  verb->callback([&session, options] { Check(session, *options).run(); });
+}
+
+}  // namespace dravenna

@@ -1,0 +1,140 @@
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <charconv>
+
+#include "tool/check/findings.h"
+#include "tool/run/exchange_file.h"
+#include "tool/run/session.h"
+
+namespace dravenna {
+
+namespace {
+
+std::vector<const OutlineText*> recordTexts(const Outline& script) {
+  std::vector<const OutlineText*> texts;
+  for (const OutlineText& text : script.texts) {
+    if (text.record) texts.push_back(&text);
+  }
+  return texts;
+}
+
+// Which number a record must bear. Where the numbers jump, one finding is enough: the next one may go on from the
+// number that was borne or from the one that was due.
+class Numbers {
+ public:
+  // Whether the record bears a number that may be.
+  bool take(const ExchangeFile::Record& record) {
+    const bool fits = bearsNumber(record, due_) || bearsNumber(record, other_);
+    const std::size_t borne = numberOf(record);
+    const std::size_t next = due_ + 1;
+    other_ = !record.hasColon ? due_ : fits || borne == 0 ? next : borne + 1;
+    due_ = fits ? borne + 1 : next;
+    if (fits) other_ = due_;
+    return fits;
+  }
+  std::size_t due() const { return due_; }
+
+ private:
+  // 0 for none.
+  static std::size_t numberOf(const ExchangeFile::Record& record) {
+    std::size_t number = 0;
+    const auto [end, error] =
+        std::from_chars(record.number.data(), record.number.data() + record.number.size(), number);
+    return error == std::errc() && bearsNumber(record, number) ? number : 0;
+  }
+
+  std::size_t due_ = 1;
+  std::size_t other_ = 1;
+};
+
+void checkRecord(Findings& findings, const ExchangeFile::Record& record, std::size_t index, Numbers& numbers) {
+  const std::size_t due = numbers.due();
+  const bool fits = numbers.take(record);
+  if (!record.hasColon) {
+    findings.add("lxf-order", index, record.line, 0, "no number and colon: an import stops here");
+    return;
+  }
+  if (!fits) {
+    findings.add("lxf-order", index, record.line, 0,
+                 fmt::format("bears the number {}, not {}", findings.quoted(record.number), due));
+  }
+  const std::size_t begin = record.number.size() + 1;
+  const std::string_view text = record.text;
+  if (const std::size_t at = text.find('"'); at != std::string_view::npos) {
+    findings.add("quote-mark", index, record.line, begin + at, "a quote mark breaks the script's line");
+  }
+  if (const std::size_t at = text.find("//"); at != std::string_view::npos) {
+    findings.add("comment-in-text", index, record.line, begin + at,
+                 "// turns the rest of the script's line into a comment");
+  }
+  const std::string plain = withoutColor(text);
+  if (!plain.empty() && (plain.front() == '[' || plain.back() == ']')) {
+    findings.add("bracket", index, record.line, plain.front() == '[' ? begin : record.line.size() - 1,
+                 "a bracket at an end takes the text out of the next export");
+  }
+  for (const SpoiltCode& spoilt : findSpoiltCodes(text)) {
+    findings.add(spoilt.kind, index, record.line, begin + spoilt.offset, spoilt.text);
+  }
+}
+
+void checkBeside(Findings& findings, const ExchangeFile::Record& record, std::size_t index, const OutlineText& text,
+                 bool hasCodes, bool scriptIsOriginal) {
+  const std::size_t begin = record.number.size() + 1;
+  const std::string before = withoutColor(text.text);
+  if (scriptIsOriginal && withoutColor(record.text) == before && hasLetter(before)) {
+    findings.add("untranslated", index, record.line, begin, findings.quoted(record.text));
+  }
+  const auto colons = [](std::string_view s) { return static_cast<std::size_t>(std::count(s.begin(), s.end(), ':')); };
+  if (text.inMenu && colons(before) != colons(record.text)) {
+    findings.add(
+        "menu-count", index, record.line, begin,
+        fmt::format("{} in a menu's text, {} in the script", counted(colons(record.text), "colon"), colons(before)));
+  }
+  if (hasCodes && countColorCodes(record.text) != countColorCodes(text.text)) {
+    findings.add("color-count", index, record.line, begin,
+                 fmt::format("{}, {} in the script's text", counted(countColorCodes(record.text), "colour code"),
+                             countColorCodes(text.text)));
+  }
+}
+
+}  // namespace
+
+void checkExchangeFile(Findings& findings, std::string_view lxf, const Outline* script, bool scriptIsOriginal) {
+  const ExchangeFile file = cutExchangeFile(lxf);
+  if (file.bareFeeds > 0) {
+    std::size_t line = 0;
+    std::size_t at = lxf.find('\n');
+    for (; at != std::string_view::npos && at > 0 && lxf[at - 1] == '\r'; at = lxf.find('\n', at + 1)) ++line;
+    findings.list().push_back(
+        {line + 1, 1, "lxf-line-ends",
+         fmt::format("{} in LF, not in CR LF: {}",
+                     file.bareFeeds == 1 ? "1 line ends" : fmt::format("{} lines end", file.bareFeeds),
+                     file.records.empty() ? "an import would merge nothing" : "records run together")});
+  } else if (!file.rest.empty()) {
+    findings.add("lxf-last-line", file.records.size(), file.rest, 0,
+                 "no CR LF behind the last record: an import loses it");
+  }
+  Numbers numbers;
+  for (std::size_t i = 0; i < file.records.size(); ++i) checkRecord(findings, file.records[i], i, numbers);
+  if (script == nullptr) return;
+
+  const std::vector<const OutlineText*> texts = recordTexts(*script);
+  // A record that only lacks its line end is told above.
+  const bool isWhole = texts.size() == file.records.size();
+  if (!isWhole && (file.rest.empty() || file.bareFeeds > 0 || texts.size() != file.records.size() + 1)) {
+    findings.list().push_back(
+        {file.records.size() + 1, 1, "lxf-count",
+         fmt::format("{}, the script has {}", counted(file.records.size(), "record"), counted(texts.size(), "text"))});
+    return;
+  }
+  // A file without any code is an ordinary export, which leaves them out.
+  const bool hasCodes = countColorCodes(lxf) > 0;
+  for (std::size_t i = 0; i < file.records.size(); ++i) {
+    if (file.records[i].hasColon) {
+      checkBeside(findings, file.records[i], i, *texts[i], hasCodes, scriptIsOriginal);
+    }
+  }
+}
+
+}  // namespace dravenna

@@ -1,0 +1,219 @@
+#include "tool/check/findings.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "text/text.h"
+#include "tool/run/session.h"
+#include "tool/script/script_lines.h"
+
+namespace dravenna {
+
+namespace {
+
+constexpr std::size_t kShownCharacters = 60;
+constexpr std::size_t kMostInText = 20;  // findings of one sort
+
+bool isHex(char c) { return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F'); }
+bool isAlnum(char c) { return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
+
+std::size_t hexDigitsAt(std::string_view text, std::size_t at) {
+  std::size_t count = 0;
+  while (at + count < text.size() && isHex(text[at + count])) ++count;
+  return count;
+}
+
+// `^nItemID^501` and its like: an item's name, no colour.
+bool followsItemCode(std::string_view text, std::size_t caret) {
+  constexpr std::string_view kItem = "^nItemID";
+  return caret >= kItem.size() && text.substr(caret - kItem.size(), kItem.size()) == kItem;
+}
+
+void checkOddQuotes(Findings& findings, const OutlineError& error) {
+  const bool cutByComment = error.code.size() < error.line.size();
+  const std::size_t last = error.code.rfind('"');
+  const auto all = static_cast<std::size_t>(std::count(error.line.begin(), error.line.end(), '"'));
+  if (cutByComment && all % 2 == 0) {
+    findings.add("comment-in-text", error.lineNumber, error.line, error.code.size(),
+                 "// inside a text cuts the line, which leaves an odd number of quote marks");
+  } else {
+    findings.add("odd-quotes", error.lineNumber, error.line, last,
+                 fmt::format("{} on the line, an odd number",
+                             counted(static_cast<std::size_t>(std::count(error.code.begin(), error.code.end(), '"')),
+                                     "quote mark")));
+  }
+}
+
+void checkEscapedQuotes(Findings& findings, std::size_t lineNumber, std::string_view line, std::string_view code) {
+  std::size_t count = 0;
+  for (std::size_t at = code.find("\\\""); at != std::string_view::npos; at = code.find("\\\"", at + 2)) {
+    if (!isEscaped(code, at + 1)) continue;
+    if (++count > kMostInText) return;
+    findings.add("escaped-quote", lineNumber, line, at,
+                 "\\\" stays inside the text for the server, but cuts it for the translation");
+  }
+}
+
+}  // namespace
+
+std::string Findings::quoted(std::string_view work) const {
+  // A character has four bytes at most.
+  std::u16string text = codec_.decode(work.substr(0, 4 * kShownCharacters + 4));
+  const bool cut = text.size() > kShownCharacters;
+  if (cut) {
+    text.resize(kShownCharacters - (isHighSurrogate(text[kShownCharacters - 1]) ? 1 : 0));
+    text += u"...";
+  }
+  std::string bytes;
+  std::string out = "\"";
+  codec_.encode(text, bytes);
+  appendEscaped(codec_, bytes, out);
+  return out + "\"";
+}
+
+const std::vector<FindingKind>& findingKinds() {
+  static const std::vector<FindingKind> kinds = {
+      {"odd-quotes", "a line with an odd number of quote marks"},
+      {"comment-in-text", "// inside a text: the rest of the line is a comment"},
+      {"escaped-quote", "\\\" inside a text"},
+      {"color-blank", "^ RRGGBB, with a blank behind the caret"},
+      {"color-short", "a colour code with fewer than six digits"},
+      {"color-digits", "a colour code with G or H, which players see as text"},
+      {"color-no-caret", "000000 without its caret"},
+      {"color-count", "another number of colour codes than in the original, by dialogue page (--strict: by text)"},
+      {"menu-count", "another number of : in a menu's text than in the original"},
+      {"bracket", "a bracket at an end that takes the text out of the exchange file"},
+      {"quote-mark", "a quote mark in a record, or more of them in a text than the original has"},
+      {"untranslated", "a text that is as in the original"},
+      {"utf8", "a file that is UTF-8 whole but is read in another code page"},
+      {"utf16", "a file that is UTF-16"},
+      {"lacked-byte", "bytes that the code page lacks"},
+      {"outside", "bytes outside the texts that are not as in the original"},
+      {"line-ends", "other line ends than the original"},
+      {"missing", "a script of one tree that the other lacks"},
+      {"frozen", "a changed text that code depends on (--frozen)"},
+      {"lxf-line-ends", "an exchange file with LF line ends"},
+      {"lxf-last-line", "an exchange file without CR LF behind its last record"},
+      {"lxf-count", "an exchange file with more or fewer records than the script has texts"},
+      {"lxf-order", "a record without its number"},
+  };
+  return kinds;
+}
+
+bool checkUtf16(Findings& findings, std::string_view file) {
+  const std::string_view mark = file.substr(0, 2);
+  bool wide = mark == "\xFF\xFE" || mark == "\xFE\xFF";
+  // Without a mark: ASCII characters, each beside a NUL.
+  constexpr std::size_t kLooked = 16;
+  if (const std::size_t units = std::min(file.size(), kLooked) / 2; !wide && units >= 2) {
+    std::size_t first = 0;
+    std::size_t second = 0;
+    for (std::size_t i = 0; i < units; ++i) {
+      if (file[2 * i] == '\0') ++first;
+      if (file[2 * i + 1] == '\0') ++second;
+    }
+    wide = (first == units && second == 0) || (second == units && first == 0);
+  }
+  if (wide) findings.list().push_back({1, 1, "utf16", "the file is UTF-16, which is read in no code page"});
+  return wide;
+}
+
+void checkEncoding(Findings& findings, std::string_view file, std::string_view work) {
+  const CodePage& page = findings.codec().page();
+  if (isAscii(file)) return;
+  const auto firstHigh = [&](auto&& isWanted, const char* kind, const std::string& text) {
+    bool done = false;
+    forEachLine(work, [&](const ScriptLine& line) {
+      if (done || isAscii(line.text)) return;
+      for (std::size_t at = 0; at < line.text.size() && !done; ++at) {
+        if (static_cast<unsigned char>(line.text[at]) < 0x80 || !isWanted(line.text.substr(at, 1))) continue;
+        findings.add(kind, line.number, line.text, at, text);
+        done = true;
+      }
+    });
+    return done;
+  };
+  if (!page.isUtf8() && CodePage::utf8()->countUndefined(file) == 0) {
+    firstHigh([](std::string_view) { return true; }, "utf8",
+              fmt::format("the whole file is UTF-8 but is read in code page {}", page.number()));
+    return;
+  }
+  const std::size_t lacked = page.countUndefined(file);
+  if (lacked == 0) return;
+  const std::string text = fmt::format("{} that {} lacks; the first one here", counted(lacked, "byte"),
+                                       page.isUtf8() ? "UTF-8" : fmt::format("code page {}", page.number()));
+  if (page.isSingleByte()) {
+    firstHigh([&](std::string_view byte) { return page.countUndefined(byte) > 0; }, "lacked-byte", text);
+    return;
+  }
+  bool done = false;
+  forEachLine(work, [&](const ScriptLine& line) {
+    if (done || isAscii(line.text)) return;
+    const std::u16string wide = findings.codec().decode(line.text);
+    for (std::size_t at = 0; at < wide.size() && !done; ++at) {
+      if (isHighSurrogate(wide[at])) {
+        ++at;
+      } else if (isLowSurrogate(wide[at])) {
+        findings.list().push_back({line.number + 1, at + 1, "lacked-byte", text});
+        done = true;
+      }
+    }
+  });
+}
+
+bool isEscaped(std::string_view text, std::size_t quote) {
+  std::size_t backslashes = 0;
+  while (backslashes < quote && text[quote - backslashes - 1] == '\\') ++backslashes;
+  return backslashes % 2 != 0;
+}
+
+std::vector<SpoiltCode> findSpoiltCodes(std::string_view text) {
+  std::vector<SpoiltCode> spoilt;
+  for (std::size_t at = text.find('^'); at != std::string_view::npos; at = text.find('^', at + 1)) {
+    if (spoilt.size() >= kMostInText) break;
+    if (followsItemCode(text, at)) continue;
+    const std::size_t digits = hexDigitsAt(text, at + 1);
+    const bool asCode = countColorCodes(text.substr(at, 7)) == 1;
+    if (asCode && digits < 6) {
+      spoilt.push_back({at, "color-digits", "a colour code with a letter that is no digit"});
+    } else if (!asCode && digits >= 3) {
+      spoilt.push_back({at, "color-short", "a colour code with fewer than six digits"});
+    } else if (!asCode && text.substr(at + 1, 1) == " " && hexDigitsAt(text, at + 2) >= 6) {
+      spoilt.push_back({at, "color-blank", "a blank between ^ and the six digits"});
+    }
+  }
+  constexpr std::string_view kBlack = "000000";
+  for (std::size_t at = text.find(kBlack); at != std::string_view::npos; at = text.find(kBlack, at + kBlack.size())) {
+    const bool standsAlone = at == 0 || (!isAlnum(text[at - 1]) && text[at - 1] != '^' && text[at - 1] != '#');
+    // Behind "^ " it was told above; in a number or a longer code it is none.
+    const bool told = at >= 2 && text[at - 1] == ' ' && text[at - 2] == '^';
+    const bool inNumber = (at > 0 && (text[at - 1] == ',' || text[at - 1] == '.')) ||
+                          (at + 6 < text.size() && text[at + 6] >= '0' && text[at + 6] <= '9');
+    if (spoilt.size() >= 2 * kMostInText) break;
+    if (standsAlone && !told && !inNumber) spoilt.push_back({at, "color-no-caret", "000000 without its caret"});
+  }
+  std::sort(spoilt.begin(), spoilt.end(), [](const auto& a, const auto& b) { return a.offset < b.offset; });
+  return spoilt;
+}
+
+void checkScript(Findings& findings, const Outline& outline, std::string_view file, std::string_view work) {
+  for (const OutlineError& error : outline.errors) {
+    checkOddQuotes(findings, error);
+    checkEscapedQuotes(findings, error.lineNumber, error.line, error.code);
+  }
+  std::size_t lastLine = static_cast<std::size_t>(-1);
+  for (const OutlineText& text : outline.texts) {
+    if (text.lineNumber != lastLine) {
+      lastLine = text.lineNumber;
+      const std::string_view code = text.line.substr(0, std::min(text.line.find("//"), text.line.size()));
+      checkEscapedQuotes(findings, text.lineNumber, text.line, code);
+    }
+    if (text.segment != Segment::Message && text.segment != Segment::Title) continue;
+    for (const SpoiltCode& spoilt : findSpoiltCodes(text.text))
+      findings.add(spoilt.kind, text, spoilt.offset, spoilt.text);
+  }
+  checkEncoding(findings, file, work);
+}
+
+}  // namespace dravenna

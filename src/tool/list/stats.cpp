@@ -1,0 +1,312 @@
+#include <fmt/format.h>
+#include <CLI/CLI.hpp>
+
+#include <map>
+#include <nlohmann/json.hpp>
+#include <unordered_set>
+
+#include "platform/failure.h"
+#include "platform/tree_files.h"
+#include "tool/run/ordered_pool.h"
+#include "tool/run/session.h"
+#include "tool/script/outline.h"
+#include "tool/script/pairing.h"
+
+namespace dravenna {
+
+namespace {
+
+constexpr char kFooter[] =
+    "Words and colour codes are those of messages and titles. Texts done are those with a record that are not as in\n"
+    "the original, or hold no letter; the others remain, with those of scripts that only the original tree has.\n"
+    "Examples:\n"
+    "  dravenna-lxf stats npc                       a table, a line for each script and one for all\n"
+    "  dravenna-lxf stats npc-es --against npc      how far the translation is\n"
+    "  dravenna-lxf stats npc --left-out            the texts that no exchange file shows, by reason\n"
+    "  dravenna-lxf stats npc --json --output stats.json";
+
+struct Options {
+  std::vector<std::string> paths;
+  std::string against;
+  std::string output;
+  bool json = false;
+  bool leftOut = false;
+};
+
+// The figures of a script or of all, in the order of the table.
+enum Figure {
+  Lines,
+  Titles,
+  Messages,
+  Code,
+  Plain,
+  Records,
+  Words,
+  ColorCodes,
+  ErrorLines,
+  LackedBytes,
+  Done,
+  Remaining,
+  kFigures
+};
+constexpr const char* kNames[kFigures] = {"lines", "titles", "messages", "code",   "plain", "records",
+                                          "words", "codes",  "errors",   "lacked", "done",  "remaining"};
+
+using Figures = std::array<std::size_t, kFigures>;
+using Reasons = std::map<std::pair<std::string, std::string>, std::size_t>;  // reason, command
+
+struct Outcome {
+  std::string error;
+  std::string warning;
+  Figures figures{};
+  Reasons leftOut;
+};
+
+std::size_t countWords(std::string_view text) {
+  const std::string plain = withoutColor(text);
+  std::size_t words = 0;
+  bool inWord = false;
+  bool counted = false;
+  for (const char c : plain) {
+    const bool blank = c == ' ' || c == '\t';
+    const bool solid = static_cast<unsigned char>(c) >= 0x80 || std::isalnum(static_cast<unsigned char>(c)) != 0;
+    if (blank) inWord = counted = false;
+    if (!blank && !inWord) inWord = true;
+    if (solid && inWord && !counted) {
+      ++words;
+      counted = true;
+    }
+  }
+  return words;
+}
+
+std::pair<std::string, std::string> reasonOf(const OutlineText& text, const Outline& outline) {
+  const std::string& command = outline.commands[text.command];
+  if (text.segment == Segment::Title) return {"title", {}};
+  if (!text.allowed) return {"command not listed", command.empty() ? "(none)" : command};
+  if (text.firstOfSpecial) return {"first text of a special command", command};
+  return {"bracket at one end", {}};
+}
+
+void addTexts(const Outline& outline, Outcome& outcome) {
+  for (const OutlineText& text : outline.texts) {
+    const bool readable = text.segment == Segment::Message || text.segment == Segment::Title;
+    ++outcome.figures[text.segment == Segment::Title     ? Titles
+                      : text.segment == Segment::Message ? Messages
+                      : text.segment == Segment::Code    ? Code
+                                                         : Plain];
+    if (text.record) ++outcome.figures[Records];
+    if (!text.record) ++outcome.leftOut[reasonOf(text, outline)];
+    if (!readable) continue;
+    outcome.figures[Words] += countWords(text.text);
+    outcome.figures[ColorCodes] += countColorCodes(text.text);
+  }
+  outcome.figures[Lines] = outline.lines;
+  outcome.figures[ErrorLines] = outline.errors.size();
+  if (!outline.errors.empty()) outcome.leftOut[{"line with an odd number of quote marks", {}}] += outline.errors.size();
+}
+
+void addProgress(const Outline& outline, const Outline& old, const Pairing& pairing, Figures& figures) {
+  for (std::size_t i = 0; i < outline.texts.size(); ++i) {
+    if (!outline.texts[i].record) continue;
+    const std::size_t from = pairing.oldOf[i];
+    const bool same = from != kNoText && withoutColor(old.texts[from].text) == withoutColor(outline.texts[i].text);
+    ++figures[same && hasLetter(outline.texts[i].text) ? Remaining : Done];
+  }
+}
+
+Outcome measure(const Session& session, const Options& options, const Script& script) {
+  Outcome outcome;
+  try {
+    std::string file;
+    std::string work;
+    const std::string_view bytes = readWork(session, script.path, file, work);
+    const Outline outline = outlineOf(bytes, *session.lists);
+    addTexts(outline, outcome);
+    outcome.figures[LackedBytes] = session.codec->page().countUndefined(file);
+    if (options.against.empty()) return outcome;
+    const std::string oldPath =
+        pathKind(options.against) == PathKind::File ? options.against : joinPath(options.against, script.relative);
+    if (pathKind(oldPath) != PathKind::File) {
+      outcome.warning = fmt::format("{}: no original {}", shownName(script.path), shownName(oldPath));
+      return outcome;
+    }
+    std::string oldFile;
+    std::string oldWork;
+    const std::string_view oldBytes = readWork(session, oldPath, oldFile, oldWork);
+    const Outline old = outlineOf(oldBytes, *session.lists);
+    addProgress(outline, old, pairScripts(oldBytes, old, bytes, outline), outcome.figures);
+  } catch (const Failure& failure) {
+    outcome.error = shown(failure.description());
+  }
+  return outcome;
+}
+
+// A script of the original tree that the translated one lacks: all of it remains.
+Outcome measureMissing(const Session& session, const Script& original) {
+  Outcome outcome;
+  try {
+    std::string file;
+    std::string work;
+    for (const OutlineText& text : outlineOf(readWork(session, original.path, file, work), *session.lists).texts) {
+      if (text.record) ++outcome.figures[Remaining];
+    }
+  } catch (const Failure& failure) {
+    outcome.error = shown(failure.description());
+  }
+  return outcome;
+}
+
+// Two whole trees are compared, not some of their scripts.
+std::vector<Script> missingScripts(Session& session, const Options& options, const std::vector<Script>& scripts) {
+  std::vector<Script> missing;
+  if (options.against.empty() || options.paths.size() != 1 || pathKind(options.paths[0]) != PathKind::Folder ||
+      pathKind(options.against) != PathKind::Folder) {
+    return missing;
+  }
+  std::unordered_set<std::string> here;
+  for (const Script& script : scripts) here.insert(script.relative);
+  for (Script& original : collectScripts(session, {options.against})) {
+    if (here.count(original.relative) == 0) missing.push_back(std::move(original));
+  }
+  return missing;
+}
+
+class Report {
+ public:
+  Report(const Options& options, std::string& out) : json_(options.json), leftOut_(options.leftOut), out_(out) {
+    shown_ = options.against.empty() ? Done : kFigures;
+    if (json_) out_ += "{\"files\":[";
+    if (!json_ && !leftOut_) {
+      for (std::size_t i = 0; i < shown_; ++i) out_ += fmt::format("{:>10}", kNames[i]);
+      out_ += "  file\n";
+    }
+  }
+
+  void add(const std::string& path, const Outcome& outcome) {
+    if (json_) {
+      out_ += files_ == 0 ? "\n" : ",\n";
+      out_ += "{\"file\":";
+      appendJsonString(fromUtf8(path), out_);
+      for (std::size_t i = 0; i < shown_; ++i) out_ += fmt::format(",\"{}\":{}", kNames[i], outcome.figures[i]);
+      out_ += "}";
+    } else if (!leftOut_) {
+      row(outcome.figures, shownName(path));
+    }
+    ++files_;
+    addToTotal(outcome);
+  }
+
+  void addToTotal(const Outcome& outcome) {
+    for (std::size_t i = 0; i < kFigures; ++i) total_[i] += outcome.figures[i];
+    for (const auto& [reason, count] : outcome.leftOut) leftOutTotal_[reason] += count;
+  }
+
+  void end() {
+    // The largest groups first; the map's order decides between equal ones.
+    std::vector<std::pair<std::pair<std::string, std::string>, std::size_t>> reasons(leftOutTotal_.begin(),
+                                                                                     leftOutTotal_.end());
+    std::stable_sort(reasons.begin(), reasons.end(), [](const auto& a, const auto& b) { return a.second > b.second; });
+    if (json_) {
+      nlohmann::ordered_json total;
+      total["files"] = files_;
+      for (std::size_t i = 0; i < shown_; ++i) total[kNames[i]] = total_[i];
+      out_ += fmt::format("],\n\"total\":{}", total.dump());
+      if (leftOut_) {
+        auto list = nlohmann::ordered_json::array();
+        for (const auto& [reason, count] : reasons) {
+          list.push_back({{"reason", reason.first}, {"command", reason.second}, {"texts", count}});
+        }
+        out_ += ",\n\"leftOut\":" + list.dump(-1, ' ', true, nlohmann::ordered_json::error_handler_t::replace);
+      }
+      out_ += "}\n";
+    } else if (leftOut_) {
+      out_ += fmt::format("{:>8}  {:<40} {}\n", "texts", "reason", "command");
+      for (const auto& [reason, count] : reasons) {
+        out_ += fmt::format("{:>8}  {:<40} {}\n", count, reason.first, reason.second);
+      }
+    } else {
+      row(total_, fmt::format("in all, {}", counted(files_, "file")));
+    }
+  }
+
+ private:
+  void row(const Figures& figures, const std::string& name) {
+    for (std::size_t i = 0; i < shown_; ++i) out_ += fmt::format("{:>10}", figures[i]);
+    out_ += fmt::format("  {}\n", name);
+  }
+
+  bool json_;
+  bool leftOut_;
+  std::string& out_;
+  std::size_t shown_;
+  std::size_t files_ = 0;
+  Figures total_{};
+  Reasons leftOutTotal_;
+};
+
+void run(Session& session, const Options& options) {
+  session.prepare();
+  if (options.leftOut && !options.against.empty()) throw UsageError("--left-out and --against do not go together");
+  if (!options.against.empty() && pathKind(options.against) == PathKind::Missing) {
+    throw Failure(u"No such file or directory: '" + fromUtf8(options.against) + u"'");
+  }
+  const std::vector<Script> scripts = collectScripts(session, options.paths);
+  Output output(options.output);
+  Report report(options, output.buffer());
+  runOrdered<Outcome>(
+      scripts.size(), session.jobs, [&](std::size_t i) { return measure(session, options, scripts[i]); },
+      [&](std::size_t i, Outcome&& outcome) {
+        if (!outcome.warning.empty()) session.console.warning(outcome.warning);
+        if (outcome.error.empty()) {
+          // A command's word may hold what no terminal should see.
+          Reasons visible;
+          for (const auto& [reason, count] : outcome.leftOut) {
+            std::string command;
+            appendEscaped(*session.codec, reason.second, command);
+            visible[{reason.first, command}] += count;
+          }
+          outcome.leftOut = std::move(visible);
+          report.add(scripts[i].path, outcome);
+        } else {
+          session.console.error(outcome.error);
+        }
+        session.console.progress(i + 1, scripts.size());
+        return output.flushSome();
+      });
+  const std::vector<Script> missing = missingScripts(session, options, scripts);
+  runOrdered<Outcome>(
+      missing.size(), session.jobs, [&](std::size_t i) { return measureMissing(session, missing[i]); },
+      [&](std::size_t i, Outcome&& outcome) {
+        if (outcome.error.empty()) {
+          session.console.warning(fmt::format("{}: not in the translated tree, {} remaining",
+                                              shownName(missing[i].path), counted(outcome.figures[Remaining], "text")));
+          report.add(missing[i].path, outcome);
+        } else {
+          session.console.error(outcome.error);
+        }
+        return output.flushSome();
+      });
+  report.end();
+  session.console.endProgress();
+  if (!output.close()) session.console.fail();
+}
+
+}  // namespace
+
+void addStats(CLI::App& app, Session& session) {
+  CLI::App* const verb =
+      app.add_subcommand("stats", "Count texts, words, colour codes, errors, and what is left to do");
+  const auto options = std::make_shared<Options>();
+  verb->add_option("path", options->paths, "Files and folders")->required()->type_name("PATH...");
+  verb->add_option("--against", options->against, "The tree before it was translated: adds texts done and remaining")
+      ->type_name("OLDTREE");
+  verb->add_flag("--left-out", options->leftOut, "The texts that get no record, by reason");
+  verb->add_flag("--json", options->json, "JSON instead of a table");
+  verb->add_option("-o,--output", options->output, "File for the result instead of standard output")->type_name("FILE");
+  session.addOptions(*verb);
+  verb->footer(kFooter);
+  verb->callback([&session, options] { run(session, *options); });
+}
+
+}  // namespace dravenna

@@ -1,0 +1,146 @@
+#include <fmt/format.h>
+#include <CLI/CLI.hpp>
+
+#include "platform/failure.h"
+#include "scan/line_scanner.h"
+#include "text/text.h"
+#include "tool/run/ordered_pool.h"
+#include "tool/run/session.h"
+#include "tool/script/script_lines.h"
+
+namespace dravenna {
+
+namespace {
+
+constexpr char kFooter[] =
+    "Each line: file, line (from 1), offset in the document (from 0), class, command, text, parted by tabs.\n"
+    "Classes: title, message, code, plain; error for a line with an odd number of quote marks, with its code part.\n"
+    "Examples:\n"
+    "  dravenna-lxf texts guard.txt | grep -P '\\tmessage\\t'\n"
+    "  dravenna-lxf texts npc --json | jq -r 'select(.class == \"error\") | \"\\(.file):\\(.line)\"'\n"
+    "  generator | dravenna-lxf texts - --codepage utf-8";
+
+constexpr std::string_view className(Segment segment) {
+  switch (segment) {
+    case Segment::Title:
+      return "title";
+    case Segment::Message:
+      return "message";
+    case Segment::Code:
+      return "code";
+    case Segment::Error:
+      return "error";
+    default:
+      return "plain";
+  }
+}
+
+// Writes one script's texts.
+class TextsSink {
+ public:
+  TextsSink(const Session& session, const std::string& path, bool json, std::string& out)
+      : codec_(*session.codec), scanner_(*session.lists), json_(json), out_(out) {
+    if (json) {
+      appendJsonString(fromUtf8(path), name_);
+    } else {
+      appendEscapedName(path, name_);
+    }
+  }
+
+  void scan(std::string_view work) {
+    forEachLine(work, [&](const ScriptLine& line) {
+      line_ = line;
+      if (line.text.find('"') != std::string_view::npos) scanner_.scan(line.text, *this);
+      lineOffset_ += counter_.before(line.text, line.text.size()) + 2;
+    });
+  }
+
+  void plain(std::size_t, std::size_t) {}
+  void quote(std::size_t) {}
+  void comment(std::size_t, std::size_t) {}
+  void error(std::size_t begin, std::size_t end) { write(Segment::Error, begin, end, {}); }
+  void text(const QuotedText& quoted) {
+    const std::string_view text = line_.text.substr(quoted.begin, quoted.end - quoted.begin);
+    write(classOf(text, quoted), quoted.begin, quoted.end, scanner_.tracker().activeCommand());
+  }
+
+ private:
+  void write(Segment segment, std::size_t begin, std::size_t end, std::string_view command) {
+    const std::string_view text = line_.text.substr(begin, end - begin);
+    const fmt::format_int line(line_.number + 1);
+    const fmt::format_int offset(lineOffset_ + counter_.before(line_.text, begin));
+    if (json_) {
+      out_.append("{\"file\":").append(name_).append(",\"line\":").append(line.data(), line.size());
+      out_.append(",\"offset\":").append(offset.data(), offset.size());
+      out_.append(",\"class\":\"").append(className(segment)).append("\",\"command\":");
+      appendJsonString(codec_, command, out_);
+      out_.append(",\"text\":");
+      appendJsonString(codec_, text, out_);
+      out_.append("}\n");
+    } else {
+      out_.append(name_).push_back('\t');
+      out_.append(line.data(), line.size()).push_back('\t');
+      out_.append(offset.data(), offset.size()).push_back('\t');
+      out_.append(className(segment)).push_back('\t');
+      appendEscaped(codec_, command, out_);
+      out_.push_back('\t');
+      appendEscaped(codec_, text, out_);
+      out_.push_back('\n');
+    }
+  }
+
+  const Codec& codec_;
+  PlaceCounter counter_{codec_, PlaceCounter::Unit::Utf16};
+  ByteLineScanner scanner_;
+  bool json_;
+  std::string& out_;
+  std::string name_;
+  ScriptLine line_{};
+  std::size_t lineOffset_ = 0;
+};
+
+struct Outcome {
+  std::string out;
+  std::string error;
+};
+
+void run(Session& session, const std::vector<std::string>& paths, bool json) {
+  session.prepare();
+  const std::vector<Script> scripts = collectScripts(session, paths);
+  Output output("-");
+  runOrdered<Outcome>(
+      scripts.size(), session.jobs,
+      [&](std::size_t i) {
+        thread_local std::string file;
+        thread_local std::string work;
+        Outcome outcome;
+        try {
+          TextsSink(session, scripts[i].path, json, outcome.out).scan(readWork(session, scripts[i].path, file, work));
+        } catch (const Failure& failure) {
+          outcome.error = shown(failure.description());
+        }
+        return outcome;
+      },
+      [&](std::size_t i, Outcome&& outcome) {
+        if (!outcome.error.empty()) session.console.error(outcome.error);
+        output.buffer().append(outcome.out);
+        session.console.progress(i + 1, scripts.size());
+        return output.flushSome();
+      });
+  if (!output.close()) session.console.fail();
+}
+
+}  // namespace
+
+void addTexts(CLI::App& app, Session& session) {
+  CLI::App* const verb = app.add_subcommand("texts", "List every quoted text with its place and class");
+  const auto paths = std::make_shared<std::vector<std::string>>();
+  const auto json = std::make_shared<bool>(false);
+  verb->add_option("path", *paths, "Files and folders; `-` is standard input")->required()->type_name("PATH...");
+  verb->add_flag("--json", *json, "JSON lines: an object a text");
+  session.addOptions(*verb);
+  verb->footer(kFooter);
+  verb->callback([&session, paths, json] { run(session, *paths, *json); });
+}
+
+}  // namespace dravenna

@@ -1,0 +1,160 @@
+#include <fmt/format.h>
+#include <CLI/CLI.hpp>
+
+#include <set>
+#include <unordered_map>
+
+#include "platform/failure.h"
+#include "platform/terminal.h"
+#include "platform/tree_files.h"
+#include "tool/run/exchange_file.h"
+#include "tool/run/globs.h"
+#include "tool/run/ordered_pool.h"
+#include "tool/run/session.h"
+#include "tool/script/records.h"
+
+namespace dravenna {
+
+namespace {
+
+constexpr char kFooter[] =
+    "Examples:\n"
+    "  dravenna-lxf export guard.txt                   writes guard.lxf beside it\n"
+    "  dravenna-lxf export guard.txt - | less          looks at it\n"
+    "  dravenna-lxf export npc --out lxf               one exchange file a script, folders mirrored\n"
+    "  dravenna-lxf export npc --out lxf --keep-codes  leaves the ^RRGGBB codes in the texts\n"
+    "An exchange file that exists with other contents may be a translation and is left alone unless --force is given.";
+
+struct Options {
+  std::vector<std::string> paths;
+  std::string out;
+  bool keepCodes = false;
+  bool noClobber = false;
+  bool force = false;
+};
+
+// Another script in the place of an exchange file: `export npc/*.txt` where two were meant.
+bool isNamedLikeAScript(const Session& session, const std::string& path) {
+  const std::string name = path.substr(path.rfind('/') + 1);
+  return matchesAny(session.include.empty() ? kScriptNames : session.include, name);
+}
+
+void exportOne(Session& session, const Options& options) {
+  const std::string& script = options.paths[0];
+  std::string file;
+  std::string work;
+  std::string lxf;
+  if (script != "-" && pathKind(script) == PathKind::Folder) throw UsageError("a folder needs --out DIR");
+  exportWork(readWork(session, script, file, work), *session.lists, options.keepCodes, lxf);
+  const std::string_view bytes = session.codec->toFile(lxf, work);
+
+  const bool named = options.paths.size() == 2;
+  const std::string target = named ? options.paths[1] : script == "-" ? "-" : withExtension(script, ".lxf");
+  if (target == "-") {
+    if (!writeStandardOutput(bytes)) session.console.fail();
+    return;
+  }
+  if (pathKind(target) == PathKind::File && target != script) {
+    if (options.noClobber) return session.console.note(fmt::format("{}: kept", shownName(target)));
+    if (named && !options.force && isNamedLikeAScript(session, target)) {
+      throw UsageError(
+          fmt::format("{} exists and is named like a script; several scripts need --out DIR", shownName(target)));
+    }
+  }
+  if (target == script) throw UsageError("the exchange file would overwrite the script");
+  writeExchangeFile(target, bytes, options.force || named);
+}
+
+struct Outcome {
+  std::string error;
+  std::size_t records = 0;
+  bool kept = false;
+};
+
+// Where each script's exchange file goes; two scripts must not share one, and none must be a script. Makes the folders.
+std::vector<std::string> targetsOf(const std::vector<Script>& scripts, const std::string& out) {
+  std::vector<std::string> targets;
+  std::unordered_map<std::string, std::string> owners;
+  std::set<std::string> folders{out};
+  for (const Script& script : scripts) {
+    if (script.path == "-") throw UsageError("standard input cannot go to --out");
+    targets.push_back(joinPath(out, withExtension(script.relative, ".lxf")));
+    const auto [owner, fresh] = owners.emplace(targets.back(), script.path);
+    if (!fresh) {
+      throw UsageError(fmt::format("{} and {} would both go to {}", shownName(owner->second), shownName(script.path),
+                                   shownName(targets.back())));
+    }
+    folders.insert(folderOf(targets.back()));
+  }
+  for (const Script& script : scripts) {
+    if (owners.count(script.path) != 0) {
+      throw UsageError(fmt::format("an exchange file would overwrite the script {}", shownName(script.path)));
+    }
+  }
+  for (const std::string& folder : folders) makeFolders(folder);
+  return targets;
+}
+
+void exportTree(Session& session, const Options& options) {
+  const std::vector<Script> scripts = collectScripts(session, options.paths);
+  const std::vector<std::string> targets = targetsOf(scripts, options.out);
+  std::size_t files = 0;
+  std::size_t records = 0;
+  runOrdered<Outcome>(
+      scripts.size(), session.jobs,
+      [&](std::size_t i) {
+        thread_local std::string file;
+        thread_local std::string work;
+        thread_local std::string lxf;
+        Outcome outcome;
+        try {
+          if (options.noClobber && pathKind(targets[i]) == PathKind::File) return Outcome{{}, 0, true};
+          outcome.records =
+              exportWork(readWork(session, scripts[i].path, file, work), *session.lists, options.keepCodes, lxf);
+          writeExchangeFile(targets[i], session.codec->toFile(lxf, work), options.force);
+        } catch (const Failure& failure) {
+          outcome.error = shown(failure.description());
+        }
+        return outcome;
+      },
+      [&](std::size_t i, Outcome&& outcome) {
+        if (!outcome.error.empty()) {
+          session.console.error(outcome.error);
+        } else if (outcome.kept) {
+          session.console.note(fmt::format("{}: kept", shownName(targets[i])));
+        } else {
+          ++files;
+          records += outcome.records;
+        }
+        session.console.progress(i + 1, scripts.size());
+        return true;
+      });
+  session.console.note(fmt::format("{} exported, {}", counted(files, "script"), counted(records, "record")));
+}
+
+void run(Session& session, const Options& options) {
+  session.prepare();
+  if (!options.out.empty()) return exportTree(session, options);
+  if (options.paths.size() > 2) throw UsageError("several scripts need --out DIR");
+  exportOne(session, options);
+}
+
+}  // namespace
+
+void addExport(CLI::App& app, Session& session) {
+  CLI::App* const verb = app.add_subcommand("export", "Write the texts of scripts into numbered exchange files (LXF)");
+  const auto options = std::make_shared<Options>();
+  verb->add_option("path", options->paths, "SCRIPT [LXF], `-` for a standard stream; or with --out files and folders")
+      ->required()
+      ->type_name("PATH...");
+  verb->add_option("-o,--out", options->out, "Folder for one exchange file a script")->type_name("DIR");
+  verb->add_flag("--keep-codes", options->keepCodes, "Leave the colour codes in the texts");
+  verb->add_flag("-n,--no-clobber", options->noClobber, "Leave exchange files that exist alone");
+  verb->add_flag("-f,--force", options->force,
+                 "Overwrite exchange files with other contents: translations may be lost");
+  session.addOptions(*verb);
+  verb->footer(kFooter);
+  verb->callback([&session, options] { run(session, *options); });
+}
+
+}  // namespace dravenna

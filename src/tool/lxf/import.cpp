@@ -1,0 +1,108 @@
+#include <fmt/format.h>
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+
+#include "platform/failure.h"
+#include "platform/terminal.h"
+#include "platform/tree_files.h"
+#include "tool/lxf/import_tree.h"
+#include "tool/run/exchange_file.h"
+#include "tool/run/session.h"
+#include "tool/script/merge.h"
+
+namespace dravenna {
+
+namespace {
+
+constexpr char kFooter[] =
+    "Examples:\n"
+    "  dravenna-lxf import guard.txt guard.lxf               puts the translated texts into the script\n"
+    "  dravenna-lxf import guard.txt - < guard.lxf           the exchange file from standard input\n"
+    "  dravenna-lxf import npc --from lxf --eol keep         a tree, line ends as they are\n"
+    "  dravenna-lxf import npc --from lxf --dry-run          only tells what would happen\n"
+    "  dravenna-lxf import npc --from lxf --backup .orig     keeps each old script beside the new one\n"
+    "A tree's script whose exchange file does not fit is left alone unless --force says otherwise.";
+
+// What is odd about the file although it is merged all the same.
+void warnOfOddities(Session& session, const std::string& path, const ExchangeFile& lxf, std::size_t texts,
+                    bool wrongPage) {
+  const std::string why = whyNoFit(lxf, texts);
+  if (!why.empty()) session.console.warning(fmt::format("{}: {}", shownName(path), why));
+  if (wrongPage) session.console.warning(fmt::format("{}: {}", shownName(path), kUtf8InAnotherPage));
+  for (std::size_t i = 0; i < lxf.records.size() && i < texts; ++i) {
+    const char* const what = whatSpoilsScan(lxf.records[i].text);
+    if (what != nullptr) session.console.warning(fmt::format("{}:{}: {}", shownName(path), i + 1, what));
+  }
+}
+
+void importOne(Session& session, const ImportOptions& options) {
+  const std::string& path = options.paths[0];
+  const std::string& lxfPath = options.paths[1];
+  if (path == "-" && lxfPath == "-") throw UsageError("script and exchange file cannot both be standard input");
+  if (path != "-" && pathKind(path) == PathKind::Folder) throw UsageError("a folder needs --from DIR");
+  std::string file;
+  std::string work;
+  std::string lxfFile;
+  std::string lxfWork;
+  const std::string_view lxf = readWork(session, lxfPath, lxfFile, lxfWork);
+  if (lxf.empty()) throw Failure(fromUtf8(lxfPath) + u": The exchange file is empty");
+  const std::string_view script = readWork(session, path, file, work);
+  const ExchangeFile cut = cutExchangeFile(lxf);
+  const bool named = lxfPath == "-" || withExtension(lxfPath, ".lxf") == lxfPath;
+  const bool numbered = std::any_of(cut.records.begin(), cut.records.end(), [](const ExchangeFile::Record& record) {
+    return !record.number.empty() && record.number.find_first_not_of("0123456789") == std::string_view::npos;
+  });
+  if (!named && !cut.records.empty() && !numbered && !options.force) {
+    throw Failure(fromUtf8(lxfPath) + u": no exchange file: none of its lines has a number and a colon");
+  }
+
+  Merge merge = mergeWork(*session.codec, *session.lists, script, lxf, options.keepEol);
+  if (!merge.error.empty()) throw Failure(fromUtf8(lxfPath) + u":" + merge.error);
+  warnOfOddities(session, lxfPath, cut, merge.texts, isUtf8InAnotherPage(session.codec->page(), lxfFile, file));
+  if (path == "-") {
+    if (!writeStandardOutput(merge.bytes)) session.console.fail();
+    return;
+  }
+  if (!options.dryRun && merge.bytes != file) {
+    Replacements replacements(options.backup);
+    replacements.stage(path, merge.bytes);
+    const std::u16string failed = replacements.commit()[0];
+    if (!failed.empty()) throw Failure(failed);
+    flushFolder(folderOf(path));
+  }
+  session.console.note(fmt::format("{}: {} of {} {}{}", shownName(path), merge.changed, counted(merge.texts, "text"),
+                                   options.dryRun ? "would change" : "changed",
+                                   merge.changed == 0 && merge.bytes != file ? "; line ends only" : ""));
+}
+
+void run(Session& session, const ImportOptions& options) {
+  session.prepare();
+  if (!options.from.empty()) return importTree(session, options);
+  if (options.paths.size() != 2) throw UsageError("give SCRIPT and LXF, or --from DIR for a tree");
+  importOne(session, options);
+}
+
+}  // namespace
+
+void addImport(CLI::App& app, Session& session) {
+  CLI::App* const verb = app.add_subcommand("import", "Merge translated exchange files back into their scripts");
+  const auto options = std::make_shared<ImportOptions>();
+  verb->add_option("path", options->paths, "SCRIPT LXF, `-` for a standard stream; or with --from files and folders")
+      ->required()
+      ->type_name("PATH...");
+  verb->add_option("--from", options->from, "Folder with one exchange file a script")->type_name("DIR");
+  verb->add_flag("--dry-run", options->dryRun, "Change nothing, tell what would change");
+  addBackupOption(*verb, options->backup);
+  verb->add_option_function<std::string>(
+          "--eol", [options](const std::string& eol) { options->keepEol = eol == "keep"; },
+          "Line ends of a script that is written: crlf (throughout) or keep (default crlf)")
+      ->type_name("KIND")
+      ->check(CLI::IsMember({"crlf", "keep"}).description(""));
+  verb->add_flag("-f,--force", options->force, "Merge exchange files that do not fit too, as the window does");
+  session.addOptions(*verb);
+  verb->footer(kFooter);
+  verb->callback([&session, options] { run(session, *options); });
+}
+
+}  // namespace dravenna

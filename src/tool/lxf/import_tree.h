@@ -1,0 +1,22 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "tool/run/session.h"
+
+namespace dravenna {
+
+struct ImportOptions {
+  std::vector<std::string> paths;
+  std::string from;
+  std::string backup;
+  bool dryRun = false;
+  bool keepEol = false;
+  bool force = false;
+};
+
+// Merges the exchange files below options.from into the scripts, all or nothing each.
+void importTree(Session& session, const ImportOptions& options);
+
+}  // namespace dravenna

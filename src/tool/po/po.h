@@ -1,0 +1,33 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "tool/run/session.h"
+
+namespace dravenna {
+
+struct PoExportOptions {
+  std::vector<std::string> paths;
+  std::string out;
+  std::string old;
+  std::string from;
+  std::string language;
+  bool split = false;
+  bool force = false;
+  bool forServer = false;  // what the server's own reader takes
+};
+
+struct PoImportOptions {
+  std::vector<std::string> paths;
+  std::string from;
+  std::string backup;
+  bool fuzzy = false;
+  bool dryRun = false;
+  bool crlf = false;
+};
+
+void exportPo(Session& session, const PoExportOptions& options);
+void importPo(Session& session, const PoImportOptions& options);
+
+}  // namespace dravenna

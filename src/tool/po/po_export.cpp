@@ -1,0 +1,237 @@
+#include <fmt/format.h>
+
+#include <set>
+#include <unordered_map>
+
+#include "platform/failure.h"
+#include "platform/terminal.h"
+#include "platform/tree_files.h"
+#include "tool/carry/old_version.h"
+#include "tool/po/po.h"
+#include "tool/po/po_file.h"
+#include "tool/po/po_text.h"
+#include "tool/run/ordered_pool.h"
+
+namespace dravenna {
+
+namespace {
+
+constexpr std::size_t kServerLine = 1024;  // bytes of a line that the server reads, its end included
+constexpr std::size_t kMostWarnings = 20;
+
+struct Outcome {
+  std::vector<PoEntry> entries;
+  std::string serverEntries;
+  std::vector<std::string> left;  // what the PO file lacks: "file:line: why"
+  std::string warning;
+  bool unfit = false;
+  std::string error;
+};
+
+// A message as the server reads it: msgctxt and msgid lines, and the translation.
+struct ServerEntry {
+  std::string key;
+  std::string translation;
+  std::size_t line;  // of the text that the translation is from
+};
+
+struct ServerEntries {
+  std::vector<ServerEntry> list;
+  std::unordered_map<std::string, std::size_t> byKey;
+};
+
+class PoExport {
+ public:
+  PoExport(Session& session, const PoExportOptions& options) : session_(session), options_(options) {}
+
+  void run();
+
+ private:
+  Outcome readScript(const Script& script, const OldVersion* oldVersion) const;
+  PoEntry entryOf(const Script& script, const OutlineText& text, std::string context, const CarriedText& carried,
+                  const OldVersion::Carried& version) const;
+  std::string addServerEntry(const LoadedScript& script, const OutlineText& text, const CarriedText& carried,
+                             ServerEntries& entries) const;
+  void write(const std::string& path, const Outcome& outcome);
+  void refuseToOverwrite(const std::string& path) const;
+  void tellLeft(const std::vector<std::string>& left);
+
+  Session& session_;
+  const PoExportOptions& options_;
+  std::set<std::string> folders_;
+  std::size_t left_ = 0;
+};
+
+PoEntry PoExport::entryOf(const Script& script, const OutlineText& text, std::string context,
+                          const CarriedText& carried, const OldVersion::Carried& version) const {
+  PoEntry entry;
+  entry.context = std::move(context);
+  entry.id = poTextOf(*session_.codec, text.text);
+  entry.file = poNameOf(script.relative);
+  entry.line = text.lineNumber + 1;
+  const bool unsure = carried.state == CarryState::Changed || carried.state == CarryState::Unsure;
+  if (carried.state != CarryState::Carried && !unsure) return entry;
+  if (carried.ofPage) {
+    entry.comments.push_back(fmt::format("{}: {}", carried.why, poTextOf(*session_.codec, carried.translation)));
+    return entry;
+  }
+  entry.text = poTextOf(*session_.codec, carried.translation);
+  entry.fuzzy = unsure && !entry.text.empty();
+  if (!entry.fuzzy) return entry;
+  entry.comments.emplace_back(carried.why);
+  if (version.old && carried.oldRecord < version.old->records.size()) {
+    entry.previousId = poTextOf(*session_.codec, version.old->records[carried.oldRecord]->text);
+  }
+  return entry;
+}
+
+// One entry as the server's reader takes it: it knows no escapes but \" and no lines that go on, and of several entries
+// of one NPC with one msgid it finds the first. Gives why something is left out, or nothing.
+std::string PoExport::addServerEntry(const LoadedScript& script, const OutlineText& text, const CarriedText& carried,
+                                     ServerEntries& entries) const {
+  std::string buffer;
+  const auto fileBytes = [&](std::string_view work) { return std::string(session_.codec->toFile(work, buffer)); };
+  const std::string_view npc = script.outline.npcs[text.npc];
+  if (npc.empty()) return "left out: it stands in no NPC";
+  const std::string context = fmt::format("msgctxt \"{}\"\n", fileBytes(npc));
+  const std::string id = fmt::format("msgid \"{}\"\n", fileBytes(text.text));
+  const bool sure = carried.state == CarryState::Carried;
+  const std::string translation = fmt::format("msgstr \"{}\"\n", sure ? fileBytes(carried.translation) : std::string());
+  const auto tooLong = [](const std::string& line) { return line.size() >= kServerLine; };
+  if (tooLong(context) || tooLong(id) || tooLong(translation)) return "left out: too long for the server";
+  const auto [found, fresh] = entries.byKey.emplace(context + id, entries.list.size());
+  if (fresh) {
+    entries.list.push_back({context + id, translation, text.lineNumber});
+    return {};
+  }
+  ServerEntry& first = entries.list[found->second];
+  if (!sure || carried.translation.empty() || first.translation == translation) return {};
+  if (first.translation == "msgstr \"\"\n") {
+    first.translation = translation;
+    first.line = text.lineNumber;
+    return {};
+  }
+  return fmt::format("left out: line {} has another translation of the same text of the NPC", first.line + 1);
+}
+
+Outcome PoExport::readScript(const Script& script, const OldVersion* oldVersion) const {
+  Outcome outcome;
+  try {
+    const auto loaded = loadScript(session_, script.path);
+    OldVersion::Carried version;
+    version.result.texts.resize(loaded->records.size());
+    if (oldVersion != nullptr) version = oldVersion->carry(script, *loaded);
+    outcome.warning = version.warning;
+    outcome.unfit = version.unfit;
+    PoContexts contexts(*session_.codec, script.relative);
+    ServerEntries serverEntries;
+    for (std::size_t i = 0; i < loaded->records.size(); ++i) {
+      const OutlineText& text = *loaded->records[i];
+      std::string context = contexts.next(*loaded, text);
+      if (text.text.empty()) continue;
+      std::string why;
+      if (!fitsPo(text.text)) {
+        why = "left out: control characters";
+      } else if (options_.forServer) {
+        why = addServerEntry(*loaded, text, version.result.texts[i], serverEntries);
+      } else {
+        outcome.entries.push_back(entryOf(script, text, std::move(context), version.result.texts[i], version));
+      }
+      if (!why.empty()) {
+        outcome.left.push_back(fmt::format("{}:{}: {}", shownName(script.path), text.lineNumber + 1, why));
+      }
+    }
+    for (const ServerEntry& entry : serverEntries.list) outcome.serverEntries += entry.key + entry.translation + "\n";
+  } catch (const Failure& failure) {
+    outcome.error = shown(failure.description());
+  }
+  return outcome;
+}
+
+// In a PO file the translator's work itself may stand.
+void PoExport::refuseToOverwrite(const std::string& path) const {
+  if (options_.force || path == "-" || pathKind(path) != PathKind::File) return;
+  std::string bytes;
+  readWhole(path, bytes);
+  bool translated = false;
+  if (options_.forServer || !poFilesBuiltIn()) {
+    for (std::size_t at = bytes.find("\nmsgstr \""); at != std::string::npos; at = bytes.find("\nmsgstr \"", at + 1)) {
+      translated |= bytes.compare(at + 9, 1, "\"") != 0;
+    }
+  } else {
+    for (const PoEntry& entry : readPoFile(path)) translated |= !entry.text.empty();
+  }
+  if (translated) throw Failure(fromUtf8(path) + u": holds translations; --force overwrites it");
+}
+
+void PoExport::write(const std::string& path, const Outcome& outcome) {
+  refuseToOverwrite(path);
+  const std::string folder = folderOf(path);
+  if (path != "-" && !folder.empty() && folders_.insert(folder).second) makeFolders(folder);
+  if (!options_.forServer) {
+    writePoFile(path, options_.language, outcome.entries);
+  } else if (path == "-") {
+    if (!writeStandardOutput(outcome.serverEntries)) session_.console.fail();
+  } else {
+    writeWhole(path, outcome.serverEntries);
+  }
+}
+
+void PoExport::tellLeft(const std::vector<std::string>& left) {
+  for (const std::string& text : left) {
+    if (++left_ <= kMostWarnings) session_.console.warning(text);
+  }
+}
+
+void PoExport::run() {
+  session_.prepare();
+  if (!poFilesBuiltIn() && !options_.forServer) throw Failure(u"PO files are not built into this program");
+  if (options_.split && options_.out == "-") throw UsageError("--split needs a folder");
+  if (!options_.old.empty() && options_.from.empty()) throw UsageError("--old needs --from");
+  if (!options_.from.empty() && options_.old.empty() && options_.paths.size() != 1) {
+    throw UsageError("--from without --old takes one tree");
+  }
+  if (!options_.split) refuseToOverwrite(options_.out);
+  const std::vector<Script> scripts = collectScripts(session_, options_.paths);
+  std::unique_ptr<OldVersion> oldVersion;
+  if (!options_.from.empty()) {
+    oldVersion =
+        std::make_unique<OldVersion>(session_, options_.old.empty() ? options_.paths[0] : options_.old, options_.from);
+    oldVersion->findRenamed(scripts);
+  }
+  Outcome all;
+  std::size_t messages = 0;
+  runOrdered<Outcome>(
+      scripts.size(), session_.jobs, [&](std::size_t i) { return readScript(scripts[i], oldVersion.get()); },
+      [&](std::size_t i, Outcome&& outcome) {
+        if (!outcome.warning.empty()) session_.console.warning(outcome.warning);
+        if (outcome.unfit) session_.console.fail();
+        if (!outcome.error.empty()) session_.console.error(outcome.error);
+        tellLeft(outcome.left);
+        messages += outcome.entries.size();
+        if (!options_.split) {
+          std::move(outcome.entries.begin(), outcome.entries.end(), std::back_inserter(all.entries));
+          all.serverEntries += outcome.serverEntries;
+        } else if (!outcome.entries.empty() || !outcome.serverEntries.empty()) {
+          try {
+            write(joinPath(options_.out, withExtension(scripts[i].relative, ".po")), outcome);
+          } catch (const Failure& failure) {
+            session_.console.error(shown(failure.description()));
+          }
+        }
+        session_.console.progress(i + 1, scripts.size());
+        return true;
+      });
+  session_.console.endProgress();
+  if (interrupted()) return;
+  if (!options_.split) write(options_.out, all);
+  if (left_ > kMostWarnings) session_.console.warning(fmt::format("and {} more left out", left_ - kMostWarnings));
+  session_.console.note(fmt::format("{}, {}", counted(scripts.size(), "script"),
+                                    options_.forServer ? "written for the server" : counted(messages, "message")));
+}
+
+}  // namespace
+
+void exportPo(Session& session, const PoExportOptions& options) { PoExport(session, options).run(); }
+
+}  // namespace dravenna

@@ -1,0 +1,151 @@
+#include <fmt/format.h>
+#include <gettext-po.h>
+
+#include <cstdlib>
+#include <memory>
+#include <type_traits>
+
+#include "platform/failure.h"
+#include "platform/memory_file.h"
+#include "platform/terminal.h"
+#include "platform/tree_files.h"
+#include "text/code_page.h"
+#include "text/text.h"
+#include "tool/po/po_file.h"
+
+namespace dravenna {
+
+namespace {
+
+// Throws out of the library: it must not go on after a fatal error, and nothing of it is used again.
+void onError(int severity, po_message_t, const char* file, std::size_t line, std::size_t, int, const char* text) {
+  if (severity == PO_SEVERITY_WARNING) return;
+  throw Failure(
+      fromUtf8(file == nullptr ? fmt::format("PO file: {}", text) : fmt::format("{}:{}: {}", file, line, text)));
+}
+
+void onError2(int severity, po_message_t first, const char* file, std::size_t line, std::size_t column, int multiline,
+              const char* text, po_message_t, const char*, std::size_t, std::size_t, int, const char* text2) {
+  onError(severity, first, file, line, column, multiline, fmt::format("{} {}", text, text2).c_str());
+}
+
+const po_xerror_handler kHandler{onError, onError2};
+
+struct FreeFile {
+  void operator()(po_file_t file) const { po_file_free(file); }
+};
+struct FreeIterator {
+  void operator()(po_message_iterator_t iterator) const { po_message_iterator_free(iterator); }
+};
+using File = std::unique_ptr<po_file, FreeFile>;
+using Iterator = std::unique_ptr<std::remove_pointer_t<po_message_iterator_t>, FreeIterator>;
+
+std::string orEmpty(const char* text) { return text == nullptr ? std::string() : std::string(text); }
+
+void insertHeader(po_message_iterator_t iterator, const std::string& language) {
+  const po_message_t header = po_message_create();
+  po_message_set_msgid(header, "");
+  po_message_set_msgstr(header, fmt::format("Project-Id-Version: NPC scripts\n"
+                                            "Report-Msgid-Bugs-To: \n"
+                                            "PO-Revision-Date: YEAR-MO-DA HO:MI+ZONE\n"
+                                            "Last-Translator: \n"
+                                            "Language-Team: \n"
+                                            "Language: {}\n"
+                                            "MIME-Version: 1.0\n"
+                                            "Content-Type: text/plain; charset=UTF-8\n"
+                                            "Content-Transfer-Encoding: 8bit\n"
+                                            "X-Generator: dravenna-lxf\n",
+                                            language)
+                                    .c_str());
+  po_message_insert(iterator, header);
+}
+
+void insertEntry(po_message_iterator_t iterator, const PoEntry& entry) {
+  const po_message_t message = po_message_create();
+  if (!entry.context.empty()) po_message_set_msgctxt(message, entry.context.c_str());
+  po_message_set_msgid(message, entry.id.c_str());
+  po_message_set_msgstr(message, entry.text.c_str());
+  if (!entry.file.empty()) po_message_add_filepos(message, entry.file.c_str(), entry.line);
+  if (entry.fuzzy) po_message_set_fuzzy(message, 1);
+  if (!entry.previousId.empty()) po_message_set_prev_msgid(message, entry.previousId.c_str());
+  std::string comments;
+  for (const std::string& comment : entry.comments) comments += comment + "\n";
+  if (!comments.empty()) po_message_set_extracted_comments(message, comments.c_str());
+  po_message_insert(iterator, message);
+}
+
+// The strings are taken as UTF-8 and nothing else. A file without a header, or in plain ASCII, may be.
+void refuseOtherCharset(const std::string& path, po_file_t file, std::string_view bytes) {
+  const char* const header = po_file_domain_header(file, nullptr);
+  struct Free {
+    void operator()(char* text) const { std::free(text); }
+  };
+  const std::unique_ptr<char, Free> type(header == nullptr ? nullptr : po_header_field(header, "Content-Type"));
+  const std::string field = orEmpty(type.get());
+  constexpr std::string_view kCharset = "charset=";
+  const std::size_t at = field.find(kCharset);
+  const std::string charset = at == std::string::npos ? std::string() : field.substr(at + kCharset.size());
+  std::string folded = charset;
+  for (char& c : folded) c = c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c;
+  if (!folded.empty() && folded != "utf-8" && folded != "utf8" && folded != "us-ascii" && folded != "ascii") {
+    throw Failure(fromUtf8(fmt::format("{}: its header names the character set {}, not UTF-8", path, charset)));
+  }
+  if (CodePage::utf8()->countUndefined(bytes) > 0) throw Failure(fromUtf8(path) + u": holds bytes that are no UTF-8");
+}
+
+}  // namespace
+
+bool poFilesBuiltIn() { return true; }
+
+void writePoFile(const std::string& path, const std::string& language, const std::vector<PoEntry>& entries) {
+  const File file(po_file_create());
+  {
+    const Iterator iterator(po_message_iterator(file.get(), nullptr));
+    insertHeader(iterator.get(), language);
+    for (const PoEntry& entry : entries) insertEntry(iterator.get(), entry);
+  }
+  const std::string bytes = bytesWrittenBy([&](const std::string& memory) {
+    if (po_file_write(file.get(), memory.c_str(), &kHandler) == nullptr) {
+      throw Failure(fromUtf8(path) + u": cannot be written");
+    }
+  });
+  if (path == "-") {
+    if (!writeStandardOutput(bytes)) throw Failure(u"Nobody reads the standard output");
+    return;
+  }
+  const std::string temporary = path + ".new~";
+  try {
+    writeWhole(temporary, bytes);
+    moveOver(temporary, path);
+  } catch (...) {
+    removeFile(temporary);
+    throw;
+  }
+}
+
+std::vector<PoEntry> readPoFile(const std::string& path) {
+  std::string probe;
+  readWhole(path, probe);  // the library's own word for a missing file ends the process
+  const File file(po_file_read(path.c_str(), &kHandler));
+  if (!file) throw Failure(fromUtf8(path) + u": cannot be read");
+  refuseOtherCharset(path, file.get(), probe);
+  std::vector<PoEntry> entries;
+  const Iterator iterator(po_message_iterator(file.get(), nullptr));
+  while (const po_message_t message = po_next_message(iterator.get())) {
+    PoEntry entry;
+    entry.context = orEmpty(po_message_msgctxt(message));
+    entry.id = orEmpty(po_message_msgid(message));
+    if (po_message_is_obsolete(message) != 0 || (entry.context.empty() && entry.id.empty())) continue;
+    entry.text = orEmpty(po_message_msgstr(message));
+    entry.fuzzy = po_message_is_fuzzy(message) != 0;
+    if (const po_filepos_t place = po_message_filepos(message, 0); place != nullptr) {
+      entry.file = orEmpty(po_filepos_file(place));
+      const std::size_t line = po_filepos_start_line(place);
+      entry.line = line == static_cast<std::size_t>(-1) ? 0 : line;
+    }
+    entries.push_back(std::move(entry));
+  }
+  return entries;
+}
+
+}  // namespace dravenna

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <map>
+#include <string>
+#include <string_view>
+
+#include "tool/run/loaded_script.h"
+
+// Texts between scripts and PO files.
+namespace dravenna {
+
+// UTF-8 for a PO file. A byte that the code page lacks becomes one of U+EF80 to U+EFFF, so that nothing is lost.
+std::string poTextOf(const Codec& codec, std::string_view work);
+std::string poNameOf(std::string_view name);
+
+// The way back, appended to `work`: empty, or why the text cannot stand in a script.
+std::string fromPoText(const Codec& codec, std::string_view text, std::string& work);
+
+// Whether a text can be a message at all.
+bool fitsPo(std::string_view work);
+
+// The contexts of a script's texts in their order: file, NPC and the text's number within the NPC, so that a text keeps
+// its context when another NPC of the file changes.
+class PoContexts {
+ public:
+  PoContexts(const Codec& codec, std::string_view relative) : codec_(codec), file_(poNameOf(relative)) {}
+  std::string next(const LoadedScript& script, const OutlineText& text);
+
+ private:
+  const Codec& codec_;
+  std::string file_;
+  std::map<std::string, std::size_t> counts_;  // by name: an NPC's name may come again
+};
+
+}  // namespace dravenna

@@ -1,0 +1,57 @@
+#include "tool/run/command_names.h"
+
+#include <cstdlib>
+#include <nlohmann/json.hpp>
+
+#include "platform/failure.h"
+#include "platform/terminal.h"
+#include "platform/tree_files.h"
+#include "text/text.h"
+
+namespace dravenna {
+
+namespace {
+
+constexpr char kBuiltIn[] =
+#include "tool/commands_json.inc"
+    ;
+
+std::u16string listOf(const nlohmann::json& names) {
+  std::u16string list = u",";
+  for (const auto& name : names) list += fromUtf8(name.get<std::string>()) + u",";
+  return list;
+}
+
+}  // namespace
+
+std::vector<CommandPair> readCommandPairs(std::string_view json) {
+  std::vector<CommandPair> pairs;
+  try {
+    const auto file = nlohmann::json::parse(json);
+    for (const auto& pair : file.at("pairs")) {
+      pairs.push_back({pair.at("name").get<std::string>(), pair.value("about", std::string()),
+                       listOf(pair.at("allowed")), listOf(pair.at("special"))});
+    }
+  } catch (const nlohmann::json::exception& failure) {
+    throw Failure(u"The file of command lists is damaged: " + fromUtf8(failure.what()));
+  }
+  return pairs;
+}
+
+std::vector<CommandPair> findCommandPairs(const std::string& path) {
+  std::string bytes;
+  const char* const named = std::getenv("DRAVENNA_COMMANDS");
+  const auto installed = executableFolder() / ".." / "share" / "dravenna" / "commands.json";
+  if (!path.empty()) {
+    readWhole(path, bytes);
+  } else if (named != nullptr && *named != '\0') {
+    readWhole(named, bytes);
+  } else if (pathKind(installed) == PathKind::File) {
+    readWhole(installed, bytes);
+  } else {
+    bytes = kBuiltIn;
+  }
+  return readCommandPairs(bytes);
+}
+
+}  // namespace dravenna

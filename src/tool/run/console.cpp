@@ -1,0 +1,89 @@
+#include "tool/run/console.h"
+
+#include <fmt/format.h>
+
+#include <cstdlib>
+
+#include "platform/terminal.h"
+#include "platform/tree_files.h"
+
+namespace dravenna {
+
+namespace {
+
+constexpr std::size_t kWriteFrom = std::size_t{256} * 1024;
+constexpr auto kBarInterval = std::chrono::milliseconds(80);
+
+bool isSet(const char* name) {
+  const char* const value = std::getenv(name);
+  return value != nullptr && *value != '\0';
+}
+
+bool dumbTerminal() {
+  const char* const terminal = std::getenv("TERM");
+  return terminal == nullptr || std::string_view(terminal) == "dumb";
+}
+
+}  // namespace
+
+void Console::setColor(ColorUse use) {
+  colors_ =
+      use == ColorUse::Always || (use == ColorUse::Auto && errorIsTerminal() && !dumbTerminal() && !isSet("NO_COLOR"));
+}
+
+void Console::line(const char* color, std::string_view word, std::string_view text) {
+  endProgress();
+  std::string out = "dravenna-lxf: ";
+  if (!word.empty()) out += colors_ ? fmt::format("\x1b[{}m{}:\x1b[0m ", color, word) : fmt::format("{}: ", word);
+  writeStandardError(out.append(text).append("\n"));
+}
+
+void Console::error(std::string_view text) {
+  fail();
+  line("1;31", "error", text);
+}
+
+void Console::warning(std::string_view text) { line("1;33", "warning", text); }
+
+void Console::note(std::string_view text) {
+  if (!quiet_) line("", "", text);
+}
+
+void Console::progress(std::size_t done, std::size_t all) {
+  static const bool possible = errorIsTerminal() && !dumbTerminal();
+  if (quiet_ || !possible || all == 0) return;
+  const auto now = std::chrono::steady_clock::now();
+  if (!barShown_ && barDrawn_ == std::chrono::steady_clock::time_point{}) barDrawn_ = now;
+  if (now - barDrawn_ < kBarInterval) return;
+  barDrawn_ = now;
+  barShown_ = true;
+  const std::string count = fmt::format(" {}/{} ", done, all);
+  const int room = errorColumns() - static_cast<int>(count.size()) - 8;
+  const auto width = static_cast<std::size_t>(room > 60 ? 60 : room < 4 ? 4 : room);
+  const std::size_t full = width * done / all;
+  writeStandardError(
+      fmt::format("\r[{:#>{}}{:->{}}]{}{:3}%\x1b[K", "", full, "", width - full, count, 100 * done / all));
+}
+
+void Console::endProgress() {
+  if (barShown_) writeStandardError("\r\x1b[K");
+  barShown_ = false;
+}
+
+bool Output::flushSome() {
+  if (!toStandardOutput() || buffer_.size() < kWriteFrom) return !readerGone_;
+  if (!readerGone_) readerGone_ = !writeStandardOutput(buffer_);
+  buffer_.clear();
+  return !readerGone_;
+}
+
+bool Output::close() {
+  if (!toStandardOutput()) {
+    writeWhole(path_, buffer_);
+  } else if (!readerGone_) {
+    readerGone_ = !writeStandardOutput(buffer_);
+  }
+  return !readerGone_;
+}
+
+}  // namespace dravenna

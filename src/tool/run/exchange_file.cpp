@@ -1,0 +1,67 @@
+#include "tool/run/exchange_file.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "platform/failure.h"
+#include "platform/tree_files.h"
+#include "tool/run/session.h"
+
+namespace dravenna {
+
+ExchangeFile cutExchangeFile(std::string_view bytes) {
+  ExchangeFile file;
+  std::size_t at = 0;
+  for (std::size_t end; (end = bytes.find("\r\n", at)) != std::string_view::npos; at = end + 2) {
+    const std::string_view line = bytes.substr(at, end - at);
+    const std::size_t colon = line.find(':');
+    const bool hasColon = colon != std::string_view::npos;
+    file.records.push_back(
+        {line, hasColon, line.substr(0, hasColon ? colon : 0), hasColon ? line.substr(colon + 1) : line});
+  }
+  file.rest = bytes.substr(at);
+  const auto feeds = static_cast<std::size_t>(std::count(bytes.begin(), bytes.end(), '\n'));
+  file.bareFeeds = feeds - file.records.size();
+  return file;
+}
+
+bool bearsNumber(const ExchangeFile::Record& record, std::size_t number) {
+  return record.hasColon && record.number == fmt::format_int(number).str();
+}
+
+std::string whyNoFit(const ExchangeFile& file, std::size_t texts) {
+  if (file.bareFeeds > 0 && file.records.empty()) return "its lines end in LF, not in CR LF: nothing would be merged";
+  if (file.bareFeeds > 0) return "some of its lines end in LF, not in CR LF";
+  if (!file.rest.empty()) return "its last line has no line end: that record would be lost";
+  for (std::size_t i = 0; i < file.records.size(); ++i) {
+    if (!file.records[i].hasColon) return fmt::format("line {} has no number and colon", i + 1);
+    if (i == 0 && file.records[i].number.starts_with("\xEF\xBB\xBF")) return "it begins with a byte order mark";
+    if (!bearsNumber(file.records[i], i + 1)) {
+      return fmt::format("line {} bears the number {}, not {}", i + 1, shownName(file.records[i].number), i + 1);
+    }
+  }
+  if (file.records.size() != texts) {
+    return fmt::format("it has {}, the script {}", counted(file.records.size(), "record"), counted(texts, "text"));
+  }
+  return {};
+}
+
+bool isUtf8InAnotherPage(const CodePage& page, std::string_view exchangeFile, std::string_view script) {
+  const auto isUtf8 = [](std::string_view bytes) {
+    return !isAscii(bytes) && CodePage::utf8()->countUndefined(bytes) == 0;
+  };
+  return !page.isUtf8() && isUtf8(exchangeFile) && !isUtf8(script);
+}
+
+void writeExchangeFile(const std::string& path, std::string_view bytes, bool force) {
+  if (!force && pathKind(path) == PathKind::File) {
+    thread_local std::string old;
+    readWhole(path, old);
+    if (old == bytes) return;
+    if (!old.empty()) throw Failure(fromUtf8(path) + u": exists with other contents; --force overwrites it");
+  }
+  writeWhole(path, bytes);
+}
+
+}  // namespace dravenna

@@ -1,0 +1,176 @@
+#include "tool/run/session.h"
+
+#include <fmt/format.h>
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <filesystem>
+#include <thread>
+#include <unordered_set>
+
+#include "platform/failure.h"
+#include "platform/system.h"
+#include "platform/terminal.h"
+#include "platform/tree_files.h"
+#include "text/text.h"
+#include "tool/run/command_names.h"
+#include "tool/run/globs.h"
+
+namespace dravenna {
+
+void Session::addOptions(CLI::App& verb) {
+  const char* const group = "Options of every verb";
+  verb.add_option("--include", include, "Files of folders to take, as a glob; may be given again (default *.txt)")
+      ->group(group)
+      ->type_name("GLOB")
+      ->allow_extra_args(false);
+  verb.add_option("--exclude", exclude, "Files and folders to leave out; may be given again")
+      ->group(group)
+      ->type_name("GLOB")
+      ->allow_extra_args(false);
+  verb.add_option("--codepage", codePageName, "Code page of scripts and exchange files: 1252, 874, ..., utf-8")
+      ->group(group)
+      ->type_name("NAME");
+  verb.add_option("--commands", commandsName, "Named pair of command lists (default, extended, or of your own file)")
+      ->group(group)
+      ->type_name("NAME");
+  verb.add_option("--commands-file", commandsFile, "JSON file with named pairs of command lists")
+      ->group(group)
+      ->type_name("FILE");
+  verb.add_option("--allowed-commands", allowedCommands, "Commands with texts, as in ,mes,menu,select,")
+      ->group(group)
+      ->type_name("LIST");
+  verb.add_option("--special-commands", specialCommands, "Commands whose first text is none, as in ,mapannounce,")
+      ->group(group)
+      ->type_name("LIST");
+  verb.add_option("-j,--jobs", jobs, "Threads (default: one for each processor)")
+      ->group(group)
+      ->type_name("N")
+      ->check(CLI::Range(1U, 256U).description(""));
+  verb.add_flag("-q,--quiet", quiet, "No summary and no progress bar")->group(group);
+  verb.add_option_function<std::string>(
+          "--color",
+          [this](const std::string& when) {
+            color = when == "always" ? ColorUse::Always : when == "never" ? ColorUse::Never : ColorUse::Auto;
+          },
+          "Colours on standard error: auto, always or never")
+      ->group(group)
+      ->type_name("WHEN")
+      ->check(CLI::IsMember({"auto", "always", "never"}).description(""));
+}
+
+void Session::prepare() {
+  console.setQuiet(quiet);
+  console.setColor(color);
+  if (jobs == 0) jobs = std::max(1U, std::thread::hardware_concurrency());
+
+  if (const std::string wish = codePageWish(); codePageName.empty() && !wish.empty() && !codePageByName(wish)) {
+    throw UsageError(fmt::format("DRAVENNA_CODEPAGE: {} is no code page that is supported", wish));
+  }
+  const CodePagePtr page = codePageName.empty() ? systemCodePage() : codePageByName(codePageName);
+  if (!page) throw UsageError(fmt::format("--codepage: {} is no code page that is supported", codePageName));
+  codec.emplace(page);
+
+  const std::vector<CommandPair> pairs = findCommandPairs(commandsFile);
+  const auto found =
+      std::find_if(pairs.begin(), pairs.end(), [&](const auto& pair) { return pair.name == commandsName; });
+  if (found == pairs.end()) {
+    std::string names;
+    for (const CommandPair& pair : pairs) names += " " + pair.name;
+    throw UsageError(fmt::format("--commands: no pair {}; there are:{}", commandsName, names));
+  }
+  const auto listOf = [&](const char* option, const std::optional<std::string>& given, const std::u16string& named) {
+    if (!given) return named;
+    if (given->size() < 2 || given->front() != ',' || given->back() != ',') {
+      console.warning(
+          fmt::format("{}: a list begins and ends with a comma; words outside of commas are not in it", option));
+    }
+    return fromUtf8(*given);
+  };
+  lists.emplace(listOf("--allowed-commands", allowedCommands, found->allowed),
+                listOf("--special-commands", specialCommands, found->special), codec->wordPage());
+}
+
+std::vector<Script> collectScripts(Session& session, const std::vector<std::string>& arguments,
+                                   const std::vector<std::string>& defaultInclude) {
+  const std::vector<std::string>& include = session.include.empty() ? defaultInclude : session.include;
+  std::vector<Script> scripts;
+  std::unordered_set<std::string> seen;
+  const auto add = [&](Script script) {
+    if (seen.insert(std::filesystem::path(script.path).lexically_normal().string()).second) {
+      scripts.push_back(std::move(script));
+    }
+  };
+  for (const std::string& argument : arguments) {
+    try {
+      const PathKind kind = argument == "-" ? PathKind::File : pathKind(argument);
+      if (kind == PathKind::Missing) throw Failure(u"No such file or directory: '" + fromUtf8(argument) + u"'");
+      if (kind == PathKind::File) {
+        add({argument, argument.substr(argument.rfind('/') + 1)});
+        continue;
+      }
+      const auto wanted = [&](const std::string& relative) { return !matchesAny(session.exclude, relative); };
+      for (std::string& relative : filesBelow(argument, wanted, [&](const std::string& relative) {
+             return matchesAny(include, relative) && wanted(relative);
+           })) {
+        add({joinPath(argument, relative), relative});
+      }
+    } catch (const Failure& failure) {
+      session.console.error(shown(failure.description()));
+    }
+  }
+  return scripts;
+}
+
+std::string joinPath(const std::string& folder, const std::string& relative) {
+  return folder.empty() || folder.back() == '/' ? folder + relative : folder + "/" + relative;
+}
+
+std::string withExtension(const std::string& path, std::string_view extension) {
+  const std::size_t dot = path.rfind('.');
+  const std::size_t name = path.rfind('/') + 1;
+  return path.substr(0, dot == std::string::npos || dot < name ? path.size() : dot).append(extension);
+}
+
+std::string folderOf(const std::string& path) {
+  const std::size_t slash = path.rfind('/');
+  return slash == std::string::npos ? std::string() : path.substr(0, std::max<std::size_t>(slash, 1));
+}
+
+std::string_view readWork(const Session& session, const std::string& path, std::string& file, std::string& work) {
+  if (path == "-") {
+    file = readStandardInput();
+  } else {
+    readWhole(path, file);
+  }
+  return session.codec->toWork(file, work);
+}
+
+void addBackupOption(CLI::App& verb, std::string& suffix) {
+  verb.add_option("--backup", suffix, "Keep the old script under its name and this suffix; if that is taken, numbered")
+      ->type_name("SUFFIX")
+      ->check(CLI::Validator(
+          [](const std::string& given) {
+            return given.empty() || given.find_first_of("/\\") != std::string::npos ? "the suffix is empty or holds a /"
+                                                                                    : std::string();
+          },
+          ""));
+}
+
+std::string shown(const std::u16string& text) {
+  std::string out;
+  appendEscapedName(toUtf8(text), out);
+  return out;
+}
+
+std::string shownName(std::string_view name) {
+  std::string out;
+  appendEscapedName(name, out);
+  return out;
+}
+
+std::string counted(std::size_t count, std::string_view noun) {
+  return fmt::format("{} {}{}", count, noun, count == 1 ? "" : "s");
+}
+
+}  // namespace dravenna

@@ -1,0 +1,91 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "scan/command_list.h"
+#include "text/text.h"
+#include "tool/run/console.h"
+#include "tool/script/codec.h"
+
+namespace CLI {
+class App;
+}
+
+namespace dravenna {
+
+// Wrong use of the command line: exit status 2.
+class UsageError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+// The options that every verb has, and what becomes of them.
+struct Session {
+  std::vector<std::string> include;
+  std::vector<std::string> exclude;
+  std::string codePageName;
+  std::string commandsName = "default";
+  std::string commandsFile;
+  std::optional<std::string> allowedCommands;
+  std::optional<std::string> specialCommands;
+  unsigned jobs = 0;
+  bool quiet = false;
+  ColorUse color = ColorUse::Auto;
+
+  Console console;
+  std::optional<Codec> codec;
+  std::optional<CommandLists> lists;
+
+  void addOptions(CLI::App& verb);
+  // Makes codec and lists. Throws UsageError.
+  void prepare();
+};
+
+// One script of a run.
+struct Script {
+  std::string path;      // to open it, and what messages say
+  std::string relative;  // below the folder that was named; the file's own name when the file was
+};
+
+// What folders are searched for without --include.
+inline const std::vector<std::string> kScriptNames = {"*.txt"};
+
+// The scripts that the arguments stand for, in their order, folders by their sorted names, each file once. Folders are
+// searched for what the include patterns fit (else `defaultInclude`). What is missing is reported and sets the exit
+// status.
+std::vector<Script> collectScripts(Session& session, const std::vector<std::string>& arguments,
+                                   const std::vector<std::string>& defaultInclude = kScriptNames);
+
+// `folder` and a relative path with `/` between its names.
+std::string joinPath(const std::string& folder, const std::string& relative);
+// The path with its extension, told by the last `.` of the last name, replaced; added when there is none.
+std::string withExtension(const std::string& path, std::string_view extension);
+std::string folderOf(const std::string& path);
+
+// A file's work bytes; `-` is standard input. Uses both buffers again and again. Throws Failure.
+std::string_view readWork(const Session& session, const std::string& path, std::string& file, std::string& work);
+
+// UTF-8 for the console.
+std::string shown(const std::u16string& text);
+std::string shownName(std::string_view name);
+
+// `--backup SUFFIX`, for verbs that replace scripts.
+void addBackupOption(CLI::App& verb, std::string& suffix);
+
+// "1 script", "2 scripts".
+std::string counted(std::size_t count, std::string_view noun);
+
+// The verbs: each adds its command and runs from it. They set the console's failed state or throw Failure, UsageError.
+void addTexts(CLI::App& app, Session& session);
+void addExport(CLI::App& app, Session& session);
+void addImport(CLI::App& app, Session& session);
+void addStats(CLI::App& app, Session& session);
+void addCheck(CLI::App& app, Session& session);
+void addUpdate(CLI::App& app, Session& session);
+void addPo(CLI::App& app, Session& session);
+
+}  // namespace dravenna

@@ -1,0 +1,141 @@
+#include "tool/script/align.h"
+
+#include <algorithm>
+#include <unordered_map>
+
+namespace dravenna {
+
+namespace {
+
+using Sequence = std::vector<std::uint64_t>;
+
+constexpr std::size_t kMostCells = 1U << 20;  // of a table of the longest common subsequence
+
+struct Range {
+  std::size_t aBegin, aEnd, bBegin, bEnd;
+};
+
+class Aligner {
+ public:
+  Aligner(const Sequence& a, const Sequence& b) : a_(a), b_(b) {}
+
+  std::vector<EqualRun> run() {
+    std::vector<Range> open{{0, a_.size(), 0, b_.size()}};
+    while (!open.empty()) {
+      Range range = open.back();
+      open.pop_back();
+      trim(range);
+      if (range.aBegin == range.aEnd || range.bBegin == range.bEnd) continue;
+      if (!splitAtAnchors(range, open)) longestCommon(range);
+    }
+    std::sort(pairs_.begin(), pairs_.end());
+    std::vector<EqualRun> runs;
+    for (const auto& [a, b] : pairs_) {
+      if (!runs.empty() && runs.back().a + runs.back().length == a && runs.back().b + runs.back().length == b) {
+        ++runs.back().length;
+      } else {
+        runs.push_back({a, b, 1});
+      }
+    }
+    return runs;
+  }
+
+ private:
+  void pair(std::size_t a, std::size_t b) { pairs_.emplace_back(a, b); }
+
+  void trim(Range& range) {
+    while (range.aBegin < range.aEnd && range.bBegin < range.bEnd && a_[range.aBegin] == b_[range.bBegin]) {
+      pair(range.aBegin++, range.bBegin++);
+    }
+    while (range.aBegin < range.aEnd && range.bBegin < range.bEnd && a_[range.aEnd - 1] == b_[range.bEnd - 1]) {
+      pair(--range.aEnd, --range.bEnd);
+    }
+  }
+
+  // Cuts at the items that occur once on each side, as many of them as stand in the same order.
+  bool splitAtAnchors(const Range& range, std::vector<Range>& open) {
+    struct Seen {
+      std::size_t aCount = 0, bCount = 0, a = 0;
+    };
+    std::unordered_map<std::uint64_t, Seen> seen;
+    for (std::size_t i = range.aBegin; i < range.aEnd; ++i) {
+      Seen& item = seen[a_[i]];
+      ++item.aCount;
+      item.a = i;
+    }
+    for (std::size_t i = range.bBegin; i < range.bEnd; ++i) {
+      const auto found = seen.find(b_[i]);
+      if (found != seen.end()) ++found->second.bCount;
+    }
+    std::vector<std::pair<std::size_t, std::size_t>> unique;  // (b, a), ascending in b
+    for (std::size_t i = range.bBegin; i < range.bEnd; ++i) {
+      const auto found = seen.find(b_[i]);
+      if (found != seen.end() && found->second.aCount == 1 && found->second.bCount == 1) {
+        unique.emplace_back(i, found->second.a);
+      }
+    }
+    if (unique.empty()) return false;
+
+    // Longest ascending subsequence in a.
+    std::vector<std::size_t> tails;
+    std::vector<std::size_t> before(unique.size());
+    for (std::size_t i = 0; i < unique.size(); ++i) {
+      const auto place = std::lower_bound(tails.begin(), tails.end(), unique[i].second,
+                                          [&](std::size_t tail, std::size_t a) { return unique[tail].second < a; });
+      before[i] = place == tails.begin() ? unique.size() : *(place - 1);
+      if (place == tails.end()) {
+        tails.push_back(i);
+      } else {
+        *place = i;
+      }
+    }
+    std::size_t aEnd = range.aEnd;
+    std::size_t bEnd = range.bEnd;
+    for (std::size_t i = tails.back(); i != unique.size(); i = before[i]) {
+      const auto [b, a] = unique[i];
+      pair(a, b);
+      open.push_back({a + 1, aEnd, b + 1, bEnd});
+      aEnd = a;
+      bEnd = b;
+    }
+    open.push_back({range.aBegin, aEnd, range.bBegin, bEnd});
+    return true;
+  }
+
+  void longestCommon(const Range& range) {
+    const std::size_t n = range.aEnd - range.aBegin;
+    const std::size_t m = range.bEnd - range.bBegin;
+    if (n > kMostCells / m) return;
+    std::vector<std::uint32_t> best((n + 1) * (m + 1));
+    const auto at = [&](std::size_t i, std::size_t j) -> std::uint32_t& { return best[i * (m + 1) + j]; };
+    for (std::size_t i = n; i-- > 0;) {
+      for (std::size_t j = m; j-- > 0;) {
+        const bool equal = a_[range.aBegin + i] == b_[range.bBegin + j];
+        at(i, j) = equal ? at(i + 1, j + 1) + 1 : std::max(at(i + 1, j), at(i, j + 1));
+      }
+    }
+    for (std::size_t i = 0, j = 0; i < n && j < m;) {
+      if (a_[range.aBegin + i] == b_[range.bBegin + j]) {
+        pair(range.aBegin + i++, range.bBegin + j++);
+      } else if (at(i + 1, j) >= at(i, j + 1)) {
+        ++i;
+      } else {
+        ++j;
+      }
+    }
+  }
+
+  const Sequence& a_;
+  const Sequence& b_;
+  std::vector<std::pair<std::size_t, std::size_t>> pairs_;
+};
+
+}  // namespace
+
+std::vector<EqualRun> alignSequences(const std::vector<std::uint64_t>& a, const std::vector<std::uint64_t>& b) {
+  return Aligner(a, b).run();
+}
+
+std::uint64_t hashOf(std::string_view text) { return std::hash<std::string_view>{}(text); }
+
+}  // namespace dravenna

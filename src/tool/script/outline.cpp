@@ -1,0 +1,195 @@
+#include "tool/script/outline.h"
+
+#include <algorithm>
+#include <array>
+#include <unordered_map>
+
+#include "color/color_codes.h"
+#include "exchange/lxf.h"
+#include "scan/line_scanner.h"
+#include "tool/script/align.h"
+#include "tool/script/script_lines.h"
+
+namespace dravenna {
+
+namespace {
+
+// Words behind which a new page of dialogue begins.
+constexpr std::array<std::string_view, 21> kPageEnds = {
+    "next",    "close", "close2", "close3", "end",     "return",   "goto", "if",    "else", "switch", "case",
+    "default", "menu",  "select", "prompt", "callsub", "callfunc", "for",  "while", "do",   "break"};
+
+bool isWordByte(char c) {
+  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_';
+}
+
+char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; }
+
+bool endsPage(std::string_view word) {
+  if (word.size() > 8) return false;
+  std::array<char, 8> folded{};
+  std::transform(word.begin(), word.end(), folded.begin(), lower);
+  return std::find(kPageEnds.begin(), kPageEnds.end(), std::string_view(folded.data(), word.size())) != kPageEnds.end();
+}
+
+class OutlineBuilder {
+ public:
+  OutlineBuilder(const CommandLists& lists, Outline& outline) : scanner_(lists), outline_(outline) {
+    outline_.commands.emplace_back();
+    outline_.npcs.emplace_back();
+    commandIndex_.emplace(std::string(), 0);
+  }
+
+  void add(const ScriptLine& line) {
+    line_ = line;
+    ++outline_.lines;
+    npcHeader();
+    label();
+    scanner_.scan(line.text, *this);
+  }
+
+  void plain(std::size_t begin, std::size_t end) {
+    for (std::size_t at = begin; at < end;) {
+      const char c = line_.text[at];
+      if (!isWordByte(c)) {
+        if (c == '}') pageEnds_ = true;
+        followMenu(c);
+        if (c != ' ' && c != '\t') codeBefore_.push_back(c);
+        ++at;
+        continue;
+      }
+      const std::size_t start = at;
+      while (at < end && isWordByte(line_.text[at])) ++at;
+      const std::string_view word = line_.text.substr(start, at - start);
+      codeBefore_.append(word);
+      if (!endsPage(word)) continue;
+      pageEnds_ = true;
+      const char first = lower(word[0]);
+      const char second = lower(word[1]);
+      if (first == 's' && second == 'e') beginMenu(Menu::Call);
+      if (first == 'p') beginMenu(Menu::Call);
+      if (first == 'm') beginMenu(Menu::Statement);
+    }
+  }
+  void quote(std::size_t) {}
+  void comment(std::size_t, std::size_t) {}
+  void error(std::size_t begin, std::size_t end) {
+    outline_.errors.push_back({line_.text, line_.text.substr(begin, end - begin), line_.number});
+  }
+  void text(const QuotedText& quoted) {
+    OutlineText text{};
+    text.text = line_.text.substr(quoted.begin, quoted.end - quoted.begin);
+    text.line = line_.text;
+    text.lineNumber = line_.number;
+    text.begin = quoted.begin;
+    text.segment = classOf(text.text, quoted);
+    text.allowed = quoted.allowed;
+    text.firstOfSpecial = quoted.firstOfSpecial;
+    buffer_.clear();
+    appendWithoutColor(text.text, buffer_);
+    text.record = takesRecord(std::string_view(buffer_), quoted);
+    text.inMenu = menu_ != Menu::None;
+    text.command = commandNumber();
+    text.npc = static_cast<std::uint32_t>(outline_.npcs.size() - 1);
+    if (text.record || text.segment == Segment::Title) enterPage();
+    text.page = outline_.pages == 0 ? 0 : outline_.pages - 1;
+    outline_.texts.push_back(text);
+  }
+
+ private:
+  enum class Menu { None, Call, Statement };
+
+  void beginMenu(Menu menu) {
+    menu_ = menu;
+    depth_ = 0;
+  }
+
+  // A call ends with its parenthesis, a statement with `;`.
+  void followMenu(char c) {
+    if (c == '(') ++depth_;
+    if (c == ')' && --depth_ <= 0 && menu_ == Menu::Call) menu_ = Menu::None;
+    if (c == ';') menu_ = Menu::None;
+  }
+
+  void enterPage() {
+    if (pageEnds_ || outline_.pages == 0) {
+      ++outline_.pages;
+      outline_.pageKeys.push_back(hashOf(codeBefore_));
+      pageEnds_ = false;
+    }
+    codeBefore_.clear();
+  }
+
+  std::uint32_t commandNumber() {
+    const std::string command(scanner_.tracker().activeCommand());
+    const auto [found, fresh] = commandIndex_.emplace(command, static_cast<std::uint32_t>(outline_.commands.size()));
+    if (fresh) outline_.commands.push_back(command);
+    return found->second;
+  }
+
+  // place TAB script TAB name TAB ...
+  void npcHeader() {
+    const std::string_view line = line_.text;
+    const std::size_t first = line.find('\t');
+    if (first == std::string_view::npos || first == 0 || line.substr(0, 2) == "//") return;
+    const std::size_t second = line.find('\t', first + 1);
+    if (second == std::string_view::npos || line.substr(first + 1, second - first - 1) != "script") return;
+    outline_.npcs.push_back(line.substr(second + 1, std::min(line.find('\t', second + 1), line.size()) - second - 1));
+    pageEnds_ = true;
+  }
+
+  // A word with a colon at the beginning of a line.
+  void label() {
+    const std::string_view line = line_.text;
+    const std::size_t begin = line.find_first_not_of(" \t");
+    if (begin == std::string_view::npos) return;
+    std::size_t end = begin;
+    while (end < line.size() && isWordByte(line[end])) ++end;
+    if (end == begin || end == line.size() || line[end] != ':' || line.substr(end, 2) == "::") return;
+    outline_.labels.push_back(line.substr(begin, end - begin));
+    outline_.labelNpcs.push_back(static_cast<std::uint32_t>(outline_.npcs.size() - 1));
+    pageEnds_ = true;
+  }
+
+  ByteLineScanner scanner_;
+  Outline& outline_;
+  std::unordered_map<std::string, std::uint32_t> commandIndex_;
+  std::string buffer_;
+  ScriptLine line_{};
+  std::string codeBefore_;  // without blanks, since the last text of a page
+  bool pageEnds_ = false;
+  Menu menu_ = Menu::None;
+  int depth_ = 0;
+};
+
+}  // namespace
+
+Outline outlineOf(std::string_view work, const CommandLists& lists) {
+  Outline outline;
+  OutlineBuilder builder(lists, outline);
+  forEachLine(work, [&](const ScriptLine& line) { builder.add(line); });
+  return outline;
+}
+
+std::string withoutColor(std::string_view text) {
+  std::string out;
+  appendWithoutColor(text, out);
+  return out;
+}
+
+std::size_t countColorCodes(std::string_view text) {
+  std::size_t count = 0;
+  for (std::size_t at = text.find('^'); at != std::string_view::npos; at = text.find('^', at + 1)) {
+    if (isColorCode(text, at)) ++count;
+  }
+  return count;
+}
+
+bool hasLetter(std::string_view text) {
+  const std::string plain = withoutColor(text);
+  return std::any_of(plain.begin(), plain.end(), [](char c) {
+    return static_cast<unsigned char>(c) >= 0x80 || (lower(c) >= 'a' && lower(c) <= 'z');
+  });
+}
+
+}  // namespace dravenna
