@@ -1,7 +1,5 @@
 #pragma once
 
-#include <filesystem>
-#include <memory>
 #include <string>
 #include <string_view>
 
@@ -28,8 +26,5 @@ class FileReplacement {
   // already, a number follows the suffix, so that no backup is lost.
   virtual void place(std::u16string_view backupSuffix = {}) = 0;
 };
-
-// For a file of a tree, which must exist; its folder is left for flushFolder (tree_files.h).
-std::unique_ptr<FileReplacement> replaceTreeFile(const std::filesystem::path& path);
 
 }  // namespace dravenna

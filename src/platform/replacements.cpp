@@ -1,19 +1,19 @@
 #include <utility>
 
 #include "platform/failure.h"
-#include "platform/file_replacement.h"
 #include "platform/terminal.h"
 #include "platform/tree_files.h"
 #include "text/text.h"
 
 namespace dravenna {
 
-Replacements::Replacements(std::string_view backupSuffix) : backupSuffix_(fromUtf8(backupSuffix)) {}
+Replacements::Replacements(TreeFiles& files, std::string_view backupSuffix)
+    : files_(files), backupSuffix_(fromUtf8(backupSuffix)) {}
 
 Replacements::~Replacements() = default;
 
 void Replacements::stage(const std::filesystem::path& path, std::string_view bytes) {
-  auto staged = replaceTreeFile(path);
+  auto staged = files_.replace(path);
   staged->write(bytes);
   staged->startFlush();
   staged_.push_back(std::move(staged));
@@ -34,6 +34,7 @@ std::vector<std::u16string> Replacements::commit() {
   };
   each([](FileReplacement& replacement) { replacement.flush(); });
   each([&](FileReplacement& replacement) { replacement.place(backupSuffix_); });
+  staged_.clear();
   return outcomes;
 }
 

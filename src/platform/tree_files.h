@@ -10,59 +10,68 @@
 
 #include "platform/file_replacement.h"
 
-// Files of whole trees, as bytes, for the command line tool. What can fail throws Failure, whose description names
-// the path. Paths are native ones.
 namespace dravenna {
 
-// Links followed; a device or a pipe counts as a file. Fails when the system cannot tell.
 enum class PathKind { Missing, File, Folder };
-PathKind pathKind(const std::filesystem::path& path);
 
-// The files below a folder, as paths relative to it with `/` between their names, sorted by bytes. Links to files
-// count as files, links to folders are not entered. `enter` says whether a folder below is looked into, `take` whether
-// a file is wanted. Fails when a folder cannot be read.
-std::vector<std::string> filesBelow(const std::filesystem::path& folder,
-                                    const std::function<bool(const std::string& relative)>& enter,
-                                    const std::function<bool(const std::string& relative)>& take);
+// Files of whole trees, as bytes, for the command line tool. What can fail throws Failure, whose description names
+// the path. Paths are native ones. Several threads may work at once.
+class TreeFiles {
+ public:
+  using Chooser = std::function<bool(const std::string& relative)>;
 
-// The whole file into a buffer that is used again.
-void readWhole(const std::filesystem::path& path, std::string& bytes);
+  virtual ~TreeFiles() = default;
 
-// Empties or makes the file and writes into it. A failure leaves what was written so far.
-void writeWhole(const std::filesystem::path& path, std::string_view bytes);
+  // Links followed; a device or a pipe counts as a file. Fails when the system cannot tell.
+  virtual PathKind pathKind(const std::filesystem::path& path) = 0;
 
-// The folder and all missing ones above it.
-void makeFolders(const std::filesystem::path& folder);
+  // The files below a folder, as paths relative to it with `/` between their names, sorted by bytes. Links to files
+  // count as files, links to folders are not entered. `enter` says whether a folder below is looked into, `take`
+  // whether a file is wanted. Fails when a folder cannot be read.
+  virtual std::vector<std::string> filesBelow(const std::filesystem::path& folder, const Chooser& enter,
+                                              const Chooser& take) = 0;
+
+  // The whole file into a buffer that is used again.
+  virtual void readWhole(const std::filesystem::path& path, std::string& bytes) = 0;
+
+  // Empties or makes the file and writes into it. A failure leaves what was written so far.
+  virtual void writeWhole(const std::filesystem::path& path, std::string_view bytes) = 0;
+
+  // The folder and all missing ones above it.
+  virtual void makeFolders(const std::filesystem::path& folder) = 0;
+
+  // Leaves the folder for flushFolder. The file may be missing, its folder not.
+  virtual std::unique_ptr<FileReplacement> replace(const std::filesystem::path& path) = 0;
+
+  // Brings the renames in a folder to disk.
+  virtual void flushFolder(const std::filesystem::path& folder) = 0;
+};
+
+std::unique_ptr<TreeFiles> makeTreeFiles();
 
 // Replaces files, all or nothing each: new contents go to a temporary file beside the old one. Permission bits are
 // kept, links followed, read-only files refused. Nothing of a target changes before commit().
 class Replacements {
  public:
   // With a suffix, the old files stay beside the new ones, as FileReplacement::place tells.
-  explicit Replacements(std::string_view backupSuffix = {});
+  explicit Replacements(TreeFiles& files, std::string_view backupSuffix = {});
   Replacements(const Replacements&) = delete;
   Replacements& operator=(const Replacements&) = delete;
   ~Replacements();  // takes away temporary files that did not take their place
 
   // Writes the new contents beside `path`. Fails with nothing left behind.
   void stage(const std::filesystem::path& path, std::string_view bytes);
+  std::size_t staged() const { return staged_.size(); }
 
   // Brings all staged contents to disk, then renames one after the other; renames no more once interrupted()
   // (terminal.h) is true. Gives for each staged file, in the order of staging, an empty string or why its old contents
-  // still stand.
+  // still stand. Nothing is staged afterwards.
   std::vector<std::u16string> commit();
 
  private:
+  TreeFiles& files_;
   std::u16string backupSuffix_;
   std::vector<std::unique_ptr<FileReplacement>> staged_;
 };
-
-// Renames a file over another one.
-void moveOver(const std::filesystem::path& from, const std::filesystem::path& to);
-// Takes a file away; a missing one is no failure.
-void removeFile(const std::filesystem::path& path);
-
-// Brings the renames in a folder to disk.
-void flushFolder(const std::filesystem::path& folder);
 
 }  // namespace dravenna

@@ -226,21 +226,23 @@ TEST(TextFiles, KeepForeignCharactersInPaths) {
 
 TEST(Trees, ReplaceManyFilesAtOnce) {
   const ScratchFolder folder;
+  const auto files = makeTreeFiles();
   folder.put("a", "old a");
   folder.put("a.bak", "older a");
   folder.put("b", "old b");
   {
-    Replacements replacements(".bak");
+    Replacements replacements(*files, ".bak");
     replacements.stage(folder.file("a"), "new a");
     replacements.stage(folder.file("b"), "new b");
-    EXPECT_NE(failureOf([&] { replacements.stage(folder.file("missing"), ""); }).find("missing"), std::string::npos);
+    replacements.stage(folder.file("c"), "new c");
+    EXPECT_NE(failureOf([&] { replacements.stage(folder.file("missing/d"), ""); }).find("missing"), std::string::npos);
     EXPECT_EQ(folder.get("a") + folder.get("b"), "old aold b");
-    EXPECT_EQ(replacements.commit(), std::vector<std::u16string>(2));
+    EXPECT_EQ(replacements.commit(), std::vector<std::u16string>(3));
   }
-  EXPECT_EQ(folder.get("a") + folder.get("b"), "new anew b");
+  EXPECT_EQ(folder.get("a") + folder.get("b") + folder.get("c"), "new anew bnew c");
   EXPECT_EQ(folder.get("a.bak") + folder.get("a.bak2") + folder.get("b.bak"), "older aold aold b");
-  { Replacements().stage(folder.file("a"), "given up"); }
-  EXPECT_EQ(folder.names(), (Names{"a", "a.bak", "a.bak2", "b", "b.bak"}));
+  { Replacements(*files).stage(folder.file("a"), "given up"); }
+  EXPECT_EQ(folder.names(), (Names{"a", "a.bak", "a.bak2", "b", "b.bak", "c"}));
 }
 
 TEST(CodePages, HaveTheirCharacters) {

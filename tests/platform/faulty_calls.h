@@ -47,6 +47,12 @@ class FaultyCalls : public posix::SystemCalls {
   int fsync(int file) override {
     return make("fsync", kBlocks, [&] { return SystemCalls::fsync(file); });
   }
+  int startFlush(int file) override {
+    return make("startFlush", 0, [&] { return SystemCalls::startFlush(file); });
+  }
+  int ftruncate(int file, off_t size) override {
+    return make("ftruncate", kBlocks, [&] { return SystemCalls::ftruncate(file, size); });
+  }
   int flock(int file, int operation) override {
     return make("flock", kBlocks, [&] { return SystemCalls::flock(file, operation); });
   }
@@ -76,6 +82,9 @@ class FaultyCalls : public posix::SystemCalls {
   }
   int rename(const char* from, const char* to) override {
     return make("rename", 0, [&] { return SystemCalls::rename(from, to); });
+  }
+  int link(const char* file, const char* name) override {
+    return make("link", 0, [&] { return SystemCalls::link(file, name); });
   }
   int unlink(const char* path) override {
     return make("unlink", kIsCleaning, [&] { return SystemCalls::unlink(path); });

@@ -150,7 +150,8 @@ TEST_F(WindowsFiles, WhatMayNotBeWrittenIsRefusedAtOnce) {
   EXPECT_EQ(errorOf([&] { replaceBytes(folder_.path("file"), "new"); }), DWORD{ERROR_ACCESS_DENIED});
   setAttributes("file", FILE_ATTRIBUTE_NORMAL);
   {
-    const windows::OpenFile busy(folder_.file("file").native(), {GENERIC_READ, FILE_SHARE_READ, OPEN_EXISTING}, u"");
+    const windows::OpenFile busy(windows::realSystemCalls(), folder_.file("file").native(),
+                                 {GENERIC_READ, FILE_SHARE_READ, OPEN_EXISTING}, u"");
     EXPECT_EQ(errorOf([&] { replaceBytes(folder_.path("file"), "new"); }), DWORD{ERROR_SHARING_VIOLATION});
   }
   std::filesystem::create_directory(folder_.file("folder"));
@@ -164,13 +165,13 @@ TEST_F(WindowsFiles, WhatMayNotBeWrittenIsRefusedAtOnce) {
 TEST_F(WindowsFiles, PathsMayBeLong) {
   std::u16string path = folder_.path("");
   for (int i = 0; i < 4; ++i) path += u"\\" + std::u16string(100, u'd');
-  windows::makeFolderTree(path);
+  windows::makeFolders(windows::realSystemCalls(), path);
   const std::u16string file = path + u"/\u0416.txt";
   replaceBytes(file, "one");
   replaceBytes(file, "two");
   EXPECT_EQ(readBytes(file), "two");
   EXPECT_TRUE(makeTextFiles(codePageByName("1252"))->fileExists(file));
-  const std::vector<std::string> found = filesBelow(
+  const std::vector<std::string> found = makeTreeFiles()->filesBelow(
       folder_.file(""), [](const std::string&) { return true; }, [](const std::string&) { return true; });
   ASSERT_EQ(found.size(), 1u);
   EXPECT_TRUE(found[0].ends_with("d/\xD0\x96.txt")) << found[0];

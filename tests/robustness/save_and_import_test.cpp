@@ -6,7 +6,7 @@
 
 #include "long_script.h"
 #include "platform/faulty_calls.h"
-#include "platform/posix/tree_calls.h"
+#include "platform/posix/tree_files.h"
 #include "platform/scratch_folder.h"
 #include "quiet_platform.h"
 #include "tool/run/session.h"
@@ -102,8 +102,9 @@ TEST(Import, FailsWholeInTheWindow) {
   });
 }
 
-bool toolTellsOfFailure(const std::vector<std::string>& arguments) {
+bool toolTellsOfFailure(FaultyCalls& calls, const std::vector<std::string>& arguments) {
   Session session;
+  session.files = posix::makeTreeFiles(calls);
   CLI::App app;
   addImport(app, session);
   std::vector<const char*> words{"dravenna-lxf", "import", "--codepage=1252", "--quiet", "--jobs=1"};
@@ -123,14 +124,12 @@ TEST(Import, FailsWholeInTheTool) {
   for (const bool tree : {false, true}) {
     SCOPED_TRACE(tree ? "a tree" : "one script");
     failEach([tree](Scene& scene) {
-      posix::setTreeCalls(scene.calls);
       const std::string folder = scene.folder.file("").parent_path();
       const std::vector<std::string> arguments =
           tree ? std::vector{folder, "--from=" + folder} : std::vector{folder + "/guard.txt", folder + "/guard.lxf"};
-      return [arguments] { return toolTellsOfFailure(arguments); };
+      return [arguments, &scene] { return toolTellsOfFailure(scene.calls, arguments); };
     });
   }
-  posix::setTreeCalls(posix::realSystemCalls());
 }
 
 }  // namespace

@@ -126,10 +126,10 @@ class Associations {
       if (!pinned.empty()) added.push_back(pinned);
       added.emplace_back(kEntry);
     }
-    makeFolders(calls_, applications_);
+    makeFolders(calls_, applications_, 0700);
     replaceFile(calls_, entry_, entryText(program, pinned), {});
     lists.setList(kAdded, kType, added);
-    makeFolders(calls_, folderOf(lists_));
+    makeFolders(calls_, folderOf(lists_), 0700);
     writeIfChanged(lists.text());
   }
 

@@ -72,12 +72,23 @@ std::string resolveTarget(SystemCalls& calls, const std::string& path) {
   throw SystemFailure(ELOOP, path);
 }
 
-void makeFolders(SystemCalls& calls, const std::string& folder) {
+void makeFolders(SystemCalls& calls, const std::string& folder, mode_t mode) {
   struct stat status {};
-  if (calls.stat(folder.c_str(), status) == 0) return;
+  if (calls.stat(folder.c_str(), status) == 0) {
+    if (!S_ISDIR(status.st_mode)) throw SystemFailure(ENOTDIR, folder);
+    return;
+  }
   if (errno != ENOENT || folder == folderOf(folder)) failWithErrno(folder);
-  makeFolders(calls, folderOf(folder));
-  if (calls.mkdir(folder.c_str(), 0700) < 0 && errno != EEXIST) failWithErrno(folder);
+  makeFolders(calls, folderOf(folder), mode);
+  if (calls.mkdir(folder.c_str(), mode) < 0 && errno != EEXIST) failWithErrno(folder);
+}
+
+void syncFolder(OpenFile& folder) {
+  try {
+    folder.sync();
+  } catch (const SystemFailure& failure) {
+    if (failure.error() != EINVAL && failure.error() != ENOTSUP && failure.error() != EROFS) throw;
+  }
 }
 
 OpenFile openForReading(SystemCalls& calls, const std::string& path) {
@@ -164,12 +175,6 @@ void FileReplacement::removeTemporary() noexcept {
   temporary_.clear();
 }
 
-void FileReplacement::startFlush() {
-#ifdef __linux__
-  ::sync_file_range(file_.number(), 0, 0, SYNC_FILE_RANGE_WRITE);
-#endif
-}
-
 void FileReplacement::flush() {
   file_.sync();
   file_.close();
@@ -178,7 +183,8 @@ void FileReplacement::flush() {
 // The old file under a second name. A link, unlike a rename, never takes the place of another file.
 void FileReplacement::backUp(const std::string& backup) {
   std::string name = backup;
-  for (int number = 2; ::link(target_.c_str(), name.c_str()) != 0; ++number) {
+  for (int number = 2; calls_.link(target_.c_str(), name.c_str()) != 0; ++number) {
+    if (errno == ENOENT) return;  // there is no old file
     if (errno != EEXIST || number > kMostBackups) failWithErrno(name);
     name = backup + std::to_string(number);
   }
@@ -188,13 +194,7 @@ void FileReplacement::place(std::u16string_view backupSuffix) {
   if (!backupSuffix.empty()) backUp(target_ + toUtf8(backupSuffix));
   if (calls_.rename(temporary_.c_str(), target_.c_str()) < 0) failWithErrno(path_);
   temporary_.clear();
-  if (!folder_.isOpen()) return;
-  try {
-    folder_.sync();
-  } catch (const SystemFailure& failure) {
-    // Some file systems cannot flush a folder.
-    if (failure.error() != EINVAL && failure.error() != ENOTSUP && failure.error() != EROFS) throw;
-  }
+  if (folder_.isOpen()) syncFolder(folder_);
 }
 
 void replaceFile(SystemCalls& calls, const std::string& path, std::string_view bytes,

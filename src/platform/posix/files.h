@@ -18,8 +18,11 @@ std::string folderOf(const std::string& path);
 // The file that `path` leads to, through all symbolic links. The file itself may be missing, its folder not.
 std::string resolveTarget(SystemCalls& calls, const std::string& path);
 
-// Makes a folder and the missing ones above it, for this user only.
-void makeFolders(SystemCalls& calls, const std::string& folder);
+// Makes a folder and the missing ones above it, with these permission bits less the umask.
+void makeFolders(SystemCalls& calls, const std::string& folder, mode_t mode);
+
+// Brings the renames in an open folder to disk, if its file system can.
+void syncFolder(OpenFile& folder);
 
 // Opens for reading. Fails on a folder and on anything else that is no plain file.
 OpenFile openForReading(SystemCalls& calls, const std::string& path);
@@ -44,7 +47,7 @@ class FileReplacement : public dravenna::FileReplacement {
 
   const std::u16string& path() const override { return shownPath_; }
   void write(std::string_view bytes) override { file_.writeAll(bytes); }
-  void startFlush() override;
+  void startFlush() override { file_.startFlush(); }
   void flush() override;
 
   // A failure to flush the folder comes when the target is the new one already.

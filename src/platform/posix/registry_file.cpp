@@ -227,7 +227,7 @@ class RegistryFile : public RegistryCalls {
   template <typename Change>
   void change(Change apply) {
     if (path_.empty()) throw SystemFailure(ENOENT, path_);
-    makeFolders(calls_, folderOf(path_));
+    makeFolders(calls_, folderOf(path_), 0700);
     const std::string target = resolveTarget(calls_, path_);
     const OpenFile lock = lockFile(target + ".lock");
     std::optional<Stamp> stamp;

@@ -20,6 +20,7 @@ int SystemCalls::close(int file) { return ::close(file); }
 ssize_t SystemCalls::read(int file, void* to, std::size_t size) { return ::read(file, to, size); }
 ssize_t SystemCalls::write(int file, const void* from, std::size_t size) { return ::write(file, from, size); }
 int SystemCalls::fsync(int file) { return ::fsync(file); }
+int SystemCalls::ftruncate(int file, off_t size) { return ::ftruncate(file, size); }
 int SystemCalls::fstat(int file, struct stat& status) { return ::fstat(file, &status); }
 int SystemCalls::stat(const char* path, struct stat& status) { return ::stat(path, &status); }
 int SystemCalls::lstat(const char* path, struct stat& status) { return ::lstat(path, &status); }
@@ -27,9 +28,18 @@ int SystemCalls::mayWrite(const char* path) { return ::faccessat(AT_FDCWD, path,
 int SystemCalls::fchmod(int file, mode_t mode) { return ::fchmod(file, mode); }
 int SystemCalls::fchown(int file, uid_t user, gid_t group) { return ::fchown(file, user, group); }
 int SystemCalls::rename(const char* from, const char* to) { return ::rename(from, to); }
+int SystemCalls::link(const char* file, const char* name) { return ::link(file, name); }
 int SystemCalls::unlink(const char* path) { return ::unlink(path); }
 int SystemCalls::mkdir(const char* path, mode_t mode) { return ::mkdir(path, mode); }
 int SystemCalls::flock(int file, int operation) { return ::flock(file, operation); }
+
+int SystemCalls::startFlush([[maybe_unused]] int file) {
+#ifdef __linux__
+  return ::sync_file_range(file, 0, 0, SYNC_FILE_RANGE_WRITE);
+#else
+  return 0;
+#endif
+}
 
 int SystemCalls::realpath(const char* path, std::string& resolved) {
   char* const found = ::realpath(path, nullptr);

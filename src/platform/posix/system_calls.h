@@ -11,8 +11,8 @@
 
 namespace dravenna::posix {
 
-// Every call to the system that touches files. Results and errno are those of the system. A test puts its own in place
-// to make single calls fail.
+// Every call to the system that touches files; only folders are listed without it. Results and errno are those of the
+// system. A test puts its own in place to make single calls fail.
 class SystemCalls {
  public:
   virtual ~SystemCalls() = default;
@@ -22,6 +22,8 @@ class SystemCalls {
   virtual ssize_t read(int file, void* to, std::size_t size);
   virtual ssize_t write(int file, const void* from, std::size_t size);
   virtual int fsync(int file);
+  virtual int startFlush(int file);  // lets the system begin to bring the file to disk, where it can be asked to
+  virtual int ftruncate(int file, off_t size);
   virtual int fstat(int file, struct stat& status);
   virtual int stat(const char* path, struct stat& status);
   virtual int lstat(const char* path, struct stat& status);
@@ -31,6 +33,7 @@ class SystemCalls {
   virtual int fchmod(int file, mode_t mode);
   virtual int fchown(int file, uid_t user, gid_t group);
   virtual int rename(const char* from, const char* to);
+  virtual int link(const char* file, const char* name);
   virtual int unlink(const char* path);
   virtual int mkdir(const char* path, mode_t mode);
   virtual int flock(int file, int operation);
@@ -75,6 +78,7 @@ class OpenFile {
   // These throw SystemFailure. `read` gives 0 at the end; `writeAll` stops only at a failure.
   std::size_t read(void* to, std::size_t size);
   void writeAll(std::string_view bytes);
+  void startFlush() { calls_->startFlush(file_); }  // fails silently: sync() tells
   void sync();
   struct stat status();
   void close();

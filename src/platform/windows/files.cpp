@@ -9,14 +9,14 @@
 namespace dravenna {
 
 std::string readBytes(std::u16string_view path) {
-  windows::OpenFile file = windows::openForReading(path);
+  windows::OpenFile file = windows::openForReading(windows::realSystemCalls(), path);
   std::string bytes;
   windows::readRest(file, bytes);
   return bytes;
 }
 
 void replaceBytes(std::u16string_view path, std::string_view bytes) {
-  windows::FileReplacement replacement(path);
+  windows::FileReplacement replacement(windows::realSystemCalls(), path);
   replacement.write(bytes);
   replacement.flush();
   replacement.place();
@@ -52,9 +52,10 @@ std::wstring filledBy(Call call) {
 }
 
 // The file that a link leads to; any other file is itself.
-std::wstring resolveTarget(const std::wstring& path, DWORD attributes, const std::u16string& shownPath) {
+std::wstring resolveTarget(SystemCalls& calls, const std::wstring& path, DWORD attributes,
+                           const std::u16string& shownPath) {
   if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0) return path;
-  const OpenFile file(path, {0, kShareAll, OPEN_EXISTING}, shownPath);
+  const OpenFile file(calls, path, {0, kShareAll, OPEN_EXISTING}, shownPath);
   std::wstring resolved = filledBy([&](wchar_t* buffer, DWORD size) {
     return ::GetFinalPathNameByHandleW(file.handle(), buffer, size, FILE_NAME_NORMALIZED | VOLUME_NAME_DOS);
   });
@@ -78,23 +79,25 @@ std::wstring programFile() {
   return filledBy([](wchar_t* buffer, DWORD size) { return ::GetModuleFileNameW(nullptr, buffer, size); });
 }
 
-DWORD attributesOf(const std::wstring& path) { return ::GetFileAttributesW(path.c_str()); }
+DWORD attributesOf(SystemCalls& calls, const std::wstring& path) { return calls.getFileAttributes(path.c_str()); }
 
 bool isFolder(DWORD attributes) {
   return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
 }
 
-OpenFile openForReading(std::u16string_view path) {
-  return {
-      extendedPath(path), {GENERIC_READ, kShareAll, OPEN_EXISTING, FILE_FLAG_SEQUENTIAL_SCAN}, std::u16string(path)};
+OpenFile openForReading(SystemCalls& calls, std::u16string_view path) {
+  return {calls,
+          extendedPath(path),
+          {GENERIC_READ, kShareAll, OPEN_EXISTING, FILE_FLAG_SEQUENTIAL_SCAN},
+          std::u16string(path)};
 }
 
-OpenFile openForWriting(std::u16string_view path) {
+OpenFile openForWriting(SystemCalls& calls, std::u16string_view path) {
   const std::wstring extended = extendedPath(path);
-  const DWORD attributes = attributesOf(extended);
+  const DWORD attributes = attributesOf(calls, extended);
   const bool readOnly = attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY) != 0;
   if (readOnly && !isFolder(attributes)) throw SystemFailure(ERROR_ACCESS_DENIED, path);
-  OpenFile file(extended, {GENERIC_WRITE, FILE_SHARE_READ, OPEN_ALWAYS}, std::u16string(path));
+  OpenFile file(calls, extended, {GENERIC_WRITE, FILE_SHARE_READ, OPEN_ALWAYS}, std::u16string(path));
   if (::GetFileType(file.handle()) == FILE_TYPE_DISK) file.truncate();
   return file;
 }
@@ -114,28 +117,29 @@ void readRest(OpenFile& file, std::string& bytes) {
   }
 }
 
-void makeFolderTree(std::u16string_view folder) {
+void makeFolders(SystemCalls& calls, std::u16string_view folder) {
   const std::wstring path = extendedPath(folder);
-  if (isFolder(attributesOf(path)) || ::CreateDirectoryW(path.c_str(), nullptr) != 0) return;
-  if (::GetLastError() == ERROR_ALREADY_EXISTS && isFolder(attributesOf(path))) return;
+  if (isFolder(attributesOf(calls, path)) || calls.createDirectory(path.c_str()) != 0) return;
+  if (::GetLastError() == ERROR_ALREADY_EXISTS && isFolder(attributesOf(calls, path))) return;
   const std::wstring above = folderOf(path);
   if (::GetLastError() != ERROR_PATH_NOT_FOUND || above.empty() || above == path) failWithLastError(folder);
-  makeFolderTree(fromWide(above));
-  if (::CreateDirectoryW(path.c_str(), nullptr) == 0 && ::GetLastError() != ERROR_ALREADY_EXISTS) {
+  makeFolders(calls, fromWide(above));
+  if (calls.createDirectory(path.c_str()) == 0 && ::GetLastError() != ERROR_ALREADY_EXISTS) {
     failWithLastError(folder);
   }
 }
 
-FileReplacement::FileReplacement(std::u16string_view path) : path_(path), target_(extendedPath(path)) {
+FileReplacement::FileReplacement(SystemCalls& calls, std::u16string_view path)
+    : calls_(calls), path_(path), target_(extendedPath(path)) {
   attributes_ = attributesOf(target_);
   if (attributes_ == INVALID_FILE_ATTRIBUTES) {
     if (::GetLastError() != ERROR_FILE_NOT_FOUND) failWithLastError(path_);
   } else {
-    target_ = resolveTarget(target_, attributes_, path_);
+    target_ = resolveTarget(calls_, target_, attributes_, path_);
     attributes_ = attributesOf(target_);
     if (isFolder(attributes_)) throw SystemFailure(kIsFolder, path_);
     if ((attributes_ & FILE_ATTRIBUTE_READONLY) != 0) throw SystemFailure(ERROR_ACCESS_DENIED, path_);
-    const OpenFile old(target_, {GENERIC_WRITE, kShareAll, OPEN_EXISTING}, path_);
+    const OpenFile old(calls_, target_, {GENERIC_WRITE, kShareAll, OPEN_EXISTING}, path_);
     if (::GetFileType(old.handle()) != FILE_TYPE_DISK) throw SystemFailure(ERROR_INVALID_PARAMETER, path_);
   }
   openTemporary();
@@ -145,7 +149,7 @@ void FileReplacement::openTemporary() {
   for (int names = 1;; ++names) {
     std::wstring name = newTemporaryName(folderOf(target_));
     try {
-      file_ = OpenFile(name, {GENERIC_WRITE, FILE_SHARE_READ, CREATE_NEW}, path_);
+      file_ = OpenFile(calls_, name, {GENERIC_WRITE, FILE_SHARE_READ, CREATE_NEW}, path_);
       temporary_ = std::move(name);
       return;
     } catch (const SystemFailure& failure) {
@@ -158,7 +162,7 @@ FileReplacement::~FileReplacement() { removeTemporary(); }
 
 void FileReplacement::removeTemporary() noexcept {
   file_.closeQuietly();
-  if (!temporary_.empty()) ::DeleteFileW(temporary_.c_str());
+  if (!temporary_.empty()) calls_.deleteFile(temporary_.c_str());
   temporary_.clear();
 }
 
@@ -175,8 +179,7 @@ void FileReplacement::place(std::u16string_view backupSuffix) {
       backup.replace(length, std::wstring::npos, std::to_wstring(number));
     }
     placeOverOld(backup);
-  } else if (::MoveFileExW(temporary_.c_str(), target_.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) ==
-             0) {
+  } else if (calls_.moveFile(temporary_.c_str(), target_.c_str()) == 0) {
     failWithLastError(path_);
   }
   temporary_.clear();
@@ -184,9 +187,8 @@ void FileReplacement::place(std::u16string_view backupSuffix) {
 
 void FileReplacement::placeOverOld(const std::wstring& backup) {
   // Not every file system and server replaces a file with all that belongs to it: the attributes at least are kept.
-  ::SetFileAttributesW(temporary_.c_str(), attributes_ & kOwnAttributes);
-  if (::ReplaceFileW(target_.c_str(), temporary_.c_str(), backup.empty() ? nullptr : backup.c_str(),
-                     REPLACEFILE_IGNORE_MERGE_ERRORS, nullptr, nullptr) != 0) {
+  calls_.setFileAttributes(temporary_.c_str(), attributes_ & kOwnAttributes);
+  if (calls_.replaceFile(target_.c_str(), temporary_.c_str(), backup.empty() ? nullptr : backup.c_str()) != 0) {
     return;
   }
   DWORD error = ::GetLastError();
@@ -194,10 +196,10 @@ void FileReplacement::placeOverOld(const std::wstring& backup) {
     throw SystemFailure(error, path_);
   }
   const bool oldStands = attributesOf(target_) != INVALID_FILE_ATTRIBUTES;
-  if (oldStands && !backup.empty() && ::CopyFileW(target_.c_str(), backup.c_str(), FALSE) == 0) {
+  if (oldStands && !backup.empty() && calls_.copyFile(target_.c_str(), backup.c_str()) == 0) {
     failWithLastError(path_);
   }
-  if (::MoveFileExW(temporary_.c_str(), target_.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != 0) {
+  if (calls_.moveFile(temporary_.c_str(), target_.c_str()) != 0) {
     return;
   }
   error = ::GetLastError();

@@ -86,21 +86,56 @@ SystemFailure::SystemFailure(DWORD error, std::u16string_view path) : Failure(de
 
 void failWithLastError(std::u16string_view path) { throw SystemFailure(::GetLastError(), path); }
 
-OpenFile::OpenFile(const std::wstring& path, How how, std::u16string shownPath) : shownPath_(std::move(shownPath)) {
-  handle_ = ::CreateFileW(path.c_str(), how.access, how.sharing, nullptr, how.disposition, how.flags, nullptr);
+HANDLE SystemCalls::createFile(const wchar_t* path, DWORD access, DWORD sharing, DWORD disposition, DWORD flags) {
+  return ::CreateFileW(path, access, sharing, nullptr, disposition, flags, nullptr);
+}
+BOOL SystemCalls::closeHandle(HANDLE file) { return ::CloseHandle(file); }
+BOOL SystemCalls::readFile(HANDLE file, void* to, DWORD size, DWORD& count) {
+  return ::ReadFile(file, to, size, &count, nullptr);
+}
+BOOL SystemCalls::writeFile(HANDLE file, const void* from, DWORD size, DWORD& count) {
+  return ::WriteFile(file, from, size, &count, nullptr);
+}
+BOOL SystemCalls::setEndOfFile(HANDLE file) { return ::SetEndOfFile(file); }
+BOOL SystemCalls::flushFileBuffers(HANDLE file) { return ::FlushFileBuffers(file); }
+DWORD SystemCalls::getFileAttributes(const wchar_t* path) { return ::GetFileAttributesW(path); }
+BOOL SystemCalls::setFileAttributes(const wchar_t* path, DWORD attributes) {
+  return ::SetFileAttributesW(path, attributes);
+}
+BOOL SystemCalls::moveFile(const wchar_t* from, const wchar_t* to) {
+  return ::MoveFileExW(from, to, MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH);
+}
+BOOL SystemCalls::replaceFile(const wchar_t* target, const wchar_t* replacement, const wchar_t* backup) {
+  return ::ReplaceFileW(target, replacement, backup, REPLACEFILE_IGNORE_MERGE_ERRORS, nullptr, nullptr);
+}
+BOOL SystemCalls::copyFile(const wchar_t* from, const wchar_t* to) { return ::CopyFileW(from, to, FALSE); }
+BOOL SystemCalls::deleteFile(const wchar_t* path) { return ::DeleteFileW(path); }
+BOOL SystemCalls::createDirectory(const wchar_t* path) { return ::CreateDirectoryW(path, nullptr); }
+
+SystemCalls& realSystemCalls() {
+  static SystemCalls calls;
+  return calls;
+}
+
+OpenFile::OpenFile(SystemCalls& calls, const std::wstring& path, How how, std::u16string shownPath)
+    : calls_(&calls), shownPath_(std::move(shownPath)) {
+  handle_ = calls.createFile(path.c_str(), how.access, how.sharing, how.disposition, how.flags);
   if (isOpen()) return;
   const DWORD error = ::GetLastError();
-  const DWORD attributes = ::GetFileAttributesW(path.c_str());
+  const DWORD attributes = calls.getFileAttributes(path.c_str());
   const bool folder = attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
   throw SystemFailure(folder ? kIsFolder : error, shownPath_);
 }
 
 OpenFile::OpenFile(OpenFile&& other) noexcept
-    : shownPath_(std::move(other.shownPath_)), handle_(std::exchange(other.handle_, INVALID_HANDLE_VALUE)) {}
+    : calls_(other.calls_),
+      shownPath_(std::move(other.shownPath_)),
+      handle_(std::exchange(other.handle_, INVALID_HANDLE_VALUE)) {}
 
 OpenFile& OpenFile::operator=(OpenFile&& other) noexcept {
   if (this != &other) {
     closeQuietly();
+    calls_ = other.calls_;
     shownPath_ = std::move(other.shownPath_);
     handle_ = std::exchange(other.handle_, INVALID_HANDLE_VALUE);
   }
@@ -115,7 +150,7 @@ std::size_t OpenFile::size() const {
 
 std::size_t OpenFile::read(void* to, std::size_t size) {
   DWORD count = 0;
-  if (::ReadFile(handle_, to, static_cast<DWORD>(std::min(size, kMostBytes)), &count, nullptr) == 0) {
+  if (calls_->readFile(handle_, to, static_cast<DWORD>(std::min(size, kMostBytes)), count) == 0) {
     if (::GetLastError() != ERROR_BROKEN_PIPE) failWithLastError(shownPath_);
     return 0;
   }
@@ -126,28 +161,28 @@ void OpenFile::writeAll(std::string_view bytes) {
   while (!bytes.empty()) {
     DWORD count = 0;
     const auto size = static_cast<DWORD>(std::min(bytes.size(), kMostBytes));
-    if (::WriteFile(handle_, bytes.data(), size, &count, nullptr) == 0) failWithLastError(shownPath_);
+    if (calls_->writeFile(handle_, bytes.data(), size, count) == 0) failWithLastError(shownPath_);
     if (count == 0) throw SystemFailure(ERROR_WRITE_FAULT, shownPath_);
     bytes.remove_prefix(count);
   }
 }
 
 void OpenFile::truncate() {
-  if (::SetEndOfFile(handle_) == 0) failWithLastError(shownPath_);
+  if (calls_->setEndOfFile(handle_) == 0) failWithLastError(shownPath_);
 }
 
 void OpenFile::sync() {
-  if (::FlushFileBuffers(handle_) == 0) failWithLastError(shownPath_);
+  if (calls_->flushFileBuffers(handle_) == 0) failWithLastError(shownPath_);
 }
 
 void OpenFile::close() {
   const HANDLE handle = std::exchange(handle_, INVALID_HANDLE_VALUE);
-  if (handle != INVALID_HANDLE_VALUE && ::CloseHandle(handle) == 0) failWithLastError(shownPath_);
+  if (handle != INVALID_HANDLE_VALUE && calls_->closeHandle(handle) == 0) failWithLastError(shownPath_);
 }
 
 void OpenFile::closeQuietly() noexcept {
   const HANDLE handle = std::exchange(handle_, INVALID_HANDLE_VALUE);
-  if (handle != INVALID_HANDLE_VALUE) ::CloseHandle(handle);
+  if (handle != INVALID_HANDLE_VALUE) calls_->closeHandle(handle);
 }
 
 }  // namespace dravenna::windows

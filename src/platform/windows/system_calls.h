@@ -24,6 +24,30 @@ std::u16string fromWide(std::wstring_view text);
 // An environment variable; empty if it is not set.
 std::u16string environment(const wchar_t* name);
 
+// Every call to the system that changes, opens or reads files. Results and the last error are those of the system. A
+// test puts its own in place to make single calls fail.
+class SystemCalls {
+ public:
+  virtual ~SystemCalls() = default;
+
+  virtual HANDLE createFile(const wchar_t* path, DWORD access, DWORD sharing, DWORD disposition, DWORD flags);
+  virtual BOOL closeHandle(HANDLE file);
+  virtual BOOL readFile(HANDLE file, void* to, DWORD size, DWORD& count);
+  virtual BOOL writeFile(HANDLE file, const void* from, DWORD size, DWORD& count);
+  virtual BOOL setEndOfFile(HANDLE file);
+  virtual BOOL flushFileBuffers(HANDLE file);
+  virtual DWORD getFileAttributes(const wchar_t* path);
+  virtual BOOL setFileAttributes(const wchar_t* path, DWORD attributes);
+  virtual BOOL moveFile(const wchar_t* from, const wchar_t* to);  // over another one, to disk
+  virtual BOOL replaceFile(const wchar_t* target, const wchar_t* replacement,
+                           const wchar_t* backup);  // null: no backup
+  virtual BOOL copyFile(const wchar_t* from, const wchar_t* to);
+  virtual BOOL deleteFile(const wchar_t* path);
+  virtual BOOL createDirectory(const wchar_t* path);
+};
+
+SystemCalls& realSystemCalls();
+
 // A failure with its error number of the system. The description is the word for it, in English, and the path in
 // quotes; the common ones read as on other systems.
 class SystemFailure : public Failure {
@@ -50,7 +74,7 @@ class OpenFile {
 
   OpenFile() = default;
   // Throws SystemFailure; a folder fails as such. `shownPath` is the path that failures name.
-  OpenFile(const std::wstring& path, How how, std::u16string shownPath);
+  OpenFile(SystemCalls& calls, const std::wstring& path, How how, std::u16string shownPath);
   OpenFile(OpenFile&& other) noexcept;
   OpenFile& operator=(OpenFile&& other) noexcept;
   ~OpenFile() { closeQuietly(); }
@@ -69,6 +93,7 @@ class OpenFile {
   void closeQuietly() noexcept;
 
  private:
+  SystemCalls* calls_ = nullptr;
   std::u16string shownPath_;
   HANDLE handle_ = INVALID_HANDLE_VALUE;
 };

@@ -1,5 +1,3 @@
-#include "platform/text_files.h"
-
 #include <utility>
 
 #include "platform/file_streams.h"
@@ -8,16 +6,20 @@
 
 namespace dravenna {
 
-namespace {
+std::unique_ptr<TextFiles> makeTextFiles(CodePagePtr codePage) {
+  return windows::makeTextFiles(std::move(codePage), windows::realSystemCalls());
+}
 
-using windows::OpenFile;
+namespace windows {
+
+namespace {
 
 class WindowsTextFiles : public TextFiles {
  public:
-  explicit WindowsTextFiles(CodePagePtr codePage) : codePage_(std::move(codePage)) {}
+  WindowsTextFiles(CodePagePtr codePage, SystemCalls& calls) : codePage_(std::move(codePage)), calls_(calls) {}
 
   std::unique_ptr<TextReader> openTextFile(std::u16string_view path) override {
-    OpenFile file = windows::openForReading(path);
+    OpenFile file = openForReading(calls_, path);
     const std::size_t size = ::GetFileType(file.handle()) == FILE_TYPE_DISK ? file.size() : 0;
     return makeTextReader(codePage_, std::make_unique<FileSource<OpenFile>>(std::move(file), size));
   }
@@ -25,17 +27,17 @@ class WindowsTextFiles : public TextFiles {
   std::unique_ptr<TextWriter> createTextFile(std::u16string_view path, Writing writing) override {
     std::unique_ptr<ByteSink> sink;
     if (writing == Writing::Replace) {
-      sink = std::make_unique<ReplacingSink>(std::make_unique<windows::FileReplacement>(path));
+      sink = std::make_unique<ReplacingSink>(std::make_unique<windows::FileReplacement>(calls_, path));
     } else {
-      sink = std::make_unique<InPlaceSink<OpenFile>>(windows::openForWriting(path));
+      sink = std::make_unique<InPlaceSink<OpenFile>>(openForWriting(calls_, path));
     }
     return makeTextWriter(codePage_, writing, std::move(sink));
   }
 
   bool fileExists(std::u16string_view path) override {
     try {
-      const DWORD attributes = windows::attributesOf(windows::extendedPath(path));
-      return attributes != INVALID_FILE_ATTRIBUTES && !windows::isFolder(attributes);
+      const DWORD attributes = attributesOf(calls_, extendedPath(path));
+      return attributes != INVALID_FILE_ATTRIBUTES && !isFolder(attributes);
     } catch (const Failure&) {
       return false;
     }
@@ -43,12 +45,15 @@ class WindowsTextFiles : public TextFiles {
 
  private:
   CodePagePtr codePage_;
+  SystemCalls& calls_;
 };
 
 }  // namespace
 
-std::unique_ptr<TextFiles> makeTextFiles(CodePagePtr codePage) {
-  return std::make_unique<WindowsTextFiles>(std::move(codePage));
+std::unique_ptr<TextFiles> makeTextFiles(CodePagePtr codePage, SystemCalls& calls) {
+  return std::make_unique<WindowsTextFiles>(std::move(codePage), calls);
 }
+
+}  // namespace windows
 
 }  // namespace dravenna

@@ -1,5 +1,3 @@
-#include "platform/tree_files.h"
-
 #include <algorithm>
 #include <utility>
 
@@ -8,23 +6,26 @@
 
 namespace dravenna {
 
-namespace fs = std::filesystem;
-using windows::fromWide;
+std::unique_ptr<TreeFiles> makeTreeFiles() { return windows::makeTreeFiles(windows::realSystemCalls()); }
+
+namespace windows {
 
 namespace {
 
-using Chooser = std::function<bool(const std::string&)>;
+namespace fs = std::filesystem;
+
+using Chooser = TreeFiles::Chooser;
 
 std::u16string textOf(const fs::path& path) { return fromWide(path.native()); }
 
 class FolderListing {
  public:
   explicit FolderListing(const fs::path& folder) : path_(textOf(folder.empty() ? fs::path(L".") : folder)) {
-    std::wstring pattern = windows::extendedPath(path_);
+    std::wstring pattern = extendedPath(path_);
     pattern += pattern.ends_with(L'\\') ? L"*" : L"\\*";
     handle_ = ::FindFirstFileExW(pattern.c_str(), FindExInfoBasic, &entry_, FindExSearchNameMatch, nullptr, 0);
     if (handle_ == INVALID_HANDLE_VALUE && ::GetLastError() != ERROR_FILE_NOT_FOUND) {
-      windows::failWithLastError(path_);
+      failWithLastError(path_);
     }
   }
   FolderListing(const FolderListing&) = delete;
@@ -37,7 +38,7 @@ class FolderListing {
   const WIN32_FIND_DATAW* next() {
     if (handle_ == INVALID_HANDLE_VALUE) return nullptr;
     if (!std::exchange(first_, false) && ::FindNextFileW(handle_, &entry_) == 0) {
-      if (::GetLastError() != ERROR_NO_MORE_FILES) windows::failWithLastError(path_);
+      if (::GetLastError() != ERROR_NO_MORE_FILES) failWithLastError(path_);
       return nullptr;
     }
     return &entry_;
@@ -57,7 +58,7 @@ void listFolder(const fs::path& folder, const std::string& relative, const Choos
     const std::wstring_view file = entry->cFileName;
     if (file == L"." || file == L"..") continue;
     std::string name = relative + toUtf8(fromWide(file));
-    if (windows::isFolder(entry->dwFileAttributes)) {
+    if (isFolder(entry->dwFileAttributes)) {
       const bool link = (entry->dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 &&
                         IsReparseTagNameSurrogate(entry->dwReserved0);
       if (!link && enter(name)) listFolder(folder / file, name + "/", enter, take, out);
@@ -67,56 +68,54 @@ void listFolder(const fs::path& folder, const std::string& relative, const Choos
   }
 }
 
+class WindowsTreeFiles : public TreeFiles {
+ public:
+  explicit WindowsTreeFiles(SystemCalls& calls) : calls_(calls) {}
+
+  PathKind pathKind(const fs::path& path) override {
+    if (path.empty()) return PathKind::Missing;
+    const DWORD attributes = attributesOf(calls_, extendedPath(textOf(path)));
+    if (attributes == INVALID_FILE_ATTRIBUTES) return PathKind::Missing;
+    return isFolder(attributes) ? PathKind::Folder : PathKind::File;
+  }
+
+  std::vector<std::string> filesBelow(const fs::path& folder, const Chooser& enter, const Chooser& take) override {
+    std::vector<std::string> out;
+    listFolder(folder, {}, enter, take, out);
+    std::sort(out.begin(), out.end());
+    return out;
+  }
+
+  void readWhole(const fs::path& path, std::string& bytes) override {
+    OpenFile file = openForReading(calls_, textOf(path));
+    readRest(file, bytes);
+  }
+
+  void writeWhole(const fs::path& path, std::string_view bytes) override {
+    OpenFile file = openForWriting(calls_, textOf(path));
+    file.writeAll(bytes);
+    file.close();
+  }
+
+  void makeFolders(const fs::path& folder) override {
+    if (!folder.empty()) windows::makeFolders(calls_, textOf(folder));
+  }
+
+  std::unique_ptr<dravenna::FileReplacement> replace(const fs::path& path) override {
+    return std::make_unique<FileReplacement>(calls_, textOf(path));
+  }
+
+  // The system brings the renames in a folder to disk by itself.
+  void flushFolder(const fs::path&) override {}
+
+ private:
+  SystemCalls& calls_;
+};
+
 }  // namespace
 
-PathKind pathKind(const fs::path& path) {
-  if (path.empty()) return PathKind::Missing;
-  const DWORD attributes = windows::attributesOf(windows::extendedPath(textOf(path)));
-  if (attributes == INVALID_FILE_ATTRIBUTES) return PathKind::Missing;
-  return windows::isFolder(attributes) ? PathKind::Folder : PathKind::File;
-}
+std::unique_ptr<TreeFiles> makeTreeFiles(SystemCalls& calls) { return std::make_unique<WindowsTreeFiles>(calls); }
 
-std::vector<std::string> filesBelow(const fs::path& folder, const Chooser& enter, const Chooser& take) {
-  std::vector<std::string> out;
-  listFolder(folder, {}, enter, take, out);
-  std::sort(out.begin(), out.end());
-  return out;
-}
-
-void readWhole(const fs::path& path, std::string& bytes) {
-  windows::OpenFile file = windows::openForReading(textOf(path));
-  windows::readRest(file, bytes);
-}
-
-void writeWhole(const fs::path& path, std::string_view bytes) {
-  windows::OpenFile file = windows::openForWriting(textOf(path));
-  file.writeAll(bytes);
-  file.close();
-}
-
-void makeFolders(const fs::path& folder) {
-  if (!folder.empty()) windows::makeFolderTree(textOf(folder));
-}
-
-std::unique_ptr<FileReplacement> replaceTreeFile(const fs::path& path) {
-  if (pathKind(path) == PathKind::Missing) throw windows::SystemFailure(ERROR_FILE_NOT_FOUND, textOf(path));
-  return std::make_unique<windows::FileReplacement>(textOf(path));
-}
-
-void moveOver(const fs::path& from, const fs::path& to) {
-  const std::wstring old = windows::extendedPath(textOf(from));
-  const std::wstring target = windows::extendedPath(textOf(to));
-  if (::MoveFileExW(old.c_str(), target.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) == 0) {
-    windows::failWithLastError(textOf(to));
-  }
-}
-
-void removeFile(const fs::path& path) {
-  if (::DeleteFileW(windows::extendedPath(textOf(path)).c_str()) != 0) return;
-  if (::GetLastError() != ERROR_FILE_NOT_FOUND) windows::failWithLastError(textOf(path));
-}
-
-// The system brings the renames in a folder to disk by itself.
-void flushFolder(const fs::path&) {}
+}  // namespace windows
 
 }  // namespace dravenna

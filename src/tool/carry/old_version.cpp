@@ -15,17 +15,18 @@ namespace dravenna {
 OldVersion::OldVersion(Session& session, std::string tree, std::string translations)
     : session_(session), tree_(std::move(tree)), translations_(std::move(translations)) {
   for (const std::string& path : {tree_, translations_}) {
-    if (pathKind(path) == PathKind::Missing) throw Failure(u"No such file or directory: '" + fromUtf8(path) + u"'");
+    if (session_.files->pathKind(path) == PathKind::Missing)
+      throw Failure(u"No such file or directory: '" + fromUtf8(path) + u"'");
   }
 }
 
 void OldVersion::findRenamed(const std::vector<Script>& fresh) {
-  if (pathKind(tree_) != PathKind::Folder) return;
+  if (session_.files->pathKind(tree_) != PathKind::Folder) return;
   std::set<std::string> names;
   std::vector<const Script*> homeless;
   for (const Script& script : fresh) {
     names.insert(script.relative);
-    if (pathKind(joinPath(tree_, script.relative)) != PathKind::File) homeless.push_back(&script);
+    if (session_.files->pathKind(joinPath(tree_, script.relative)) != PathKind::File) homeless.push_back(&script);
   }
   if (homeless.empty()) return;
 
@@ -58,14 +59,14 @@ void OldVersion::findRenamed(const std::vector<Script>& fresh) {
 }
 
 std::string OldVersion::oldPathOf(const Script& script) const {
-  if (pathKind(tree_) == PathKind::File) return tree_;
+  if (session_.files->pathKind(tree_) == PathKind::File) return tree_;
   const auto renamed = renamed_.find(script.relative);
   return joinPath(tree_, renamed == renamed_.end() ? script.relative : renamed->second);
 }
 
 std::vector<std::string> OldVersion::unclaimed(const std::vector<Script>& fresh) const {
   std::vector<std::string> paths;
-  if (pathKind(tree_) != PathKind::Folder) return paths;
+  if (session_.files->pathKind(tree_) != PathKind::Folder) return paths;
   std::set<std::string> claimed;
   for (const Script& script : fresh) claimed.insert(script.relative);
   for (const auto& [name, old] : renamed_) claimed.insert(old);
@@ -77,14 +78,14 @@ std::vector<std::string> OldVersion::unclaimed(const std::vector<Script>& fresh)
 
 std::vector<Translation> OldVersion::translationsFor(const std::string& relative, Carried& carried) const {
   const LoadedScript& old = *carried.old;
-  const bool single = pathKind(translations_) == PathKind::File;
+  const bool single = session_.files->pathKind(translations_) == PathKind::File;
   const std::string scriptPath = single ? translations_ : joinPath(translations_, relative);
   const std::string lxfPath = single ? translations_ : joinPath(translations_, withExtension(relative, ".lxf"));
   const bool namesExchangeFile = withExtension(scriptPath, ".lxf") == scriptPath;
-  if (!namesExchangeFile && pathKind(scriptPath) == PathKind::File) {
+  if (!namesExchangeFile && session_.files->pathKind(scriptPath) == PathKind::File) {
     return translationsFromScript(old, *loadScript(session_, scriptPath));
   }
-  if (pathKind(lxfPath) == PathKind::File) {
+  if (session_.files->pathKind(lxfPath) == PathKind::File) {
     std::string file;
     std::string buffer;
     std::string why;
@@ -102,7 +103,7 @@ std::vector<Translation> OldVersion::translationsFor(const std::string& relative
 OldVersion::Carried OldVersion::carry(const Script& script, const LoadedScript& fresh) const {
   Carried carried;
   carried.oldPath = oldPathOf(script);
-  if (pathKind(carried.oldPath) != PathKind::File) {
+  if (session_.files->pathKind(carried.oldPath) != PathKind::File) {
     carried.result.texts.resize(fresh.records.size());
     return carried;
   }

@@ -147,7 +147,7 @@ Outcome Update::updateScript(const Script& script, const std::string& target, co
     reportGone(carried, outcome.report);
     outcome.gone = carried.result.gone.size();
     std::string buffer;
-    writeExchangeFile(target, session_.codec->toFile(lxf, buffer), options_.force);
+    writeExchangeFile(*session_.files, target, session_.codec->toFile(lxf, buffer), options_.force);
   } catch (const Failure& failure) {
     outcome.error = shown(failure.description());
   }
@@ -192,9 +192,9 @@ void Update::run() {
     targets.push_back(joinPath(options_.out, withExtension(script.relative, ".lxf")));
     folders.insert(folderOf(targets.back()));
   }
-  for (const std::string& folder : folders) makeFolders(folder);
+  for (const std::string& folder : folders) session_.files->makeFolders(folder);
 
-  Output output(options_.report);
+  Output output(*session_.files, options_.report);
   std::array<std::size_t, 5> counts{};
   std::size_t gone = 0;
   runOrdered<Outcome>(

@@ -45,8 +45,8 @@ bool isExchangeFile(const std::string& path) {
 }
 
 // The file of another tree that stands for this one; the tree may be a single file.
-std::string partnerIn(const std::string& tree, const std::string& relative) {
-  return pathKind(tree) == PathKind::File ? tree : joinPath(tree, relative);
+std::string partnerIn(TreeFiles& files, const std::string& tree, const std::string& relative) {
+  return files.pathKind(tree) == PathKind::File ? tree : joinPath(tree, relative);
 }
 
 // The scripts of a run by what an exchange file may be called after: the same path, the same path below a folder of the
@@ -143,8 +143,8 @@ void Check::checkOneScript(const Script& script, Findings& findings) const {
   const Outline outline = outlineOf(work, *session_.lists);
   checkScript(findings, outline, file, work);
   if (options_.against.empty()) return;
-  const std::string oldPath = partnerIn(options_.against, script.relative);
-  if (pathKind(oldPath) != PathKind::File) {
+  const std::string oldPath = partnerIn(*session_.files, options_.against, script.relative);
+  if (session_.files->pathKind(oldPath) != PathKind::File) {
     findings.list().push_back({1, 1, "missing", fmt::format("no original {}", shownName(oldPath))});
     return;
   }
@@ -158,14 +158,14 @@ void Check::checkOneScript(const Script& script, Findings& findings) const {
 // The script of an exchange file below --scripts: the first of those with its name and another extension, `.txt` before
 // all.
 std::string Check::scriptBelow(const std::string& relative) const {
-  if (pathKind(options_.scripts) == PathKind::File) return options_.scripts;
+  if (session_.files->pathKind(options_.scripts) == PathKind::File) return options_.scripts;
   std::string path = joinPath(options_.scripts, withExtension(relative, ".txt"));
-  if (pathKind(path) == PathKind::File) return path;
+  if (session_.files->pathKind(path) == PathKind::File) return path;
   for (const std::string& pattern : session_.include) {
     const std::size_t dot = pattern.rfind('.');
     if (dot == std::string::npos || pattern.substr(dot) == ".lxf") continue;
     std::string other = joinPath(options_.scripts, withExtension(relative, pattern.substr(dot)));
-    if (pathKind(other) == PathKind::File) return other;
+    if (session_.files->pathKind(other) == PathKind::File) return other;
   }
   return path;
 }
@@ -183,7 +183,7 @@ void Check::checkOneExchangeFile(const Script& script, Findings& findings) const
   checkEncoding(findings, file, lxf);
   if (options_.scripts.empty() && (!given_ || given_->empty())) return checkExchangeFile(findings, lxf, nullptr);
   const std::string path = options_.scripts.empty() ? given_->scriptOf(script) : scriptBelow(script.relative);
-  if (path.empty() || pathKind(path) != PathKind::File) {
+  if (path.empty() || session_.files->pathKind(path) != PathKind::File) {
     findings.list().push_back(
         {1, 1, "missing",
          path.empty() ? "no script of its name among those given" : fmt::format("no script {}", shownName(path))});
@@ -231,8 +231,9 @@ void Check::gatherFrozen() {
 
 // Scripts of the original tree that the checked one lacks.
 void Check::addMissing(const std::vector<Script>& files, std::string& out) {
-  if (options_.against.empty() || options_.paths.size() != 1 || pathKind(options_.paths[0]) != PathKind::Folder ||
-      pathKind(options_.against) != PathKind::Folder) {
+  if (options_.against.empty() || options_.paths.size() != 1 ||
+      session_.files->pathKind(options_.paths[0]) != PathKind::Folder ||
+      session_.files->pathKind(options_.against) != PathKind::Folder) {
     return;
   }
   std::unordered_set<std::string> here;
@@ -263,7 +264,7 @@ void Check::write(const std::string& path, const Finding& finding, std::string& 
 void Check::run() {
   session_.prepare();
   for (const std::string& tree : {options_.against, options_.scripts}) {
-    if (!tree.empty() && pathKind(tree) == PathKind::Missing) {
+    if (!tree.empty() && session_.files->pathKind(tree) == PathKind::Missing) {
       throw Failure(u"No such file or directory: '" + fromUtf8(tree) + u"'");
     }
   }
@@ -273,7 +274,7 @@ void Check::run() {
   if (std::any_of(files.begin(), files.end(), [](const Script& file) { return isExchangeFile(file.path); })) {
     given_.emplace(files);
   }
-  Output output(options_.output);
+  Output output(*session_.files, options_.output);
   runOrdered<Outcome>(
       files.size(), session_.jobs, [&](std::size_t i) { return checkFile(files[i]); },
       [&](std::size_t i, Outcome&& outcome) {

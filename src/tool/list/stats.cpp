@@ -125,9 +125,10 @@ Outcome measure(const Session& session, const Options& options, const Script& sc
     addTexts(outline, outcome);
     outcome.figures[LackedBytes] = session.codec->page().countUndefined(file);
     if (options.against.empty()) return outcome;
-    const std::string oldPath =
-        pathKind(options.against) == PathKind::File ? options.against : joinPath(options.against, script.relative);
-    if (pathKind(oldPath) != PathKind::File) {
+    const std::string oldPath = session.files->pathKind(options.against) == PathKind::File
+                                    ? options.against
+                                    : joinPath(options.against, script.relative);
+    if (session.files->pathKind(oldPath) != PathKind::File) {
       outcome.warning = fmt::format("{}: no original {}", shownName(script.path), shownName(oldPath));
       return outcome;
     }
@@ -160,8 +161,9 @@ Outcome measureMissing(const Session& session, const Script& original) {
 // Two whole trees are compared, not some of their scripts.
 std::vector<Script> missingScripts(Session& session, const Options& options, const std::vector<Script>& scripts) {
   std::vector<Script> missing;
-  if (options.against.empty() || options.paths.size() != 1 || pathKind(options.paths[0]) != PathKind::Folder ||
-      pathKind(options.against) != PathKind::Folder) {
+  if (options.against.empty() || options.paths.size() != 1 ||
+      session.files->pathKind(options.paths[0]) != PathKind::Folder ||
+      session.files->pathKind(options.against) != PathKind::Folder) {
     return missing;
   }
   std::unordered_set<std::string> here;
@@ -248,11 +250,11 @@ class Report {
 void run(Session& session, const Options& options) {
   session.prepare();
   if (options.leftOut && !options.against.empty()) throw UsageError("--left-out and --against do not go together");
-  if (!options.against.empty() && pathKind(options.against) == PathKind::Missing) {
+  if (!options.against.empty() && session.files->pathKind(options.against) == PathKind::Missing) {
     throw Failure(u"No such file or directory: '" + fromUtf8(options.against) + u"'");
   }
   const std::vector<Script> scripts = collectScripts(session, options.paths);
-  Output output(options.output);
+  Output output(*session.files, options.output);
   Report report(options, output.buffer());
   runOrdered<Outcome>(
       scripts.size(), session.jobs, [&](std::size_t i) { return measure(session, options, scripts[i]); },

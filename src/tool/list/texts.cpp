@@ -107,7 +107,7 @@ struct Outcome {
 void run(Session& session, const std::vector<std::string>& paths, bool json) {
   session.prepare();
   const std::vector<Script> scripts = collectScripts(session, paths);
-  Output output("-");
+  Output output(*session.files, "-");
   runOrdered<Outcome>(
       scripts.size(), session.jobs,
       [&](std::size_t i) {

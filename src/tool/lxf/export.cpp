@@ -44,7 +44,8 @@ void exportOne(Session& session, const Options& options) {
   std::string file;
   std::string work;
   std::string lxf;
-  if (script != "-" && pathKind(script) == PathKind::Folder) throw UsageError("a folder needs --out DIR");
+  if (script != "-" && session.files->pathKind(script) == PathKind::Folder)
+    throw UsageError("a folder needs --out DIR");
   exportWork(readWork(session, script, file, work), *session.lists, options.keepCodes, lxf);
   const std::string_view bytes = session.codec->toFile(lxf, work);
 
@@ -54,7 +55,7 @@ void exportOne(Session& session, const Options& options) {
     if (!writeStandardOutput(bytes)) session.console.fail();
     return;
   }
-  if (pathKind(target) == PathKind::File && target != script) {
+  if (session.files->pathKind(target) == PathKind::File && target != script) {
     if (options.noClobber) return session.console.note(fmt::format("{}: kept", shownName(target)));
     if (named && !options.force && isNamedLikeAScript(session, target)) {
       throw UsageError(
@@ -62,7 +63,7 @@ void exportOne(Session& session, const Options& options) {
     }
   }
   if (target == script) throw UsageError("the exchange file would overwrite the script");
-  writeExchangeFile(target, bytes, options.force || named);
+  writeExchangeFile(*session.files, target, bytes, options.force || named);
 }
 
 struct Outcome {
@@ -72,7 +73,7 @@ struct Outcome {
 };
 
 // Where each script's exchange file goes; two scripts must not share one, and none must be a script. Makes the folders.
-std::vector<std::string> targetsOf(const std::vector<Script>& scripts, const std::string& out) {
+std::vector<std::string> targetsOf(TreeFiles& files, const std::vector<Script>& scripts, const std::string& out) {
   std::vector<std::string> targets;
   std::unordered_map<std::string, std::string> owners;
   std::set<std::string> folders{out};
@@ -91,13 +92,13 @@ std::vector<std::string> targetsOf(const std::vector<Script>& scripts, const std
       throw UsageError(fmt::format("an exchange file would overwrite the script {}", shownName(script.path)));
     }
   }
-  for (const std::string& folder : folders) makeFolders(folder);
+  for (const std::string& folder : folders) files.makeFolders(folder);
   return targets;
 }
 
 void exportTree(Session& session, const Options& options) {
   const std::vector<Script> scripts = collectScripts(session, options.paths);
-  const std::vector<std::string> targets = targetsOf(scripts, options.out);
+  const std::vector<std::string> targets = targetsOf(*session.files, scripts, options.out);
   std::size_t files = 0;
   std::size_t records = 0;
   runOrdered<Outcome>(
@@ -108,10 +109,10 @@ void exportTree(Session& session, const Options& options) {
         thread_local std::string lxf;
         Outcome outcome;
         try {
-          if (options.noClobber && pathKind(targets[i]) == PathKind::File) return Outcome{{}, 0, true};
+          if (options.noClobber && session.files->pathKind(targets[i]) == PathKind::File) return Outcome{{}, 0, true};
           outcome.records =
               exportWork(readWork(session, scripts[i].path, file, work), *session.lists, options.keepCodes, lxf);
-          writeExchangeFile(targets[i], session.codec->toFile(lxf, work), options.force);
+          writeExchangeFile(*session.files, targets[i], session.codec->toFile(lxf, work), options.force);
         } catch (const Failure& failure) {
           outcome.error = shown(failure.description());
         }

@@ -40,7 +40,7 @@ void importOne(Session& session, const ImportOptions& options) {
   const std::string& path = options.paths[0];
   const std::string& lxfPath = options.paths[1];
   if (path == "-" && lxfPath == "-") throw UsageError("script and exchange file cannot both be standard input");
-  if (path != "-" && pathKind(path) == PathKind::Folder) throw UsageError("a folder needs --from DIR");
+  if (path != "-" && session.files->pathKind(path) == PathKind::Folder) throw UsageError("a folder needs --from DIR");
   std::string file;
   std::string work;
   std::string lxfFile;
@@ -65,11 +65,11 @@ void importOne(Session& session, const ImportOptions& options) {
     return;
   }
   if (!options.dryRun && merge.bytes != file) {
-    Replacements replacements(options.backup);
+    Replacements replacements(*session.files, options.backup);
     replacements.stage(path, merge.bytes);
     const std::u16string failed = replacements.commit()[0];
     if (!failed.empty()) throw Failure(failed);
-    flushFolder(folderOf(path));
+    session.files->flushFolder(folderOf(path));
   }
   session.console.note(fmt::format("{}: {} of {} {}{}", shownName(path), merge.changed, counted(merge.texts, "text"),
                                    options.dryRun ? "would change" : "changed",

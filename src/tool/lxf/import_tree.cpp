@@ -75,7 +75,7 @@ Outcome TreeImport::mergeScript(const Script& script, std::string& bytes) {
   Outcome outcome;
   if (script.path == "-") throw UsageError("standard input cannot be merged with --from");
   const std::string lxfPath = joinPath(options_.from, withExtension(script.relative, ".lxf"));
-  if (pathKind(lxfPath) != PathKind::File) {
+  if (session_.files->pathKind(lxfPath) != PathKind::File) {
     outcome.fate = Fate::NoExchangeFile;
     return outcome;
   }
@@ -112,7 +112,7 @@ Outcome TreeImport::mergeScript(const Script& script, std::string& bytes) {
 
 std::vector<Outcome> TreeImport::mergeGroup(const Group& group) {
   std::vector<Outcome> outcomes(group.end - group.begin);
-  Replacements replacements(options_.backup);
+  Replacements replacements(*session_.files, options_.backup);
   std::vector<std::size_t> staged;
   for (std::size_t i = group.begin; i < group.end && !interrupted(); ++i) {
     Outcome& outcome = outcomes[i - group.begin];
@@ -162,7 +162,7 @@ void TreeImport::findStrays() {
   std::set<std::string> wanted;
   for (const Script& script : scripts_) wanted.insert(withExtension(script.relative, ".lxf"));
   std::size_t strays = 0;
-  for (const std::string& relative : filesBelow(
+  for (const std::string& relative : session_.files->filesBelow(
            options_.from, [](const std::string&) { return true; },
            [](const std::string& name) { return name.size() > 4 && name.compare(name.size() - 4, 4, ".lxf") == 0; })) {
     if (wanted.count(relative) != 0) continue;
@@ -173,7 +173,7 @@ void TreeImport::findStrays() {
 }
 
 void TreeImport::run() {
-  if (pathKind(options_.from) != PathKind::Folder) {
+  if (session_.files->pathKind(options_.from) != PathKind::Folder) {
     throw Failure(u"No such folder: '" + fromUtf8(options_.from) + u"'");
   }
   const std::vector<Group> groups = groupsOf(scripts_);
@@ -186,7 +186,7 @@ void TreeImport::run() {
       });
   for (const std::string& folder : folders_) {
     try {
-      flushFolder(folder);
+      session_.files->flushFolder(folder);
     } catch (const Failure& failure) {
       session_.console.error(shown(failure.description()));
     }

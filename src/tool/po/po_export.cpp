@@ -18,6 +18,7 @@ namespace {
 
 constexpr std::size_t kServerLine = 1024;  // bytes of a line that the server reads, its end included
 constexpr std::size_t kMostWarnings = 20;
+constexpr std::size_t kMostStaged = 64;  // PO files that wait for the disk together; each is open
 
 struct Outcome {
   std::vector<PoEntry> entries;
@@ -53,12 +54,14 @@ class PoExport {
   std::string addServerEntry(const LoadedScript& script, const OutlineText& text, const CarriedText& carried,
                              ServerEntries& entries) const;
   void write(const std::string& path, const Outcome& outcome);
+  void placeStaged();
   void refuseToOverwrite(const std::string& path) const;
   void tellLeft(const std::vector<std::string>& left);
 
   Session& session_;
   const PoExportOptions& options_;
   std::set<std::string> folders_;
+  Replacements replacements_{*session_.files};
   std::size_t left_ = 0;
 };
 
@@ -150,30 +153,37 @@ Outcome PoExport::readScript(const Script& script, const OldVersion* oldVersion)
 
 // In a PO file the translator's work itself may stand.
 void PoExport::refuseToOverwrite(const std::string& path) const {
-  if (options_.force || path == "-" || pathKind(path) != PathKind::File) return;
+  if (options_.force || path == "-" || session_.files->pathKind(path) != PathKind::File) return;
   std::string bytes;
-  readWhole(path, bytes);
+  session_.files->readWhole(path, bytes);
   bool translated = false;
   if (options_.forServer || !poFilesBuiltIn()) {
     for (std::size_t at = bytes.find("\nmsgstr \""); at != std::string::npos; at = bytes.find("\nmsgstr \"", at + 1)) {
       translated |= bytes.compare(at + 9, 1, "\"") != 0;
     }
   } else {
-    for (const PoEntry& entry : readPoFile(path)) translated |= !entry.text.empty();
+    for (const PoEntry& entry : readPoFile(*session_.files, path)) translated |= !entry.text.empty();
   }
   if (translated) throw Failure(fromUtf8(path) + u": holds translations; --force overwrites it");
 }
 
 void PoExport::write(const std::string& path, const Outcome& outcome) {
   refuseToOverwrite(path);
+  const std::string bytes =
+      options_.forServer ? outcome.serverEntries : poFileBytes(options_.language, outcome.entries);
+  if (path == "-") {
+    if (!writeStandardOutput(bytes)) session_.console.fail();
+    return;
+  }
   const std::string folder = folderOf(path);
-  if (path != "-" && !folder.empty() && folders_.insert(folder).second) makeFolders(folder);
-  if (!options_.forServer) {
-    writePoFile(path, options_.language, outcome.entries);
-  } else if (path == "-") {
-    if (!writeStandardOutput(outcome.serverEntries)) session_.console.fail();
-  } else {
-    writeWhole(path, outcome.serverEntries);
+  if (folders_.insert(folder).second) session_.files->makeFolders(folder);
+  replacements_.stage(path, bytes);
+  if (replacements_.staged() == kMostStaged) placeStaged();
+}
+
+void PoExport::placeStaged() {
+  for (const std::u16string& failure : replacements_.commit()) {
+    if (!failure.empty()) session_.console.error(shown(failure));
   }
 }
 
@@ -225,6 +235,8 @@ void PoExport::run() {
   session_.console.endProgress();
   if (interrupted()) return;
   if (!options_.split) write(options_.out, all);
+  placeStaged();
+  for (const std::string& folder : folders_) session_.files->flushFolder(folder);
   if (left_ > kMostWarnings) session_.console.warning(fmt::format("and {} more left out", left_ - kMostWarnings));
   session_.console.note(fmt::format("{}, {}", counted(scripts.size(), "script"),
                                     options_.forServer ? "written for the server" : counted(messages, "message")));

@@ -3,6 +3,8 @@
 #include <string>
 #include <vector>
 
+#include "platform/tree_files.h"
+
 namespace dravenna {
 
 // A message of a PO file; all strings are UTF-8.
@@ -20,10 +22,10 @@ struct PoEntry {
 // False in a build without the library for PO files; reading and writing throw Failure then.
 bool poFilesBuiltIn();
 
-// Replaces the file at once, or writes to standard output for `-`. `language` may be empty. Throws Failure.
-void writePoFile(const std::string& path, const std::string& language, const std::vector<PoEntry>& entries);
+// The bytes of a PO file. `language` may be empty. Throws Failure.
+std::string poFileBytes(const std::string& language, const std::vector<PoEntry>& entries);
 
 // The entries but for the header and obsolete ones. Throws Failure that names the line.
-std::vector<PoEntry> readPoFile(const std::string& path);
+std::vector<PoEntry> readPoFile(TreeFiles& files, const std::string& path);
 
 }  // namespace dravenna

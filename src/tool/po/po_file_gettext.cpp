@@ -7,8 +7,6 @@
 
 #include "platform/failure.h"
 #include "platform/memory_file.h"
-#include "platform/terminal.h"
-#include "platform/tree_files.h"
 #include "text/code_page.h"
 #include "text/text.h"
 #include "tool/po/po_file.h"
@@ -97,35 +95,21 @@ void refuseOtherCharset(const std::string& path, po_file_t file, std::string_vie
 
 bool poFilesBuiltIn() { return true; }
 
-void writePoFile(const std::string& path, const std::string& language, const std::vector<PoEntry>& entries) {
+std::string poFileBytes(const std::string& language, const std::vector<PoEntry>& entries) {
   const File file(po_file_create());
   {
     const Iterator iterator(po_message_iterator(file.get(), nullptr));
     insertHeader(iterator.get(), language);
     for (const PoEntry& entry : entries) insertEntry(iterator.get(), entry);
   }
-  const std::string bytes = bytesWrittenBy([&](const std::string& memory) {
-    if (po_file_write(file.get(), memory.c_str(), &kHandler) == nullptr) {
-      throw Failure(fromUtf8(path) + u": cannot be written");
-    }
+  return bytesWrittenBy([&](const std::string& memory) {
+    if (po_file_write(file.get(), memory.c_str(), &kHandler) == nullptr) throw Failure(u"PO file: cannot be made");
   });
-  if (path == "-") {
-    if (!writeStandardOutput(bytes)) throw Failure(u"Nobody reads the standard output");
-    return;
-  }
-  const std::string temporary = path + ".new~";
-  try {
-    writeWhole(temporary, bytes);
-    moveOver(temporary, path);
-  } catch (...) {
-    removeFile(temporary);
-    throw;
-  }
 }
 
-std::vector<PoEntry> readPoFile(const std::string& path) {
+std::vector<PoEntry> readPoFile(TreeFiles& files, const std::string& path) {
   std::string probe;
-  readWhole(path, probe);  // the library's own word for a missing file ends the process
+  files.readWhole(path, probe);  // the library's own word for a missing file ends the process
   const File file(po_file_read(path.c_str(), &kHandler));
   if (!file) throw Failure(fromUtf8(path) + u": cannot be read");
   refuseOtherCharset(path, file.get(), probe);

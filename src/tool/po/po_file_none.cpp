@@ -5,10 +5,10 @@ namespace dravenna {
 
 bool poFilesBuiltIn() { return false; }
 
-void writePoFile(const std::string&, const std::string&, const std::vector<PoEntry>&) {
+std::string poFileBytes(const std::string&, const std::vector<PoEntry>&) {
   throw Failure(u"PO files are not built in");
 }
 
-std::vector<PoEntry> readPoFile(const std::string&) { throw Failure(u"PO files are not built in"); }
+std::vector<PoEntry> readPoFile(TreeFiles&, const std::string&) { throw Failure(u"PO files are not built in"); }
 
 }  // namespace dravenna

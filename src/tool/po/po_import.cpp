@@ -34,7 +34,7 @@ class PoImport {
   void run();
 
  private:
-  static Entries readEntries(const std::string& path);
+  Entries readEntries(const std::string& path);
   void importAll(const std::vector<Script>& scripts);
   void importScript(const Script& script, Entries& entries);
   void apply(const Script& script, Entries& entries, const LoadedScript& loaded, std::string& work);
@@ -62,7 +62,7 @@ class PoImport {
 };
 
 Entries PoImport::readEntries(const std::string& path) {
-  Entries entries{path, readPoFile(path), {}, {}};
+  Entries entries{path, readPoFile(*session_.files, path), {}, {}};
   entries.placed.resize(entries.list.size());
   for (std::size_t i = 0; i < entries.list.size(); ++i) entries.byContext.emplace(entries.list[i].context, i);
   return entries;
@@ -85,7 +85,7 @@ void PoImport::tellUnplaced(const Entries& entries) {
 // PO files of the folder that no script is called after.
 void PoImport::tellLeftFiles(const std::set<std::string>& taken) {
   const auto all = [](const std::string&) { return true; };
-  for (const std::string& relative : filesBelow(options_.from, all, [](const std::string& name) {
+  for (const std::string& relative : session_.files->filesBelow(options_.from, all, [](const std::string& name) {
          return name.size() > 3 && name.compare(name.size() - 3, 3, ".po") == 0;
        })) {
     const std::string path = joinPath(options_.from, relative);
@@ -140,7 +140,7 @@ void PoImport::apply(const Script& script, Entries& entries, const LoadedScript&
 }
 
 void PoImport::replace(const std::string& path, std::string_view bytes) {
-  Replacements replacements(options_.backup);
+  Replacements replacements(*session_.files, options_.backup);
   replacements.stage(path, bytes);
   const std::u16string failed = replacements.commit()[0];
   if (!failed.empty()) throw Failure(failed);
@@ -182,7 +182,7 @@ void PoImport::importAll(const std::vector<Script>& scripts) {
       const std::string path = joinPath(options_.from, withExtension(scripts[i].relative, ".po"));
       if (!split_) {
         importScript(scripts[i], whole);
-      } else if (pathKind(path) == PathKind::File) {
+      } else if (session_.files->pathKind(path) == PathKind::File) {
         taken.insert(path);
         Entries entries = readEntries(path);
         importScript(scripts[i], entries);
@@ -195,7 +195,7 @@ void PoImport::importAll(const std::vector<Script>& scripts) {
     }
     session_.console.progress(i + 1, scripts.size());
   }
-  for (const std::string& folder : folders_) flushFolder(folder);
+  for (const std::string& folder : folders_) session_.files->flushFolder(folder);
   session_.console.endProgress();
   if (interrupted()) return;
   if (!split_) tellUnplaced(whole);
@@ -225,9 +225,10 @@ void PoImport::summary() {
 void PoImport::run() {
   session_.prepare();
   if (!poFilesBuiltIn()) throw Failure(u"PO files are not built into this program");
-  split_ = pathKind(options_.from) == PathKind::Folder;
-  wholeFolders_ = std::any_of(options_.paths.begin(), options_.paths.end(),
-                              [](const std::string& path) { return pathKind(path) == PathKind::Folder; });
+  split_ = session_.files->pathKind(options_.from) == PathKind::Folder;
+  wholeFolders_ = std::any_of(options_.paths.begin(), options_.paths.end(), [this](const std::string& path) {
+    return session_.files->pathKind(path) == PathKind::Folder;
+  });
   importAll(collectScripts(session_, options_.paths));
   summary();
 }

@@ -38,16 +38,16 @@ std::vector<CommandPair> readCommandPairs(std::string_view json) {
   return pairs;
 }
 
-std::vector<CommandPair> findCommandPairs(const std::string& path) {
+std::vector<CommandPair> findCommandPairs(TreeFiles& files, const std::string& path) {
   std::string bytes;
   const char* const named = std::getenv("DRAVENNA_COMMANDS");
   const auto installed = executableFolder() / ".." / "share" / "dravenna" / "commands.json";
   if (!path.empty()) {
-    readWhole(path, bytes);
+    files.readWhole(path, bytes);
   } else if (named != nullptr && *named != '\0') {
-    readWhole(named, bytes);
-  } else if (pathKind(installed) == PathKind::File) {
-    readWhole(installed, bytes);
+    files.readWhole(named, bytes);
+  } else if (files.pathKind(installed) == PathKind::File) {
+    files.readWhole(installed, bytes);
   } else {
     bytes = kBuiltIn;
   }

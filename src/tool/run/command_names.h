@@ -4,6 +4,8 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/tree_files.h"
+
 namespace dravenna {
 
 // A pair of command lists under a name.
@@ -19,6 +21,6 @@ std::vector<CommandPair> readCommandPairs(std::string_view json);
 
 // The pairs of the file that `path` names; with an empty path of the one that DRAVENNA_COMMANDS names, else of
 // share/dravenna/commands.json beside the program's folder, else of the built-in copy.
-std::vector<CommandPair> findCommandPairs(const std::string& path);
+std::vector<CommandPair> findCommandPairs(TreeFiles& files, const std::string& path);
 
 }  // namespace dravenna

@@ -79,7 +79,7 @@ bool Output::flushSome() {
 
 bool Output::close() {
   if (!toStandardOutput()) {
-    writeWhole(path_, buffer_);
+    files_.writeWhole(path_, buffer_);
   } else if (!readerGone_) {
     readerGone_ = !writeStandardOutput(buffer_);
   }

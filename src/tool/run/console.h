@@ -5,6 +5,8 @@
 #include <string>
 #include <string_view>
 
+#include "platform/tree_files.h"
+
 namespace dravenna {
 
 enum class ColorUse { Auto, Always, Never };
@@ -39,7 +41,8 @@ class Console {
 // Standard output or a file, in large writes. The file is replaced at close().
 class Output {
  public:
-  explicit Output(std::string path) : path_(std::move(path)) {}  // empty or "-": standard output
+  // With an empty path or "-" standard output is meant.
+  Output(TreeFiles& files, std::string path) : files_(files), path_(std::move(path)) {}
 
   std::string& buffer() { return buffer_; }
   // Writes when enough has gathered; false once nobody reads on. Throws Failure when it cannot be written.
@@ -49,6 +52,7 @@ class Output {
  private:
   bool toStandardOutput() const { return path_.empty() || path_ == "-"; }
 
+  TreeFiles& files_;
   std::string path_;
   std::string buffer_;
   bool readerGone_ = false;

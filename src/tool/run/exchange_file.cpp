@@ -54,14 +54,14 @@ bool isUtf8InAnotherPage(const CodePage& page, std::string_view exchangeFile, st
   return !page.isUtf8() && isUtf8(exchangeFile) && !isUtf8(script);
 }
 
-void writeExchangeFile(const std::string& path, std::string_view bytes, bool force) {
-  if (!force && pathKind(path) == PathKind::File) {
+void writeExchangeFile(TreeFiles& files, const std::string& path, std::string_view bytes, bool force) {
+  if (!force && files.pathKind(path) == PathKind::File) {
     thread_local std::string old;
-    readWhole(path, old);
+    files.readWhole(path, old);
     if (old == bytes) return;
     if (!old.empty()) throw Failure(fromUtf8(path) + u": exists with other contents; --force overwrites it");
   }
-  writeWhole(path, bytes);
+  files.writeWhole(path, bytes);
 }
 
 }  // namespace dravenna

@@ -4,6 +4,7 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/tree_files.h"
 #include "text/code_page.h"
 
 namespace dravenna {
@@ -37,6 +38,6 @@ inline constexpr char kUtf8InAnotherPage[] = "it is UTF-8, but is read in the co
 
 // Writes an exchange file. One that exists with other contents may be a translation: without `force` that is
 // left alone and a failure. Throws Failure.
-void writeExchangeFile(const std::string& path, std::string_view bytes, bool force);
+void writeExchangeFile(TreeFiles& files, const std::string& path, std::string_view bytes, bool force);
 
 }  // namespace dravenna

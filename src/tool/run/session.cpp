@@ -71,7 +71,7 @@ void Session::prepare() {
   if (!page) throw UsageError(fmt::format("--codepage: {} is no code page that is supported", codePageName));
   codec.emplace(page);
 
-  const std::vector<CommandPair> pairs = findCommandPairs(commandsFile);
+  const std::vector<CommandPair> pairs = findCommandPairs(*files, commandsFile);
   const auto found =
       std::find_if(pairs.begin(), pairs.end(), [&](const auto& pair) { return pair.name == commandsName; });
   if (found == pairs.end()) {
@@ -103,14 +103,14 @@ std::vector<Script> collectScripts(Session& session, const std::vector<std::stri
   };
   for (const std::string& argument : arguments) {
     try {
-      const PathKind kind = argument == "-" ? PathKind::File : pathKind(argument);
+      const PathKind kind = argument == "-" ? PathKind::File : session.files->pathKind(argument);
       if (kind == PathKind::Missing) throw Failure(u"No such file or directory: '" + fromUtf8(argument) + u"'");
       if (kind == PathKind::File) {
         add({argument, argument.substr(argument.rfind('/') + 1)});
         continue;
       }
       const auto wanted = [&](const std::string& relative) { return !matchesAny(session.exclude, relative); };
-      for (std::string& relative : filesBelow(argument, wanted, [&](const std::string& relative) {
+      for (std::string& relative : session.files->filesBelow(argument, wanted, [&](const std::string& relative) {
              return matchesAny(include, relative) && wanted(relative);
            })) {
         add({joinPath(argument, relative), relative});
@@ -141,7 +141,7 @@ std::string_view readWork(const Session& session, const std::string& path, std::
   if (path == "-") {
     file = readStandardInput();
   } else {
-    readWhole(path, file);
+    session.files->readWhole(path, file);
   }
   return session.codec->toWork(file, work);
 }

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/tree_files.h"
 #include "scan/command_list.h"
 #include "text/text.h"
 #include "tool/run/console.h"
@@ -36,6 +37,7 @@ struct Session {
   bool quiet = false;
   ColorUse color = ColorUse::Auto;
 
+  std::unique_ptr<TreeFiles> files = makeTreeFiles();
   Console console;
   std::optional<Codec> codec;
   std::optional<CommandLists> lists;
