@@ -7,6 +7,7 @@
 #include "faulty_calls.h"
 #include "platform/posix/registry_file.h"
 #include "platform/posix/text_files.h"
+#include "platform/posix/tree_files.h"
 #include "platform/registry_text.h"
 #include "platform/system.h"
 #include "scratch_folder.h"
@@ -15,37 +16,54 @@ namespace dravenna {
 
 namespace {
 
-using Fault = FaultyCalls::Fault;
+namespace fs = std::filesystem;
 using Names = std::set<std::string>;
 
-constexpr int kMostCalls = 1000;
-
-// Runs `act` with the first call failing, then the second and so on, until all calls are made.
-void failEach(Fault fault, int error, const std::function<void(FaultyCalls&)>& act) {
-  bool happened = true;
-  for (int at = 0; happened; ++at) {
-    ASSERT_LT(at, kMostCalls);
-    FaultyCalls calls(fault, at, error);
-    SCOPED_TRACE("call number " + std::to_string(at) + ", errno " + std::to_string(error));
-    act(calls);
-    happened = calls.happened();
+bool tells(const std::function<void()>& act) {
+  try {
+    act();
+    return false;
+  } catch (const Failure&) {
+    return true;
   }
 }
 
 TEST(Faults, ReadingFailsInsteadOfEndingEarly) {
   const ScratchFolder folder;
   folder.put("file", std::string(200000, 'x'));
-  for (const Fault fault : {Fault::Error, Fault::Interrupted}) {
-    failEach(fault, EIO, [&](FaultyCalls& calls) {
-      const auto files = posix::makeTextFiles(codePageByName("1252"), calls);
-      try {
-        EXPECT_EQ(files->openTextFile(folder.path("file"))->readAll().size(), 200000u);
-        EXPECT_TRUE(!calls.happened() || fault == Fault::Interrupted || calls.failed() == "close") << calls.failed();
-      } catch (const Failure&) {
-        EXPECT_TRUE(calls.happened() && fault == Fault::Error);
-      }
+  const auto texts = [&](FaultyCalls& calls) {
+    const auto files = posix::makeTextFiles(codePageByName("1252"), calls);
+    return files->openTextFile(folder.path("file"))->readAll().size();
+  };
+  const auto bytes = [&](FaultyCalls& calls) {
+    std::string all;
+    posix::makeTreeFiles(calls)->readWhole(folder.file("file"), all);
+    return all.size();
+  };
+  for (const std::function<std::size_t(FaultyCalls&)>& read : {std::function(texts), std::function(bytes)}) {
+    Names failed;
+    atEachCall([&](FaultyCalls calls) {
+      const bool told = calls.attempt([&] { return tells([&] { EXPECT_EQ(read(calls), 200000U); }); });
+      if (told) failed.insert(calls.failed());
+      return calls.happened();
     });
+    EXPECT_EQ(failed, (Names{"fstat", "open", "read"}));
   }
+}
+
+TEST(Faults, WritingInPlaceTellsAndCutsTheOldContentsOff) {
+  Names failed;
+  atEachCall([&](FaultyCalls calls) {
+    const ScratchFolder folder;
+    const fs::path file = folder.put("file", std::string(100, 'o'));
+    const bool told =
+        calls.attempt([&] { return tells([&] { posix::makeTreeFiles(calls)->writeWhole(file, "new"); }); });
+    if (told) failed.insert(calls.failed());
+    EXPECT_TRUE(told || calls.killed() || folder.get("file") == "new") << folder.get("file");
+    EXPECT_TRUE(calls.failed() != "write" || folder.get("file").empty() || !told) << folder.get("file");
+    return calls.happened();
+  });
+  EXPECT_EQ(failed, (Names{"close", "fstat", "ftruncate", "open", "write"}));
 }
 
 constexpr char16_t kKey[] = u"Software\\Halvex\\Test";
@@ -65,31 +83,39 @@ TEST(Faults, TheRegistryFileLosesNothing) {
       "Windows Registry Editor Version 5.00\n\n[HKEY_LOCAL_MACHINE\\Software\\Halvex\\Test]\n\"Old\"=\"o\"\n";
   const std::string damaged = whole + "what is this?\n";
   for (const std::string& old : {std::string(), whole, damaged}) {
-    Names failures;
-    for (const int error : {EIO, EACCES, EINVAL}) {
-      failEach(Fault::Error, error, [&](FaultyCalls& calls) {
-        const ScratchFolder folder;
-        if (!old.empty()) {
-          std::filesystem::create_directory(folder.file("below"));
-          folder.put(kPath, old);
-        }
-        const std::int32_t status = store(calls, folder);
-        if (status != 0) failures.insert(calls.failed());
-        const std::string now = folder.get(kPath);
-        const auto values = parseRegistryText(now).keys[u"HKEY_LOCAL_MACHINE\\Software\\Halvex\\Test"].values;
-        EXPECT_EQ(values.count(u"Old"), old.empty() ? 0u : 1u) << calls.failed();
-        EXPECT_TRUE(status != 0 || values.count(u"New") == 1) << calls.failed();
-        const std::string kept = std::string(kPath) + ".bad";
-        EXPECT_TRUE(old != damaged || now == old || folder.get(kept) == old || folder.get(kept + "2") == old);
+    Names failed;
+    atEachCall([&](FaultyCalls calls) {
+      const ScratchFolder folder;
+      if (!old.empty()) {
+        fs::create_directory(folder.file("below"));
+        folder.put(kPath, old);
+      }
+      const bool told = calls.attempt([&] { return store(calls, folder) != 0; });
+      if (told) failed.insert(calls.failed());
+      const std::string now = folder.get(kPath);
+      const RegistryText text = parseRegistryText(now);
+      const auto found = text.keys.find(u"HKEY_LOCAL_MACHINE\\Software\\Halvex\\Test");
+      const auto has = [&](const char16_t* name) {
+        return found != text.keys.end() && found->second.values.contains(name);
+      };
+      EXPECT_EQ(has(u"Old"), !old.empty()) << calls.failed();
+      EXPECT_TRUE(told || calls.killed() || has(u"New")) << calls.failed();
+      EXPECT_TRUE(now == old || !text.damaged);
+      const std::string kept = std::string(kPath) + ".bad";
+      EXPECT_TRUE(old != damaged || now == old || folder.get(kept) == old || folder.get(kept + "2") == old);
+      const auto leavesNothing = [&] {
         for (const char* const temporary : {".new", ".bad.new", ".bad2.new"}) {
-          EXPECT_FALSE(std::filesystem::exists(folder.file(std::string(kPath) + temporary))) << temporary;
+          EXPECT_FALSE(fs::exists(folder.file(std::string(kPath) + temporary))) << temporary;
         }
-        FaultyCalls sound(Fault::Error, kMostCalls);
-        EXPECT_EQ(store(sound, folder), 0);
-      });
-    }
+      };
+      if (!calls.killed()) leavesNothing();
+      FaultyCalls sound;
+      EXPECT_EQ(store(sound, folder), 0);
+      leavesNothing();
+      return calls.happened();
+    });
     for (const char* const name : {"open", "write", "fsync", "rename", "flock"}) {
-      EXPECT_TRUE(failures.contains(name)) << name;
+      EXPECT_TRUE(failed.contains(name)) << name;
     }
   }
 }

@@ -5,10 +5,10 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <cstdlib>
+#include <cstdio>
 #include <functional>
 #include <string>
-#include <string_view>
+#include <tuple>
 
 #include "platform/posix/system_calls.h"
 
@@ -25,6 +25,29 @@ class FaultyCalls : public posix::SystemCalls {
 
   bool happened() const { return !failed_.empty(); }
   const std::string& failed() const { return failed_; }  // name of the call
+
+  bool killed() const { return failed_ == kKill; }
+
+  // Runs `act`, in a process of its own if that is to be killed. `act` gives whether it told of a failure, and so does
+  // this; one that was killed tells of nothing.
+  bool attempt(const std::function<bool()>& act) {
+    if (!kills()) {
+      const bool told = act();
+      EXPECT_TRUE(!told || fault_ == Fault::Error) << "an interruption or a short write is no failure";
+      return told;
+    }
+    const pid_t child = ::fork();
+    if (child == 0) {
+      const bool told = act();
+      std::fflush(nullptr);
+      ::_exit(told || testing::Test::HasFailure() ? 1 : 0);
+    }
+    int status = 0;
+    EXPECT_EQ(::waitpid(child, &status, 0), child);
+    if (WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL) failed_ = kKill;
+    EXPECT_TRUE(killed() || status == 0) << "status " << status;
+    return false;
+  }
 
   int open(const char* path, int flags, mode_t mode) override {
     return make("open", kBlocks, [&] { return SystemCalls::open(path, flags, mode); });
@@ -98,12 +121,15 @@ class FaultyCalls : public posix::SystemCalls {
   static constexpr int kTakesEffect = 2;  // even when it fails
   static constexpr int kIsCleaning = 4;   // when it fails something stays behind, and rightly so
 
+  static constexpr char kKill[] = "kill";
+
+  bool kills() const { return fault_ == Fault::KillBefore || fault_ == Fault::KillAfter; }
+
   template <typename Call>
   auto make(const char* name, int kind, Call call) -> decltype(call()) {
-    const bool kills = fault_ == Fault::KillBefore || fault_ == Fault::KillAfter;
     const bool fails = (fault_ == Fault::Error && (kind & kIsCleaning) == 0) ||
                        (fault_ == Fault::Interrupted && (kind & kBlocks) != 0);
-    if ((!kills && !fails) || left_-- != 0) return call();
+    if ((!kills() && !fails) || left_-- != 0) return call();
     failed_ = name;
     if (fault_ == Fault::KillBefore) ::kill(::getpid(), SIGKILL);
     if (fault_ == Fault::KillAfter || (kind & kTakesEffect) != 0) call();
@@ -118,28 +144,23 @@ class FaultyCalls : public posix::SystemCalls {
   std::string failed_;
 };
 
-// Runs `act` in one process after the other; the first is killed at its first call through `calls`, the next at its
-// second and so on, before the call takes effect and after it. Looks at what is left with `check`, which is told
-// whether the process came to its end.
-inline void killAtEachCall(FaultyCalls& calls, const std::function<void()>& act,
-                           const std::function<void(bool ended)>& check) {
-  for (const auto fault : {FaultyCalls::Fault::KillBefore, FaultyCalls::Fault::KillAfter}) {
-    bool ended = false;
-    for (int at = 0; !ended && !testing::Test::HasFailure(); ++at) {
-      const pid_t child = ::fork();
-      if (child == 0) {
-        calls = FaultyCalls(fault, at);
-        act();
-        ::_exit(testing::Test::HasFailure() ? 1 : 0);
-      }
-      int status = 0;
-      ASSERT_EQ(::waitpid(child, &status, 0), child);
-      ended = WIFEXITED(status);
-      SCOPED_TRACE((fault == FaultyCalls::Fault::KillBefore ? "killed before call " : "killed after call ") +
-                   std::to_string(at));
-      EXPECT_TRUE(ended ? WEXITSTATUS(status) == 0 : WTERMSIG(status) == SIGKILL) << "status " << status;
-      EXPECT_TRUE(!ended || at > 0) << "made no call";
-      check(ended);
+// For each way to go wrong: runs `once` with the first call going wrong, then the second and so on, until it tells that
+// no call did.
+inline void atEachCall(const std::function<bool(const FaultyCalls& calls)>& once) {
+  using Fault = FaultyCalls::Fault;
+  const std::tuple<const char*, Fault, int> ways[] = {{"EIO", Fault::Error, EIO},
+                                                      {"EACCES", Fault::Error, EACCES},
+                                                      {"EINVAL", Fault::Error, EINVAL},
+                                                      {"EINTR", Fault::Interrupted, 0},
+                                                      {"half a write", Fault::ShortWrite, 0},
+                                                      {"killed before", Fault::KillBefore, 0},
+                                                      {"killed after", Fault::KillAfter, 0}};
+  for (const auto& [name, fault, error] : ways) {
+    bool happened = true;
+    for (int at = 0; happened && !testing::Test::HasFailure(); ++at) {
+      SCOPED_TRACE(std::string(name) + ", call number " + std::to_string(at));
+      happened = once(FaultyCalls(fault, at, error));
+      EXPECT_TRUE(happened || at > 0 || fault == Fault::ShortWrite) << "there was no call";
     }
   }
 }

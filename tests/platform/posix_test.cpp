@@ -7,6 +7,7 @@
 
 #include "platform/failure.h"
 #include "platform/posix/desktop_entry.h"
+#include "platform/posix/files.h"
 #include "platform/system.h"
 #include "scratch_folder.h"
 #include "text/text.h"
@@ -63,19 +64,39 @@ TEST(Replace, FollowsLinks) {
 TEST(Replace, KeepsPermissionBitsAndOwner) {
   const ScratchFolder folder;
   const bool root = ::geteuid() == 0;
-  for (const mode_t mode : {0600u, 0664u, 0755u, 0200u}) {
+  for (const mode_t mode : {0600u, 0664u, 06755u, 0200u}) {
     const fs::path file = folder.put("file", "old");
     ASSERT_TRUE((!root || ::chown(file.c_str(), 1234, 2345) == 0) && ::chmod(file.c_str(), mode) == 0);
     EXPECT_EQ(save(file, u"new"), "saved");
     struct stat status {};
     EXPECT_EQ(::stat(file.c_str(), &status), 0);
-    EXPECT_EQ(status.st_mode & 07777, mode);
+    EXPECT_EQ(status.st_mode & (root ? 07777 : 0777), mode & (root ? 07777 : 0777));  // a write takes the others away
     EXPECT_TRUE(!root || (status.st_uid == 1234 && status.st_gid == 2345));
   }
   const mode_t mask = ::umask(027);
   EXPECT_EQ(save(folder.file("fresh"), u"new"), "saved");
   ::umask(mask);
   EXPECT_EQ(fs::status(folder.file("fresh")).permissions(), fs::perms(0640));
+}
+
+TEST(Replace, DropsTheSetIdBitsOfAnOwnerThatCannotBeKept) {
+  struct AnotherOwner : posix::SystemCalls {
+    int fstat(int file, struct stat& status) override {
+      const int result = SystemCalls::fstat(file, status);
+      ++status.st_uid;
+      return result;
+    }
+    int fchown(int, uid_t, gid_t) override {
+      errno = EPERM;
+      return -1;
+    }
+  } calls;
+  const ScratchFolder folder;
+  const fs::path file = folder.put("file", "old");
+  ASSERT_EQ(::chmod(file.c_str(), 06755), 0);
+  posix::replaceFile(calls, file, "new", {});
+  EXPECT_EQ(folder.get("file"), "new");
+  EXPECT_EQ(fs::status(file).permissions(), fs::perms(0755));
 }
 
 TEST(Replace, RefusesWhatMayNotBeWritten) {

@@ -3,7 +3,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "faulty_calls.h"
 #include "platform/posix/registry_file.h"
 #include "platform/registry_text.h"
 #include "scratch_folder.h"
@@ -139,23 +138,6 @@ TEST_F(RegistryFile, LosesNothingWhenProgramsWriteAtOnce) {
     EXPECT_EQ(status, 0);
   }
   for (int value = 0; value < kWriters * kValues; ++value) EXPECT_EQ(get(decimal(value)), decimal(value % kValues));
-}
-
-TEST_F(RegistryFile, SurvivesAKillAtAnyMoment) {
-  ASSERT_TRUE(set(u"Kept", u"k") && set(u"Value", u"old"));
-  const std::string before = folder_.get("r");
-  FaultyCalls calls;
-  registry_ = posix::makeRegistryFile(folder_.file("r").string(), calls);
-  killAtEachCall(
-      calls, [&] { EXPECT_TRUE(set(u"Value", u"new")); },
-      [&](bool ended) {
-        EXPECT_FALSE(parseRegistryText(folder_.get("r")).damaged);
-        EXPECT_EQ(get(u"Kept"), u"k");
-        EXPECT_TRUE(get(u"Value") == u"new" || (get(u"Value") == u"old" && !ended));
-        EXPECT_TRUE(set(u"After", u"a")) << "what is left stands in the way";
-        EXPECT_EQ(folder_.names(), (Names{"r", "r.lock"}));
-        folder_.put("r", before);
-      });
 }
 
 }  // namespace

@@ -1,4 +1,5 @@
-// Each single call to the system fails in turn while a script is replaced: it is the old or the new one, whole.
+// Each single call to the system goes wrong in turn, or is the last of the process, while files are replaced: each of
+// them is the old or the new one, whole.
 
 #include <gtest/gtest.h>
 
@@ -9,56 +10,60 @@
 #include "platform/posix/tree_files.h"
 #include "platform/scratch_folder.h"
 #include "quiet_platform.h"
+#include "tool/po/po_file.h"
 #include "tool/run/session.h"
 
 namespace dravenna {
 namespace {
 
-using Fault = FaultyCalls::Fault;
-
-constexpr int kMessages = 3000;  // more than one read and one write
+constexpr int kMany = 3000;  // more than one read and one write of the window
+constexpr int kFew = 3;
 
 // One run over a fresh folder.
 struct Scene {
+  explicit Scene(int messages) : script(scriptOf(messages, "Old ")), after{{"guard.txt", scriptOf(messages, "New ")}} {
+    folder.put("guard.txt", script);
+    folder.put("guard.lxf", exchangeFileOf(messages, "New "));
+  }
+
   ScratchFolder folder;
   FaultyCalls calls;
-  std::string before = scriptOf(kMessages, "Old ");
-  std::string after = scriptOf(kMessages, "New ");
+  std::string script;
+  std::map<std::string, std::string> after;  // of what is to be replaced
+  std::string backup;                        // the suffix of backups, if there are any
 };
 
-// `prepare` sets the scene and gives the operation, which gives whether it told of a failure.
-void failEach(const std::function<std::function<bool()>(Scene&)>& prepare) {
-  const std::pair<Fault, int> faults[] = {{Fault::Error, EIO},
-                                          {Fault::Error, EACCES},
-                                          {Fault::Error, EINVAL},
-                                          {Fault::Interrupted, 0},
-                                          {Fault::ShortWrite, 0}};
-  std::set<std::string> failed;
-  for (const auto& [fault, error] : faults) {
-    bool happened = true;
-    for (int at = 0; happened; ++at) {
-      Scene scene;
-      scene.folder.put("guard.txt", scene.before);
-      scene.folder.put("guard.lxf", exchangeFileOf(kMessages, "New "));
-      const std::set<std::string> names = scene.folder.names();
-      const std::function<bool()> act = prepare(scene);
-      scene.calls = FaultyCalls(fault, at, error);
-      const bool told = act();
-      happened = scene.calls.happened();
-      SCOPED_TRACE(scene.calls.failed() + " number " + std::to_string(at) + ", errno " + std::to_string(error));
-      if (told) failed.insert(scene.calls.failed());
-      EXPECT_TRUE(!told || fault == Fault::Error) << "an interruption or a short write is no failure";
-      const std::string now = scene.folder.get("guard.txt");
-      EXPECT_TRUE(now == scene.before || now == scene.after) << "a script of " << now.size() << " bytes";
-      EXPECT_TRUE(told || now == scene.after) << "a failure that nobody heard of";
-      EXPECT_EQ(scene.folder.names(), names);
+bool isTemporary(const std::string& name) { return name.starts_with(".dravenna-") && name.ends_with(".tmp"); }
 
-      scene.calls = FaultyCalls();
-      EXPECT_FALSE(act()) << "the program does not recover";
-      EXPECT_TRUE(scene.folder.get("guard.txt") == scene.after) << "the second try has not done it";
-      if (testing::Test::HasFailure()) return;
+// `prepare` sets the scene and gives the operation, which gives whether it told of a failure.
+void failEach(int messages, const std::function<std::function<bool()>(Scene&)>& prepare) {
+  std::set<std::string> failed;
+  atEachCall([&](const FaultyCalls& faulty) {
+    Scene scene(messages);
+    const std::function<bool()> act = prepare(scene);
+    const std::set<std::string> names = scene.folder.names();
+    std::map<std::string, std::string> before;
+    for (const auto& [name, bytes] : scene.after) before[name] = scene.folder.get(name);
+
+    scene.calls = faulty;
+    const bool told = scene.calls.attempt(act);
+    const FaultyCalls called = std::exchange(scene.calls, FaultyCalls());
+    if (told) failed.insert(called.failed());
+    for (const auto& [name, bytes] : scene.after) {
+      const std::string now = scene.folder.get(name);
+      EXPECT_TRUE(now == before[name] || now == bytes) << name << " of " << now.size() << " bytes";
+      EXPECT_TRUE(told || called.killed() || now == bytes) << "a failure that nobody heard of: " << called.failed();
     }
-  }
+    for (const std::string& name : scene.folder.names()) {
+      const std::string original = name.substr(0, name.rfind(scene.backup));
+      const bool isBackup = name != original && before.contains(original);
+      EXPECT_TRUE(names.contains(name) || isBackup || (called.killed() && isTemporary(name))) << name;
+      EXPECT_TRUE(!isBackup || scene.folder.get(name) == before[original]) << name;
+    }
+    EXPECT_FALSE(act()) << "the program does not recover";
+    for (const auto& [name, bytes] : scene.after) EXPECT_TRUE(scene.folder.get(name) == bytes) << "the second try";
+    return called.happened();
+  });
   for (const char* const name :
        {"open", "write", "fsync", "close", "rename", "stat", "fchmod", "mayWrite", "realpath"}) {
     EXPECT_TRUE(failed.contains(name)) << name;
@@ -72,11 +77,10 @@ std::shared_ptr<QuietForm> openForm(Scene& scene) {
 }
 
 TEST(Save, FailsWhole) {
-  failEach([](Scene& scene) {
+  failEach(kMany, [](Scene& scene) {
     const auto form = openForm(scene);
     form->typeAndCommit(u"New 1");
-    scene.after = scene.before;
-    scene.after.replace(scene.after.find("Old 1"), 5, "New 1");
+    scene.after["guard.txt"] = scene.script.replace(scene.script.find("Old 1"), 5, "New 1");
     return [form] {
       form->boxes.clear();
       (*form)->Salvar();
@@ -89,7 +93,7 @@ TEST(Save, FailsWhole) {
 }
 
 TEST(Import, FailsWholeInTheWindow) {
-  failEach([](Scene& scene) {
+  failEach(kMany, [](Scene& scene) {
     const auto form = openForm(scene);
     return [form, tries = 0]() mutable {
       if (tries++ > 0) (*form)->LoadScript();  // one that failed may have left a part of the script
@@ -102,34 +106,72 @@ TEST(Import, FailsWholeInTheWindow) {
   });
 }
 
-bool toolTellsOfFailure(FaultyCalls& calls, const std::vector<std::string>& arguments) {
-  Session session;
-  session.files = posix::makeTreeFiles(calls);
-  CLI::App app;
-  addImport(app, session);
-  std::vector<const char*> words{"dravenna-lxf", "import", "--codepage=1252", "--quiet", "--jobs=1"};
-  for (const std::string& argument : arguments) words.push_back(argument.c_str());
+// The operation of the tool with these words.
+std::function<bool()> tool(Scene& scene, std::vector<std::string> words) {
+  words.insert(words.begin(), "dravenna-lxf");
+  words.insert(words.end(), {"--codepage=1252", "--quiet", "--jobs=1"});
+  return [&scene, words] {
+    Session session;
+    session.files = posix::makeTreeFiles(scene.calls);
+    CLI::App app;
+    addImport(app, session);
+    addPo(app, session);
+    std::vector<const char*> arguments;
+    for (const std::string& word : words) arguments.push_back(word.c_str());
+    try {
+      app.parse(static_cast<int>(arguments.size()), arguments.data());
+    } catch (const Failure& failure) {
+      session.console.error(shown(failure.description()));
+    }
+    return session.console.failed();
+  };
+}
+
+// With messages on standard error, which every failure must have.
+void failEachQuietly(const std::function<std::function<bool()>(Scene&)>& prepare) {
   testing::internal::CaptureStderr();
-  try {
-    app.parse(static_cast<int>(words.size()), words.data());
-  } catch (const Failure& failure) {
-    session.console.error(shown(failure.description()));
-  }
-  const bool failed = session.console.failed();
-  EXPECT_EQ(testing::internal::GetCapturedStderr().find("error") != std::string::npos, failed);
-  return failed;
+  failEach(kFew, prepare);
+  EXPECT_NE(testing::internal::GetCapturedStderr().find("error: "), std::string::npos);
 }
 
 TEST(Import, FailsWholeInTheTool) {
-  for (const bool tree : {false, true}) {
-    SCOPED_TRACE(tree ? "a tree" : "one script");
-    failEach([tree](Scene& scene) {
-      const std::string folder = scene.folder.file("").parent_path();
-      const std::vector<std::string> arguments =
-          tree ? std::vector{folder, "--from=" + folder} : std::vector{folder + "/guard.txt", folder + "/guard.lxf"};
-      return [arguments, &scene] { return toolTellsOfFailure(scene.calls, arguments); };
-    });
-  }
+  failEachQuietly([](Scene& scene) {
+    return tool(scene, {"import", scene.folder.file("guard.txt"), scene.folder.file("guard.lxf")});
+  });
+  failEachQuietly([](Scene& scene) {  // a tree
+    scene.folder.put("smith.txt", scriptOf(2, "Old "));
+    scene.folder.put("smith.lxf", exchangeFileOf(2, "New "));
+    scene.after["smith.txt"] = scriptOf(2, "New ");
+    scene.backup = ".orig";
+    const std::string folder = scene.folder.file("").parent_path();
+    return tool(scene, {"import", folder, "--from=" + folder, "--backup=.orig"});
+  });
+}
+
+TEST(Po, FailsWhole) {
+  if (!poFilesBuiltIn()) GTEST_SKIP() << "no PO files in this build";
+  const auto exportOf = [](Scene& scene) {
+    const std::string few = scene.folder.put("few.txt", scriptOf(2, "Old "));
+    return tool(scene, {"po", "export", few, "--out=" + scene.folder.file("few.po").string(), "--force"});
+  };
+  failEachQuietly([&](Scene& scene) {
+    const auto act = exportOf(scene);
+    EXPECT_FALSE(act());
+    scene.after = {{"few.po", scene.folder.get("few.po")}};
+    scene.folder.put("few.po", "msgid \"translated\"\nmsgstr \"before\"\n");
+    return act;
+  });
+  failEachQuietly([&](Scene& scene) {
+    EXPECT_FALSE(exportOf(scene)());
+    std::string po = scene.folder.get("few.po");
+    for (const std::string number : {"1", "2"}) {
+      const std::string id = "msgid \"Old " + number + "\"\nmsgstr \"";
+      po.insert(po.find(id) + id.size(), "New " + number);
+    }
+    scene.after = {{"few.txt", scriptOf(2, "New ")}};
+    return tool(scene,
+                {"po", "import", scene.folder.file("few.txt"), "--from=" + scene.folder.put("few.po", po).string()});
+  });
 }
 
 }  // namespace

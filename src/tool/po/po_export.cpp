@@ -63,6 +63,7 @@ class PoExport {
   std::set<std::string> folders_;
   Replacements replacements_{*session_.files};
   std::size_t left_ = 0;
+  bool unread_ = false;  // a script could not be read
 };
 
 PoEntry PoExport::entryOf(const Script& script, const OutlineText& text, std::string context,
@@ -203,6 +204,7 @@ void PoExport::run() {
   }
   if (!options_.split) refuseToOverwrite(options_.out);
   const std::vector<Script> scripts = collectScripts(session_, options_.paths);
+  unread_ = session_.console.failed();
   std::unique_ptr<OldVersion> oldVersion;
   if (!options_.from.empty()) {
     oldVersion =
@@ -217,6 +219,7 @@ void PoExport::run() {
         if (!outcome.warning.empty()) session_.console.warning(outcome.warning);
         if (outcome.unfit) session_.console.fail();
         if (!outcome.error.empty()) session_.console.error(outcome.error);
+        unread_ |= !outcome.error.empty();
         tellLeft(outcome.left);
         messages += outcome.entries.size();
         if (!options_.split) {
@@ -234,6 +237,7 @@ void PoExport::run() {
       });
   session_.console.endProgress();
   if (interrupted()) return;
+  if (!options_.split && unread_) throw Failure(fromUtf8(options_.out) + u": not written, for it would lack a script");
   if (!options_.split) write(options_.out, all);
   placeStaged();
   for (const std::string& folder : folders_) session_.files->flushFolder(folder);
