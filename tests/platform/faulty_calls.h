@@ -7,6 +7,7 @@
 
 #include <cstdio>
 #include <functional>
+#include <set>
 #include <string>
 #include <tuple>
 
@@ -49,90 +50,29 @@ class FaultyCalls : public posix::SystemCalls {
     return false;
   }
 
-  int open(const char* path, int flags, mode_t mode) override {
-    return make("open", kBlocks, [&] { return SystemCalls::open(path, flags, mode); });
-  }
-  int close(int file) override {
-    return make("close", kBlocks | kTakesEffect, [&] { return SystemCalls::close(file); });
-  }
-  ssize_t read(int file, void* to, std::size_t size) override {
-    return make("read", kBlocks, [&] { return SystemCalls::read(file, to, size); });
-  }
   ssize_t write(int file, const void* from, std::size_t size) override {
-    const auto some = [&](std::size_t bytes) { return SystemCalls::write(file, from, bytes); };
-    if (fault_ == Fault::KillBefore && left_ == 0) some(size / 2);
-    if (fault_ == Fault::ShortWrite && size > 1 && left_-- == 0) {
-      failed_ = "write";
-      return some(size / 2);
-    }
-    return make("write", kBlocks, [&] { return some(size); });
-  }
-  int fsync(int file) override {
-    return make("fsync", kBlocks, [&] { return SystemCalls::fsync(file); });
-  }
-  int startFlush(int file) override {
-    return make("startFlush", 0, [&] { return SystemCalls::startFlush(file); });
-  }
-  int ftruncate(int file, off_t size) override {
-    return make("ftruncate", kBlocks, [&] { return SystemCalls::ftruncate(file, size); });
-  }
-  int flock(int file, int operation) override {
-    return make("flock", kBlocks, [&] { return SystemCalls::flock(file, operation); });
-  }
-  int fstat(int file, struct stat& to) override {
-    return make("fstat", 0, [&] { return SystemCalls::fstat(file, to); });
-  }
-  int stat(const char* path, struct stat& to) override {
-    return make("stat", 0, [&] { return SystemCalls::stat(path, to); });
-  }
-  int lstat(const char* path, struct stat& to) override {
-    return make("lstat", 0, [&] { return SystemCalls::lstat(path, to); });
-  }
-  int mayWrite(const char* path) override {
-    return make("mayWrite", 0, [&] { return SystemCalls::mayWrite(path); });
-  }
-  int realpath(const char* path, std::string& to) override {
-    return make("realpath", 0, [&] { return SystemCalls::realpath(path, to); });
-  }
-  int readlink(const char* path, std::string& to) override {
-    return make("readlink", 0, [&] { return SystemCalls::readlink(path, to); });
-  }
-  int fchmod(int file, mode_t mode) override {
-    return make("fchmod", 0, [&] { return SystemCalls::fchmod(file, mode); });
-  }
-  int fchown(int file, uid_t user, gid_t group) override {
-    return make("fchown", 0, [&] { return SystemCalls::fchown(file, user, group); });
-  }
-  int rename(const char* from, const char* to) override {
-    return make("rename", 0, [&] { return SystemCalls::rename(from, to); });
-  }
-  int link(const char* file, const char* name) override {
-    return make("link", 0, [&] { return SystemCalls::link(file, name); });
-  }
-  int unlink(const char* path) override {
-    return make("unlink", kIsCleaning, [&] { return SystemCalls::unlink(path); });
-  }
-  int mkdir(const char* path, mode_t mode) override {
-    return make("mkdir", 0, [&] { return SystemCalls::mkdir(path, mode); });
+    if (fault_ == Fault::KillBefore && left_ == 0) static_cast<void>(::write(file, from, size / 2));
+    if (fault_ != Fault::ShortWrite || size < 2 || left_-- != 0) return SystemCalls::write(file, from, size);
+    failed_ = "write";
+    return SystemCalls::write(file, from, size / 2);
   }
 
  private:
-  static constexpr int kBlocks = 1;       // a signal can interrupt it
-  static constexpr int kTakesEffect = 2;  // even when it fails
-  static constexpr int kIsCleaning = 4;   // when it fails something stays behind, and rightly so
-
   static constexpr char kKill[] = "kill";
 
   bool kills() const { return fault_ == Fault::KillBefore || fault_ == Fault::KillAfter; }
+  bool canFail(const std::string& name) const {
+    static const std::set<std::string> interruptible{"open", "close", "read", "write", "fsync", "ftruncate", "flock"};
+    if (fault_ == Fault::Interrupted) return interruptible.contains(name);
+    // Where something cannot be removed it stays behind, and rightly so.
+    return fault_ == Fault::Error && name != "unlink";
+  }
 
-  template <typename Call>
-  auto make(const char* name, int kind, Call call) -> decltype(call()) {
-    const bool fails = (fault_ == Fault::Error && (kind & kIsCleaning) == 0) ||
-                       (fault_ == Fault::Interrupted && (kind & kBlocks) != 0);
-    if ((!kills() && !fails) || left_-- != 0) return call();
+  ssize_t make(const char* name, const std::function<ssize_t()>& call) override {
+    if ((!kills() && !canFail(name)) || left_-- != 0) return call();
     failed_ = name;
     if (fault_ == Fault::KillBefore) ::kill(::getpid(), SIGKILL);
-    if (fault_ == Fault::KillAfter || (kind & kTakesEffect) != 0) call();
+    if (fault_ == Fault::KillAfter || failed_ == "close") call();  // a file is closed even when that fails
     if (fault_ == Fault::KillAfter) ::kill(::getpid(), SIGKILL);
     errno = fault_ == Fault::Interrupted ? EINTR : error_;
     return -1;

@@ -15,43 +15,51 @@
 
 namespace dravenna::posix {
 
-int SystemCalls::open(const char* path, int flags, mode_t mode) { return ::open(path, flags | O_CLOEXEC, mode); }
-int SystemCalls::close(int file) { return ::close(file); }
-ssize_t SystemCalls::read(int file, void* to, std::size_t size) { return ::read(file, to, size); }
-ssize_t SystemCalls::write(int file, const void* from, std::size_t size) { return ::write(file, from, size); }
-int SystemCalls::fsync(int file) { return ::fsync(file); }
-int SystemCalls::ftruncate(int file, off_t size) { return ::ftruncate(file, size); }
-int SystemCalls::fstat(int file, struct stat& status) { return ::fstat(file, &status); }
-int SystemCalls::stat(const char* path, struct stat& status) { return ::stat(path, &status); }
-int SystemCalls::lstat(const char* path, struct stat& status) { return ::lstat(path, &status); }
-int SystemCalls::mayWrite(const char* path) { return ::faccessat(AT_FDCWD, path, W_OK, AT_EACCESS); }
-int SystemCalls::fchmod(int file, mode_t mode) { return ::fchmod(file, mode); }
-int SystemCalls::fchown(int file, uid_t user, gid_t group) { return ::fchown(file, user, group); }
-int SystemCalls::rename(const char* from, const char* to) { return ::rename(from, to); }
-int SystemCalls::link(const char* file, const char* name) { return ::link(file, name); }
-int SystemCalls::unlink(const char* path) { return ::unlink(path); }
-int SystemCalls::mkdir(const char* path, mode_t mode) { return ::mkdir(path, mode); }
-int SystemCalls::flock(int file, int operation) { return ::flock(file, operation); }
+ssize_t SystemCalls::make(const char*, const std::function<ssize_t()>& call) { return call(); }
+
+int SystemCalls::open(const char* path, int flags, mode_t mode) {
+  return made("open", ::open, path, flags | O_CLOEXEC, mode);
+}
+int SystemCalls::close(int file) { return made("close", ::close, file); }
+ssize_t SystemCalls::read(int file, void* to, std::size_t size) { return made("read", ::read, file, to, size); }
+ssize_t SystemCalls::write(int file, const void* from, std::size_t size) {
+  return made("write", ::write, file, from, size);
+}
+int SystemCalls::fsync(int file) { return made("fsync", ::fsync, file); }
+int SystemCalls::ftruncate(int file, off_t size) { return made("ftruncate", ::ftruncate, file, size); }
+int SystemCalls::fstat(int file, struct stat& status) { return made("fstat", ::fstat, file, &status); }
+int SystemCalls::stat(const char* path, struct stat& status) { return made("stat", ::stat, path, &status); }
+int SystemCalls::lstat(const char* path, struct stat& status) { return made("lstat", ::lstat, path, &status); }
+int SystemCalls::mayWrite(const char* path) { return made("mayWrite", ::faccessat, AT_FDCWD, path, W_OK, AT_EACCESS); }
+int SystemCalls::fchmod(int file, mode_t mode) { return made("fchmod", ::fchmod, file, mode); }
+int SystemCalls::fchown(int file, uid_t user, gid_t group) { return made("fchown", ::fchown, file, user, group); }
+int SystemCalls::rename(const char* from, const char* to) { return made("rename", ::rename, from, to); }
+int SystemCalls::link(const char* file, const char* name) { return made("link", ::link, file, name); }
+int SystemCalls::unlink(const char* path) { return made("unlink", ::unlink, path); }
+int SystemCalls::mkdir(const char* path, mode_t mode) { return made("mkdir", ::mkdir, path, mode); }
+int SystemCalls::flock(int file, int operation) { return made("flock", ::flock, file, operation); }
 
 int SystemCalls::startFlush([[maybe_unused]] int file) {
 #ifdef __linux__
-  return ::sync_file_range(file, 0, 0, SYNC_FILE_RANGE_WRITE);
+  return made("startFlush", ::sync_file_range, file, off64_t{0}, off64_t{0}, unsigned{SYNC_FILE_RANGE_WRITE});
 #else
   return 0;
 #endif
 }
 
 int SystemCalls::realpath(const char* path, std::string& resolved) {
-  char* const found = ::realpath(path, nullptr);
-  if (found == nullptr) return -1;
-  resolved = found;
-  std::free(found);
-  return 0;
+  return made("realpath", [&] {
+    char* const found = ::realpath(path, nullptr);
+    if (found == nullptr) return -1;
+    resolved = found;
+    std::free(found);
+    return 0;
+  });
 }
 
 int SystemCalls::readlink(const char* path, std::string& target) {
   char buffer[PATH_MAX];
-  const ssize_t length = ::readlink(path, buffer, sizeof buffer);
+  const ssize_t length = made("readlink", ::readlink, path, static_cast<char*>(buffer), sizeof buffer);
   if (length < 0) return -1;
   target.assign(buffer, static_cast<std::size_t>(length));
   return 0;

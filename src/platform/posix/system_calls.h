@@ -4,6 +4,7 @@
 #include <sys/types.h>
 
 #include <cerrno>
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -17,26 +18,36 @@ class SystemCalls {
  public:
   virtual ~SystemCalls() = default;
 
-  virtual int open(const char* path, int flags, mode_t mode);
-  virtual int close(int file);
+  int open(const char* path, int flags, mode_t mode);
+  int close(int file);
   virtual ssize_t read(int file, void* to, std::size_t size);
   virtual ssize_t write(int file, const void* from, std::size_t size);
-  virtual int fsync(int file);
-  virtual int startFlush(int file);  // lets the system begin to bring the file to disk, where it can be asked to
-  virtual int ftruncate(int file, off_t size);
+  int fsync(int file);
+  int startFlush(int file);  // lets the system begin to bring the file to disk, where it can be asked to
+  int ftruncate(int file, off_t size);
   virtual int fstat(int file, struct stat& status);
-  virtual int stat(const char* path, struct stat& status);
-  virtual int lstat(const char* path, struct stat& status);
-  virtual int mayWrite(const char* path);  // access for writing, by the effective user
-  virtual int realpath(const char* path, std::string& resolved);
-  virtual int readlink(const char* path, std::string& target);
-  virtual int fchmod(int file, mode_t mode);
-  virtual int fchown(int file, uid_t user, gid_t group);
-  virtual int rename(const char* from, const char* to);
-  virtual int link(const char* file, const char* name);
-  virtual int unlink(const char* path);
-  virtual int mkdir(const char* path, mode_t mode);
-  virtual int flock(int file, int operation);
+  int stat(const char* path, struct stat& status);
+  int lstat(const char* path, struct stat& status);
+  int mayWrite(const char* path);  // access for writing, by the effective user
+  int realpath(const char* path, std::string& resolved);
+  int readlink(const char* path, std::string& target);
+  int fchmod(int file, mode_t mode);
+  int fchown(int file, uid_t user, gid_t group);
+  int rename(const char* from, const char* to);
+  int link(const char* file, const char* name);
+  int unlink(const char* path);
+  int mkdir(const char* path, mode_t mode);
+  int flock(int file, int operation);
+
+ protected:
+  // Makes a call, which gives its result; `name` is that of the function above.
+  virtual ssize_t make(const char* name, const std::function<ssize_t()>& call);
+
+ private:
+  template <typename Function, typename... Arguments>
+  auto made(const char* name, Function function, Arguments... arguments) {
+    return static_cast<decltype(function(arguments...))>(make(name, [&] { return function(arguments...); }));
+  }
 };
 
 SystemCalls& realSystemCalls();

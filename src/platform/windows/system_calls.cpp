@@ -86,31 +86,42 @@ SystemFailure::SystemFailure(DWORD error, std::u16string_view path) : Failure(de
 
 void failWithLastError(std::u16string_view path) { throw SystemFailure(::GetLastError(), path); }
 
+bool SystemCalls::make(const char*, const std::function<bool()>& call) { return call(); }
+
 HANDLE SystemCalls::createFile(const wchar_t* path, DWORD access, DWORD sharing, DWORD disposition, DWORD flags) {
-  return ::CreateFileW(path, access, sharing, nullptr, disposition, flags, nullptr);
+  return made("createFile", INVALID_HANDLE_VALUE, ::CreateFileW, path, access, sharing, nullptr, disposition, flags,
+              nullptr);
 }
-BOOL SystemCalls::closeHandle(HANDLE file) { return ::CloseHandle(file); }
+BOOL SystemCalls::closeHandle(HANDLE file) { return made("closeHandle", FALSE, ::CloseHandle, file); }
 BOOL SystemCalls::readFile(HANDLE file, void* to, DWORD size, DWORD& count) {
-  return ::ReadFile(file, to, size, &count, nullptr);
+  return made("readFile", FALSE, ::ReadFile, file, to, size, &count, nullptr);
 }
 BOOL SystemCalls::writeFile(HANDLE file, const void* from, DWORD size, DWORD& count) {
-  return ::WriteFile(file, from, size, &count, nullptr);
+  return made("writeFile", FALSE, ::WriteFile, file, from, size, &count, nullptr);
 }
-BOOL SystemCalls::setEndOfFile(HANDLE file) { return ::SetEndOfFile(file); }
-BOOL SystemCalls::flushFileBuffers(HANDLE file) { return ::FlushFileBuffers(file); }
-DWORD SystemCalls::getFileAttributes(const wchar_t* path) { return ::GetFileAttributesW(path); }
+BOOL SystemCalls::setEndOfFile(HANDLE file) { return made("setEndOfFile", FALSE, ::SetEndOfFile, file); }
+BOOL SystemCalls::flushFileBuffers(HANDLE file) { return made("flushFileBuffers", FALSE, ::FlushFileBuffers, file); }
+DWORD SystemCalls::getFileAttributes(const wchar_t* path) {
+  return made("getFileAttributes", INVALID_FILE_ATTRIBUTES, ::GetFileAttributesW, path);
+}
 BOOL SystemCalls::setFileAttributes(const wchar_t* path, DWORD attributes) {
-  return ::SetFileAttributesW(path, attributes);
+  return made("setFileAttributes", FALSE, ::SetFileAttributesW, path, attributes);
 }
 BOOL SystemCalls::moveFile(const wchar_t* from, const wchar_t* to) {
-  return ::MoveFileExW(from, to, MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH);
+  constexpr DWORD kFlags = MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH;
+  return made("moveFile", FALSE, ::MoveFileExW, from, to, kFlags);
 }
 BOOL SystemCalls::replaceFile(const wchar_t* target, const wchar_t* replacement, const wchar_t* backup) {
-  return ::ReplaceFileW(target, replacement, backup, REPLACEFILE_IGNORE_MERGE_ERRORS, nullptr, nullptr);
+  constexpr DWORD kFlags = REPLACEFILE_IGNORE_MERGE_ERRORS;
+  return made("replaceFile", FALSE, ::ReplaceFileW, target, replacement, backup, kFlags, nullptr, nullptr);
 }
-BOOL SystemCalls::copyFile(const wchar_t* from, const wchar_t* to) { return ::CopyFileW(from, to, FALSE); }
-BOOL SystemCalls::deleteFile(const wchar_t* path) { return ::DeleteFileW(path); }
-BOOL SystemCalls::createDirectory(const wchar_t* path) { return ::CreateDirectoryW(path, nullptr); }
+BOOL SystemCalls::copyFile(const wchar_t* from, const wchar_t* to) {
+  return made("copyFile", FALSE, ::CopyFileW, from, to, FALSE);
+}
+BOOL SystemCalls::deleteFile(const wchar_t* path) { return made("deleteFile", FALSE, ::DeleteFileW, path); }
+BOOL SystemCalls::createDirectory(const wchar_t* path) {
+  return made("createDirectory", FALSE, ::CreateDirectoryW, path, nullptr);
+}
 
 SystemCalls& realSystemCalls() {
   static SystemCalls calls;

@@ -8,6 +8,7 @@
 #endif
 #include <windows.h>
 
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -30,20 +31,32 @@ class SystemCalls {
  public:
   virtual ~SystemCalls() = default;
 
-  virtual HANDLE createFile(const wchar_t* path, DWORD access, DWORD sharing, DWORD disposition, DWORD flags);
-  virtual BOOL closeHandle(HANDLE file);
-  virtual BOOL readFile(HANDLE file, void* to, DWORD size, DWORD& count);
-  virtual BOOL writeFile(HANDLE file, const void* from, DWORD size, DWORD& count);
-  virtual BOOL setEndOfFile(HANDLE file);
-  virtual BOOL flushFileBuffers(HANDLE file);
-  virtual DWORD getFileAttributes(const wchar_t* path);
-  virtual BOOL setFileAttributes(const wchar_t* path, DWORD attributes);
-  virtual BOOL moveFile(const wchar_t* from, const wchar_t* to);  // over another one, to disk
-  virtual BOOL replaceFile(const wchar_t* target, const wchar_t* replacement,
-                           const wchar_t* backup);  // null: no backup
-  virtual BOOL copyFile(const wchar_t* from, const wchar_t* to);
-  virtual BOOL deleteFile(const wchar_t* path);
-  virtual BOOL createDirectory(const wchar_t* path);
+  HANDLE createFile(const wchar_t* path, DWORD access, DWORD sharing, DWORD disposition, DWORD flags);
+  BOOL closeHandle(HANDLE file);
+  BOOL readFile(HANDLE file, void* to, DWORD size, DWORD& count);
+  BOOL writeFile(HANDLE file, const void* from, DWORD size, DWORD& count);
+  BOOL setEndOfFile(HANDLE file);
+  BOOL flushFileBuffers(HANDLE file);
+  DWORD getFileAttributes(const wchar_t* path);
+  BOOL setFileAttributes(const wchar_t* path, DWORD attributes);
+  BOOL moveFile(const wchar_t* from, const wchar_t* to);  // over another one, to disk
+  BOOL replaceFile(const wchar_t* target, const wchar_t* replacement,
+                   const wchar_t* backup);  // null: no backup
+  BOOL copyFile(const wchar_t* from, const wchar_t* to);
+  BOOL deleteFile(const wchar_t* path);
+  BOOL createDirectory(const wchar_t* path);
+
+ protected:
+  // Makes a call, which gives whether it has succeeded; `name` is that of the function above.
+  virtual bool make(const char* name, const std::function<bool()>& call);
+
+ private:
+  template <typename Result, typename Function, typename... Arguments>
+  Result made(const char* name, Result failure, Function function, Arguments... arguments) {
+    Result result = failure;
+    make(name, [&] { return (result = function(arguments...)) != failure; });
+    return result;
+  }
 };
 
 SystemCalls& realSystemCalls();
