@@ -25,7 +25,7 @@ void Principal::mnu_Export_Click() {
 void Principal::ExportLxf(std::u16string_view LxfFile) {
   std::unique_ptr<TextWriter> file;
   const std::optional<Failure> kept = attempt([&] {
-    file = platform_.files.createTextFile(LxfFile, Writing::InPlace);
+    file = platform_.files.CreateTextFile(LxfFile, Writing::InPlace);
     setMousePointer(kHourglass);
     showEditBox(false);
     const CommandLists lists(AllowedCommands, SpecialAllowedCommands);
@@ -33,9 +33,9 @@ void Principal::ExportLxf(std::u16string_view LxfFile) {
     forEachRecord(N.Text(), lists, [&](std::int32_t number, TextView text) {
       record = decimal(number);
       record.append(u":").append(text);
-      file->writeLine(record);
+      file->WriteLine(record);
     });
-    file->close();
+    file->Close();
   });
   setMousePointer(0);
   file.reset();

@@ -42,9 +42,9 @@ void Principal::Salvar() {
     return;
   }
   const std::optional<Failure> kept = attempt([&] {
-    const auto file = platform_.files.createTextFile(ScriptPath, Writing::Replace);
-    file->write(N.Text());
-    file->close();
+    const auto file = platform_.files.CreateTextFile(ScriptPath, Writing::Replace);
+    file->Write(N.Text());
+    file->Close();
     Modified = false;
     say(read(registry_, words::FileSaved) + u"\r\n\r\n" + ScriptPath, kInformation);
   });

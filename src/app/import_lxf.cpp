@@ -20,9 +20,9 @@ void Principal::mnu_Import_Click() {
 void Principal::ImportLxf(std::u16string_view LxfFile) {
   bool badFile = false;
   const std::optional<Failure> kept = attempt([&] {
-    const auto stream = platform_.files.openTextFile(LxfFile);
-    const std::u16string records = stream->readAll();
-    stream->close();
+    const auto stream = platform_.files.OpenTextFile(LxfFile);
+    const std::u16string records = stream->ReadAll();
+    stream->Close();
     setMousePointer(kHourglass);
     showEditBox(false);
     const CommandLists lists(AllowedCommands, SpecialAllowedCommands);
@@ -38,9 +38,9 @@ void Principal::ImportLxf(std::u16string_view LxfFile) {
       throw Failure(u"The exchange file ends in the middle of line " +
                     decimal(static_cast<std::int64_t>(merged.lineIndex) + 1) + u" of the script.");
     }
-    const auto script = platform_.files.createTextFile(ScriptPath, Writing::Replace);
-    script->write(merged.text);
-    script->close();
+    const auto script = platform_.files.CreateTextFile(ScriptPath, Writing::Replace);
+    script->Write(merged.text);
+    script->Close();
     LoadScript();
   });
   if (badFile) return;

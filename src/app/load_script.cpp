@@ -39,18 +39,18 @@ void Principal::LoadScript() {
   const CommandLists lists(AllowedCommands, SpecialAllowedCommands);
   LineScanner scanner(lists);
   const std::optional<Failure> kept = attempt([&] {
-    stream = platform_.files.openTextFile(ScriptPath);
+    stream = platform_.files.OpenTextFile(ScriptPath);
     N.Visible = false;
     N.clear();
     N.reserve(stream->sizeHint());
     Ini = Fin = xIni = 0;
     setMousePointer(kHourglass);
     EDT.Visible = false;
-    while (!stream->atEndOfStream()) {
-      const TextView line = stream->readLine();
+    while (!stream->AtEndOfStream()) {
+      const TextView line = stream->ReadLine();
       scanner.scan(line, LoadSink(*this, line));
     }
-    stream->close();
+    stream->Close();
   });
   if (stream) N.commitAppend();
   ScriptLoaded = HasCode || HasMessages;

@@ -40,12 +40,12 @@ class DecodingReader : public TextReader {
 
   std::size_t sizeHint() const override { return size_; }
 
-  bool atEndOfStream() override {
+  bool AtEndOfStream() override {
     while (next_ == text_.size() && !ended_) fill();
     return next_ == text_.size();
   }
 
-  std::u16string_view readLine() override {
+  std::u16string_view ReadLine() override {
     std::size_t searched = 0;  // units behind next_ without a line feed
     for (;;) {
       const std::size_t feed = findLineFeed(text_, next_ + searched);
@@ -65,7 +65,7 @@ class DecodingReader : public TextReader {
     return std::u16string_view(text_).substr(start);
   }
 
-  std::u16string readAll() override {
+  std::u16string ReadAll() override {
     while (!ended_) fill();
     failAtEnd();
     text_.erase(0, next_);
@@ -73,7 +73,7 @@ class DecodingReader : public TextReader {
     return std::exchange(text_, {});
   }
 
-  void close() override {
+  void Close() override {
     source_->close();
     text_.clear();
     next_ = 0;
@@ -117,11 +117,11 @@ class EncodingWriter : public TextWriter {
     try {
       flush();
     } catch (const std::exception&) {
-      // Whoever wants to know calls close().
+      // Whoever wants to know calls Close().
     }
   }
 
-  void write(std::u16string_view text) override {
+  void Write(std::u16string_view text) override {
     const std::size_t size = buffer_.size();
     const std::size_t failed = codePage_->encode(text, buffer_);
     if (failed != std::u16string_view::npos) {
@@ -133,13 +133,13 @@ class EncodingWriter : public TextWriter {
     if (buffer_.size() >= kChunk) flush();
   }
 
-  void writeLine(std::u16string_view text) override {
-    write(text);
+  void WriteLine(std::u16string_view text) override {
+    Write(text);
     buffer_ += "\r\n";
     ++line_;
   }
 
-  void close() override {
+  void Close() override {
     if (closed_) return;
     flush();
     guarded([&] { sink_->close(); });

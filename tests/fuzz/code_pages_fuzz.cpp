@@ -39,10 +39,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   calls.mostRead = mostRead;
   folder.put("file", bytes);
   const auto files = posix::makeTextFiles(page, calls);
-  if (!bytes.empty()) require(files->openTextFile(folder.path("file"))->readAll() == text, "readAll");
-  const auto writer = files->createTextFile(folder.path("copy"), Writing::Replace);
-  writer->write(text);
-  writer->close();
+  if (!bytes.empty()) require(files->OpenTextFile(folder.path("file"))->ReadAll() == text, "ReadAll");
+  const auto writer = files->CreateTextFile(folder.path("copy"), Writing::Replace);
+  writer->Write(text);
+  writer->Close();
   require(folder.get("copy") == bytes, "write");
 
   // Any characters: what is taken must come back as bytes; what is refused is refused at its place.

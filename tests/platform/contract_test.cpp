@@ -49,17 +49,17 @@ std::vector<std::u16string> linesOf(std::u16string_view text) {
 
 std::vector<std::u16string> readLines(TextFiles& files, std::u16string_view path) {
   std::vector<std::u16string> lines;
-  const auto reader = files.openTextFile(path);
-  while (!reader->atEndOfStream()) lines.emplace_back(reader->readLine());
-  EXPECT_NE(failureOf([&] { reader->readLine(); }), "");
-  reader->close();
+  const auto reader = files.OpenTextFile(path);
+  while (!reader->AtEndOfStream()) lines.emplace_back(reader->ReadLine());
+  EXPECT_NE(failureOf([&] { reader->ReadLine(); }), "");
+  reader->Close();
   return lines;
 }
 
 std::string replaced(TextFiles& files, const ScratchFolder& folder, std::u16string_view text) {
-  const auto writer = files.createTextFile(folder.path("out"), Writing::Replace);
-  writer->write(text);
-  writer->close();
+  const auto writer = files.CreateTextFile(folder.path("out"), Writing::Replace);
+  writer->Write(text);
+  writer->Close();
   return folder.get("out");
 }
 
@@ -84,7 +84,7 @@ TEST_P(EveryPage, GivesBackArbitraryBytes) {
         c = pick < lineEnds ? "\r\n"[pick % 2] : static_cast<char>(random() % 256);
       }
       folder_.put("in", bytes);
-      const std::u16string text = files->openTextFile(folder_.path("in"))->readAll();
+      const std::u16string text = files->OpenTextFile(folder_.path("in"))->ReadAll();
       ASSERT_EQ(text, page_->decode(bytes)) << size;
       ASSERT_EQ(replaced(*files, folder_, text), bytes) << size;
       ASSERT_EQ(readLines(*files, folder_.path("in")), linesOf(text)) << size;
@@ -124,16 +124,16 @@ TEST(TextFiles, ReadTheRestAfterSomeLines) {
   const auto files = makeTextFiles(codePageByName("1252"));
   const std::string rest = std::string(200000, 'y') + "\r\nz";
   folder.put("in", "\xEF\xBB\xBF\x1A\r\n\nb\n" + rest);
-  const auto reader = files->openTextFile(folder.path("in"));
-  EXPECT_EQ(reader->readLine(), u"\xEF\xBB\xBF\x1A");
-  EXPECT_EQ(reader->readLine(), u"");
-  EXPECT_EQ(reader->readLine(), u"b");
-  EXPECT_EQ(reader->readAll(), fromAscii(rest));
-  EXPECT_TRUE(reader->atEndOfStream());
-  failureOf([&] { reader->readAll(); });
+  const auto reader = files->OpenTextFile(folder.path("in"));
+  EXPECT_EQ(reader->ReadLine(), u"\xEF\xBB\xBF\x1A");
+  EXPECT_EQ(reader->ReadLine(), u"");
+  EXPECT_EQ(reader->ReadLine(), u"b");
+  EXPECT_EQ(reader->ReadAll(), fromAscii(rest));
+  EXPECT_TRUE(reader->AtEndOfStream());
+  failureOf([&] { reader->ReadAll(); });
   folder.put("empty", "");
   EXPECT_TRUE(readLines(*files, folder.path("empty")).empty());
-  failureOf([&] { files->openTextFile(folder.path("empty"))->readAll(); });
+  failureOf([&] { files->OpenTextFile(folder.path("empty"))->ReadAll(); });
 }
 
 TEST(TextFiles, RefuseWhatIsNoFile) {
@@ -142,15 +142,15 @@ TEST(TextFiles, RefuseWhatIsNoFile) {
   std::filesystem::create_directory(folder.file("folder"));
   const auto files = makeTextFiles(codePageByName("1252"));
   for (const char* const name : {"missing", "folder", "folder/missing/file"}) {
-    failureOf([&] { files->openTextFile(folder.path(name)); });
+    failureOf([&] { files->OpenTextFile(folder.path(name)); });
     EXPECT_FALSE(files->fileExists(folder.path(name))) << name;
   }
   EXPECT_TRUE(files->fileExists(folder.path("file")));
   EXPECT_FALSE(files->fileExists(u""));
   for (const Writing writing : {Writing::InPlace, Writing::Replace}) {
-    failureOf([&] { files->createTextFile(folder.path("folder"), writing); });
-    failureOf([&] { files->createTextFile(folder.path("folder/missing/file"), writing); });
-    failureOf([&] { files->createTextFile(u"", writing); });
+    failureOf([&] { files->CreateTextFile(folder.path("folder"), writing); });
+    failureOf([&] { files->CreateTextFile(folder.path("folder/missing/file"), writing); });
+    failureOf([&] { files->CreateTextFile(u"", writing); });
   }
   EXPECT_EQ(folder.names(), (Names{"file", "folder"}));
 }
@@ -160,11 +160,11 @@ TEST(TextFiles, WriteLines) {
   const auto files = makeTextFiles(codePageByName("1252"));
   for (const Writing writing : {Writing::InPlace, Writing::Replace}) {
     folder.put("out", "what was there before, and is longer");
-    const auto writer = files->createTextFile(folder.path("out"), writing);
-    writer->writeLine(u"caf\u00E9 \u20AC");
-    writer->write(u"a\nb");
-    writer->writeLine(u"");
-    writer->close();
+    const auto writer = files->CreateTextFile(folder.path("out"), writing);
+    writer->WriteLine(u"caf\u00E9 \u20AC");
+    writer->Write(u"a\nb");
+    writer->WriteLine(u"");
+    writer->Close();
     EXPECT_EQ(folder.get("out"), "caf\xE9 \x80\r\na\nb\r\n");
   }
   EXPECT_EQ(folder.names(), Names{"out"});
@@ -175,14 +175,14 @@ TEST(TextFiles, WithoutCloseAReplacedFileIsTheOldOne) {
   const auto files = makeTextFiles(codePageByName("1252"));
   folder.put("out", "old");
   {
-    const auto writer = files->createTextFile(folder.path("out"), Writing::Replace);
-    writer->write(std::u16string(200000, u'n'));
+    const auto writer = files->CreateTextFile(folder.path("out"), Writing::Replace);
+    writer->Write(std::u16string(200000, u'n'));
     EXPECT_EQ(folder.get("out"), "old");
   }
   EXPECT_EQ(folder.get("out"), "old");
-  files->createTextFile(folder.path("new"), Writing::Replace)->write(u"n");
+  files->CreateTextFile(folder.path("new"), Writing::Replace)->Write(u"n");
   EXPECT_EQ(folder.names(), Names{"out"});
-  files->createTextFile(folder.path("out"), Writing::InPlace)->write(u"new");
+  files->CreateTextFile(folder.path("out"), Writing::InPlace)->Write(u"new");
   EXPECT_EQ(folder.get("out"), "new");
 }
 
@@ -191,21 +191,21 @@ TEST(TextFiles, NameTheCharacterThatThePageCannotHold) {
   const auto files = makeTextFiles(codePageByName("1252"));
   folder.put("out", "old");
   {
-    const auto writer = files->createTextFile(folder.path("out"), Writing::Replace);
-    writer->writeLine(u"one");
-    const std::string description = failureOf([&] { writer->write(u"two\nthr\u0416ee"); });
+    const auto writer = files->CreateTextFile(folder.path("out"), Writing::Replace);
+    writer->WriteLine(u"one");
+    const std::string description = failureOf([&] { writer->Write(u"two\nthr\u0416ee"); });
     for (const char* const word : {"\xD0\x96", "U+0416", "line 3", "1252"}) {
       EXPECT_NE(description.find(word), std::string::npos) << description;
     }
-    failureOf([&] { writer->close(); });
+    failureOf([&] { writer->Close(); });
   }
   EXPECT_EQ(folder.get("out"), "old");
   {
-    const auto writer = files->createTextFile(folder.path("out"), Writing::InPlace);
-    writer->writeLine(u"one");
-    EXPECT_NE(failureOf([&] { writer->write(u"two\U0001F600"); }).find("U+1F600"), std::string::npos);
-    writer->writeLine(u"three");
-    writer->close();
+    const auto writer = files->CreateTextFile(folder.path("out"), Writing::InPlace);
+    writer->WriteLine(u"one");
+    EXPECT_NE(failureOf([&] { writer->Write(u"two\U0001F600"); }).find("U+1F600"), std::string::npos);
+    writer->WriteLine(u"three");
+    writer->Close();
   }
   EXPECT_EQ(folder.get("out"), "one\r\nthree\r\n");
   EXPECT_EQ(folder.names(), Names{"out"});
@@ -219,7 +219,7 @@ TEST(TextFiles, KeepForeignCharactersInPaths) {
   EXPECT_EQ(readBytes(path), "second\0\xFF"s);
   const auto files = makeTextFiles(codePageByName("1252"));
   EXPECT_TRUE(files->fileExists(path));
-  EXPECT_EQ(files->openTextFile(path)->readAll(), u"second\0\u00FF"s);
+  EXPECT_EQ(files->OpenTextFile(path)->ReadAll(), u"second\0\u00FF"s);
   failureOf([&] { readBytes(folder.path("missing")); });
   failureOf([&] { replaceBytes(folder.path("missing/file"), ""); });
 }

@@ -33,7 +33,7 @@ TEST(Faults, ReadingFailsInsteadOfEndingEarly) {
   folder.put("file", std::string(200000, 'x'));
   const auto texts = [&](FaultyCalls& calls) {
     const auto files = posix::makeTextFiles(codePageByName("1252"), calls);
-    return files->openTextFile(folder.path("file"))->readAll().size();
+    return files->OpenTextFile(folder.path("file"))->ReadAll().size();
   };
   const auto bytes = [&](FaultyCalls& calls) {
     std::string all;

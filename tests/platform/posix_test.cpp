@@ -30,9 +30,9 @@ class AsNobody {
 
 std::string save(const fs::path& path, std::u16string_view text) {
   try {
-    const auto writer = makeTextFiles(codePageByName("utf-8"))->createTextFile(path.u16string(), Writing::Replace);
-    writer->write(text);
-    writer->close();
+    const auto writer = makeTextFiles(codePageByName("utf-8"))->CreateTextFile(path.u16string(), Writing::Replace);
+    writer->Write(text);
+    writer->Close();
   } catch (const Failure& failure) {
     return toUtf8(failure.description());
   }

@@ -138,7 +138,7 @@ TEST_F(WindowsFiles, AReplacedFileKeepsItsAttributes) {
   replaceBytes(folder_.path("file"), "new");
   EXPECT_EQ(folder_.get("file"), "new");
   EXPECT_NE(attributes("file") & FILE_ATTRIBUTE_HIDDEN, 0u);
-  makeTextFiles(codePageByName("1252"))->createTextFile(folder_.path("file"), Writing::InPlace)->write(u"in place");
+  makeTextFiles(codePageByName("1252"))->CreateTextFile(folder_.path("file"), Writing::InPlace)->Write(u"in place");
   EXPECT_EQ(folder_.get("file"), "in place");
   EXPECT_NE(attributes("file") & FILE_ATTRIBUTE_HIDDEN, 0u);
   EXPECT_EQ(folder_.names(), Names{"file"});

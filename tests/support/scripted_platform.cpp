@@ -9,18 +9,18 @@ class FailingReader : public TextReader {
   FailingReader(FailingTextFiles& files, std::unique_ptr<TextReader> reader)
       : files_(files), reader_(std::move(reader)) {}
 
-  bool atEndOfStream() override { return reader_->atEndOfStream(); }
-  std::u16string_view readLine() override {
+  bool AtEndOfStream() override { return reader_->AtEndOfStream(); }
+  std::u16string_view ReadLine() override {
     files_.check(FileOperation::Read);
-    return reader_->readLine();
+    return reader_->ReadLine();
   }
-  std::u16string readAll() override {
+  std::u16string ReadAll() override {
     files_.check(FileOperation::Read);
-    return reader_->readAll();
+    return reader_->ReadAll();
   }
-  void close() override {
+  void Close() override {
     files_.check(FileOperation::Close);
-    reader_->close();
+    reader_->Close();
   }
 
  private:
@@ -33,17 +33,17 @@ class FailingWriter : public TextWriter {
   FailingWriter(FailingTextFiles& files, std::unique_ptr<TextWriter> writer)
       : files_(files), writer_(std::move(writer)) {}
 
-  void write(std::u16string_view text) override {
+  void Write(std::u16string_view text) override {
     files_.check(FileOperation::Write);
-    writer_->write(text);
+    writer_->Write(text);
   }
-  void writeLine(std::u16string_view text) override {
+  void WriteLine(std::u16string_view text) override {
     files_.check(FileOperation::Write);
-    writer_->writeLine(text);
+    writer_->WriteLine(text);
   }
-  void close() override {
+  void Close() override {
     files_.check(FileOperation::Close);
-    writer_->close();
+    writer_->Close();
   }
 
  private:
@@ -76,13 +76,13 @@ std::optional<std::u16string> Stage::nextPick() {
   return pick;
 }
 
-std::unique_ptr<TextReader> FailingTextFiles::openTextFile(std::u16string_view path) {
-  return std::make_unique<FailingReader>(*this, files_->openTextFile(path));
+std::unique_ptr<TextReader> FailingTextFiles::OpenTextFile(std::u16string_view path) {
+  return std::make_unique<FailingReader>(*this, files_->OpenTextFile(path));
 }
 
-std::unique_ptr<TextWriter> FailingTextFiles::createTextFile(std::u16string_view path, Writing writing) {
+std::unique_ptr<TextWriter> FailingTextFiles::CreateTextFile(std::u16string_view path, Writing writing) {
   check(FileOperation::Create);
-  return std::make_unique<FailingWriter>(*this, files_->createTextFile(path, writing));
+  return std::make_unique<FailingWriter>(*this, files_->CreateTextFile(path, writing));
 }
 
 void FailingTextFiles::check(FileOperation operation) {

@@ -49,8 +49,8 @@ class FailingTextFiles : public TextFiles {
     faults_[operation].push_back(description);
   }
 
-  std::unique_ptr<TextReader> openTextFile(std::u16string_view path) override;
-  std::unique_ptr<TextWriter> createTextFile(std::u16string_view path, Writing writing) override;
+  std::unique_ptr<TextReader> OpenTextFile(std::u16string_view path) override;
+  std::unique_ptr<TextWriter> CreateTextFile(std::u16string_view path, Writing writing) override;
   bool fileExists(std::u16string_view path) override { return files_->fileExists(path); }
 
   void check(FileOperation operation);

@@ -24,13 +24,13 @@ class PosixTextFiles : public TextFiles {
  public:
   PosixTextFiles(CodePagePtr codePage, SystemCalls& calls) : codePage_(std::move(codePage)), calls_(calls) {}
 
-  std::unique_ptr<TextReader> openTextFile(std::u16string_view path) override {
+  std::unique_ptr<TextReader> OpenTextFile(std::u16string_view path) override {
     OpenFile file = openForReading(calls_, pathBytes(path));
     const auto size = static_cast<std::size_t>(file.status().st_size);
     return makeTextReader(codePage_, std::make_unique<FileSource<OpenFile>>(std::move(file), size));
   }
 
-  std::unique_ptr<TextWriter> createTextFile(std::u16string_view path, Writing writing) override {
+  std::unique_ptr<TextWriter> CreateTextFile(std::u16string_view path, Writing writing) override {
     const std::string bytes = pathBytes(path);
     std::unique_ptr<ByteSink> sink;
     if (writing == Writing::Replace) {

@@ -18,13 +18,13 @@ class WindowsTextFiles : public TextFiles {
  public:
   WindowsTextFiles(CodePagePtr codePage, SystemCalls& calls) : codePage_(std::move(codePage)), calls_(calls) {}
 
-  std::unique_ptr<TextReader> openTextFile(std::u16string_view path) override {
+  std::unique_ptr<TextReader> OpenTextFile(std::u16string_view path) override {
     OpenFile file = openForReading(calls_, path);
     const std::size_t size = ::GetFileType(file.handle()) == FILE_TYPE_DISK ? file.size() : 0;
     return makeTextReader(codePage_, std::make_unique<FileSource<OpenFile>>(std::move(file), size));
   }
 
-  std::unique_ptr<TextWriter> createTextFile(std::u16string_view path, Writing writing) override {
+  std::unique_ptr<TextWriter> CreateTextFile(std::u16string_view path, Writing writing) override {
     std::unique_ptr<ByteSink> sink;
     if (writing == Writing::Replace) {
       sink = std::make_unique<ReplacingSink>(std::make_unique<windows::FileReplacement>(calls_, path));
