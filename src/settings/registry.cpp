@@ -10,33 +10,33 @@ constexpr std::size_t kLongestRead = 32767;  // characters
 
 }  // namespace
 
-std::u16string Registry::GetRegValue(std::uint32_t root, std::u16string_view subKey, std::u16string_view name,
-                                     std::u16string_view fallback) {
-  std::u16string result(fallback);
+std::u16string Registry::GetRegValue(std::uint32_t hKey, std::u16string_view SubKey, std::u16string_view ValueName,
+                                     std::u16string_view Default) {
+  std::u16string result(Default);
   RegistryCalls::Handle handle = 0;
-  calls_.openKey(root, subKey, handle);
+  calls_.RegOpenKeyA(hKey, SubKey, handle);
   std::uint32_t type = 0;
   std::uint32_t size = 0;
-  if (calls_.queryValue(handle, name, type, nullptr, size) == 0 && type == kRegSz) {
+  if (calls_.RegQueryValueExA(handle, ValueName, type, nullptr, size) == 0 && type == kRegSz) {
     std::u16string buffer(size, u' ');
-    if (calls_.queryValue(handle, name, type, buffer.data(), size) == 0) {
+    if (calls_.RegQueryValueExA(handle, ValueName, type, buffer.data(), size) == 0) {
       const std::size_t length = std::min(buffer.find(u'\0'), buffer.size());
       if (length <= kLongestRead) result.assign(buffer, 0, length);
     }
   }
-  calls_.closeKey(handle);
+  calls_.RegCloseKey(handle);
   return result;
 }
 
-bool Registry::SetRegValue(std::uint32_t root, std::u16string_view subKey, std::u16string_view name,
-                           std::u16string_view value) {
+bool Registry::SetRegValue(std::uint32_t hKey, std::u16string_view SubKey, std::u16string_view ValueName,
+                           std::u16string_view Value) {
   RegistryCalls::Handle handle = 0;
-  calls_.createKey(root, subKey, handle);
-  const bool stored = calls_.setValue(handle, name, value) == 0;
-  calls_.closeKey(handle);
+  calls_.RegCreateKeyA(hKey, SubKey, handle);
+  const bool stored = calls_.RegSetValueExA(handle, ValueName, Value) == 0;
+  calls_.RegCloseKey(handle);
   return stored;
 }
 
-void Registry::DeleteRegKey(std::uint32_t root, std::u16string_view subKey) { calls_.deleteKey(root, subKey); }
+void Registry::DeleteRegKey(std::uint32_t hKey, std::u16string_view SubKey) { calls_.RegDeleteKeyA(hKey, SubKey); }
 
 }  // namespace dravenna

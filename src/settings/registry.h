@@ -13,16 +13,17 @@ class Registry {
  public:
   explicit Registry(RegistryCalls& calls) : calls_(calls) {}
 
-  // The string value, up to its first NUL; `fallback` if key or value is missing, is no string, or is longer than
-  // 32,767 characters. An empty value that exists is empty. An empty `name` is the key's default value.
-  std::u16string GetRegValue(std::uint32_t root, std::u16string_view subKey, std::u16string_view name,
-                             std::u16string_view fallback);
+  // The string value, up to its first NUL; `Default` if key or value is missing, is no string, or is longer than
+  // 32,767 characters. An empty value that exists is empty. An empty `ValueName` is the key's default value.
+  std::u16string GetRegValue(std::uint32_t hKey, std::u16string_view SubKey, std::u16string_view ValueName,
+                             std::u16string_view Default);
 
   // True when the value was stored. Creates the key and the keys above it.
-  bool SetRegValue(std::uint32_t root, std::u16string_view subKey, std::u16string_view name, std::u16string_view value);
+  bool SetRegValue(std::uint32_t hKey, std::u16string_view SubKey, std::u16string_view ValueName,
+                   std::u16string_view Value);
 
   // One key that has none below it.
-  void DeleteRegKey(std::uint32_t root, std::u16string_view subKey);
+  void DeleteRegKey(std::uint32_t hKey, std::u16string_view SubKey);
 
  private:
   RegistryCalls& calls_;

@@ -287,15 +287,15 @@ class RegistryContract : public testing::Test {
  protected:
   ~RegistryContract() override {
     for (const char16_t* const below : {u"\\Below\\Deep", u"\\Below", u""}) {
-      registry_->deleteKey(kRoot, std::u16string(kKey) + below);
+      registry_->RegDeleteKeyA(kRoot, std::u16string(kKey) + below);
     }
   }
 
   bool has(std::u16string_view key) {
     RegistryCalls::Handle handle = 1;
-    const bool opened = registry_->openKey(kRoot, key, handle) == 0;
+    const bool opened = registry_->RegOpenKeyA(kRoot, key, handle) == 0;
     EXPECT_EQ(opened, handle != 0);
-    EXPECT_EQ(registry_->closeKey(handle) == 0, opened);
+    EXPECT_EQ(registry_->RegCloseKey(handle) == 0, opened);
     return opened;
   }
   bool set(std::u16string_view key, std::u16string_view name, std::u16string_view data) {
@@ -330,35 +330,35 @@ TEST_F(RegistryContract, GivesBackWhatWasStored) {
 TEST_F(RegistryContract, FillsASmallerBufferOrFails) {
   ASSERT_TRUE(set(kKey, u"Name", u"abcdef"));
   RegistryCalls::Handle handle = 0;
-  ASSERT_EQ(registry_->openKey(kRoot, kKey, handle), 0);
+  ASSERT_EQ(registry_->RegOpenKeyA(kRoot, kKey, handle), 0);
   char16_t data[4] = {u'.', u'.', u'.', u'.'};
   std::uint32_t type = 0;
   std::uint32_t size = 3;
-  registry_->queryValue(handle, u"Name", type, data, size);
+  registry_->RegQueryValueExA(handle, u"Name", type, data, size);
   EXPECT_EQ(data[3], u'.');
-  registry_->closeKey(handle);
-  EXPECT_NE(registry_->queryValue(handle, u"Name", type, nullptr, size), 0);
-  EXPECT_NE(registry_->setValue(0, u"Name", u"x"), 0);
-  EXPECT_NE(registry_->closeKey(0), 0);
+  registry_->RegCloseKey(handle);
+  EXPECT_NE(registry_->RegQueryValueExA(handle, u"Name", type, nullptr, size), 0);
+  EXPECT_NE(registry_->RegSetValueExA(0, u"Name", u"x"), 0);
+  EXPECT_NE(registry_->RegCloseKey(0), 0);
 }
 
 TEST_F(RegistryContract, MakesAndDeletesKeysOneByOne) {
   const std::u16string below = std::u16string(kKey) + u"\\Below";
   const std::u16string deep = below + u"\\Deep";
   EXPECT_EQ(get(deep, u"Name"), u"missing");
-  EXPECT_NE(registry_->deleteKey(kRoot, deep), 0);
+  EXPECT_NE(registry_->RegDeleteKeyA(kRoot, deep), 0);
   EXPECT_FALSE(has(kKey));
   ASSERT_TRUE(set(deep, u"", u"x"));
   EXPECT_TRUE(has(below));
   EXPECT_TRUE(has(kKey));
-  EXPECT_NE(registry_->deleteKey(kRoot, below), 0);
+  EXPECT_NE(registry_->RegDeleteKeyA(kRoot, below), 0);
   EXPECT_EQ(get(deep, u""), u"x");
-  EXPECT_EQ(registry_->deleteKey(kRoot, deep), 0);
+  EXPECT_EQ(registry_->RegDeleteKeyA(kRoot, deep), 0);
   EXPECT_FALSE(has(deep));
   EXPECT_TRUE(has(below));
-  EXPECT_EQ(registry_->deleteKey(kRoot, below), 0);
-  EXPECT_EQ(registry_->deleteKey(kRoot, kKey), 0);
-  EXPECT_NE(registry_->deleteKey(kRoot, kKey), 0);
+  EXPECT_EQ(registry_->RegDeleteKeyA(kRoot, below), 0);
+  EXPECT_EQ(registry_->RegDeleteKeyA(kRoot, kKey), 0);
+  EXPECT_NE(registry_->RegDeleteKeyA(kRoot, kKey), 0);
 }
 
 }  // namespace

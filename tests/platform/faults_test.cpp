@@ -72,9 +72,9 @@ constexpr char kPath[] = "below/registry.reg";
 std::int32_t store(posix::SystemCalls& calls, const ScratchFolder& folder) {
   const auto registry = posix::makeRegistryFile(folder.file(kPath).string(), calls);
   RegistryCalls::Handle handle = 0;
-  const std::int32_t created = registry->createKey(HKEY_LOCAL_MACHINE_ID, kKey, handle);
-  const std::int32_t stored = registry->setValue(handle, u"New", u"n");
-  registry->closeKey(handle);
+  const std::int32_t created = registry->RegCreateKeyA(HKEY_LOCAL_MACHINE_ID, kKey, handle);
+  const std::int32_t stored = registry->RegSetValueExA(handle, u"New", u"n");
+  registry->RegCloseKey(handle);
   return created != 0 ? created : stored;
 }
 

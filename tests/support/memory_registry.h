@@ -18,18 +18,18 @@ class MemoryRegistry : public RegistryCalls {
 
   bool empty() const { return keys_.empty(); }
 
-  std::int32_t openKey(std::uint32_t root, std::u16string_view path, Handle& handle) override {
+  std::int32_t RegOpenKeyA(std::uint32_t root, std::u16string_view path, Handle& handle) override {
     const auto key = keys_.find(decimal(root) + foldCase(path));
     handle = key == keys_.end() ? 0 : reinterpret_cast<Handle>(&key->second);
     return handle == 0 ? 2 : 0;
   }
-  std::int32_t createKey(std::uint32_t root, std::u16string_view path, Handle& handle) override {
+  std::int32_t RegCreateKeyA(std::uint32_t root, std::u16string_view path, Handle& handle) override {
     if (full) return 112;
     handle = reinterpret_cast<Handle>(&keys_[decimal(root) + foldCase(path)]);
     return 0;
   }
-  std::int32_t queryValue(Handle handle, std::u16string_view name, std::uint32_t& type, char16_t* data,
-                          std::uint32_t& size) override {
+  std::int32_t RegQueryValueExA(Handle handle, std::u16string_view name, std::uint32_t& type, char16_t* data,
+                                std::uint32_t& size) override {
     if (handle == 0) return 6;
     read.emplace(name);
     const Values& values = *reinterpret_cast<Values*>(handle);
@@ -40,13 +40,13 @@ class MemoryRegistry : public RegistryCalls {
     size = static_cast<std::uint32_t>(data != nullptr ? text.copy(data, size) : text.size());
     return 0;
   }
-  std::int32_t setValue(Handle handle, std::u16string_view name, std::u16string_view data) override {
+  std::int32_t RegSetValueExA(Handle handle, std::u16string_view name, std::u16string_view data) override {
     if (full) return 112;
     (*reinterpret_cast<Values*>(handle))[std::u16string(name)] = data;
     return 0;
   }
-  std::int32_t deleteKey(std::uint32_t, std::u16string_view) override { return 5; }
-  std::int32_t closeKey(Handle) override { return 0; }
+  std::int32_t RegDeleteKeyA(std::uint32_t, std::u16string_view) override { return 5; }
+  std::int32_t RegCloseKey(Handle) override { return 0; }
 
  private:
   using Values = std::map<std::u16string, std::u16string>;

@@ -72,7 +72,7 @@ class RegistryFile : public RegistryCalls {
  public:
   RegistryFile(std::string path, SystemCalls& calls) : path_(std::move(path)), calls_(calls) {}
 
-  std::int32_t openKey(std::uint32_t root, std::u16string_view path, Handle& handle) override {
+  std::int32_t RegOpenKeyA(std::uint32_t root, std::u16string_view path, Handle& handle) override {
     handle = 0;
     return guarded([&] {
       const auto full = fullPath(root, path);
@@ -83,7 +83,7 @@ class RegistryFile : public RegistryCalls {
     });
   }
 
-  std::int32_t createKey(std::uint32_t root, std::u16string_view path, Handle& handle) override {
+  std::int32_t RegCreateKeyA(std::uint32_t root, std::u16string_view path, Handle& handle) override {
     handle = 0;
     return guarded([&] {
       const auto full = fullPath(root, path);
@@ -99,8 +99,8 @@ class RegistryFile : public RegistryCalls {
     });
   }
 
-  std::int32_t queryValue(Handle handle, std::u16string_view name, std::uint32_t& type, char16_t* data,
-                          std::uint32_t& size) override {
+  std::int32_t RegQueryValueExA(Handle handle, std::u16string_view name, std::uint32_t& type, char16_t* data,
+                                std::uint32_t& size) override {
     return guarded([&] {
       const auto key = handles_.find(handle);
       if (key == handles_.end()) return kBadHandle;
@@ -117,7 +117,7 @@ class RegistryFile : public RegistryCalls {
     });
   }
 
-  std::int32_t setValue(Handle handle, std::u16string_view name, std::u16string_view data) override {
+  std::int32_t RegSetValueExA(Handle handle, std::u16string_view name, std::u16string_view data) override {
     return guarded([&] {
       const auto key = handles_.find(handle);
       if (key == handles_.end()) return kBadHandle;
@@ -134,7 +134,7 @@ class RegistryFile : public RegistryCalls {
     });
   }
 
-  std::int32_t deleteKey(std::uint32_t root, std::u16string_view path) override {
+  std::int32_t RegDeleteKeyA(std::uint32_t root, std::u16string_view path) override {
     return guarded([&] {
       const auto full = fullPath(root, path);
       if (!full || isRoot(*full)) return kBadParameter;
@@ -148,7 +148,7 @@ class RegistryFile : public RegistryCalls {
     });
   }
 
-  std::int32_t closeKey(Handle handle) override { return handles_.erase(handle) != 0 ? kSuccess : kBadHandle; }
+  std::int32_t RegCloseKey(Handle handle) override { return handles_.erase(handle) != 0 ? kSuccess : kBadHandle; }
 
  private:
   template <typename Call>

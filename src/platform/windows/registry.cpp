@@ -22,7 +22,7 @@ class WindowsRegistry : public RegistryCalls {
  public:
   explicit WindowsRegistry(std::u16string_view below) : below_(below), page_(codePageByNumber(int(::GetACP()))) {}
 
-  std::int32_t openKey(std::uint32_t root, std::u16string_view path, Handle& handle) override {
+  std::int32_t RegOpenKeyA(std::uint32_t root, std::u16string_view path, Handle& handle) override {
     handle = 0;
     if (!isPath(path)) return ERROR_INVALID_PARAMETER;
     HKEY key = nullptr;
@@ -31,7 +31,7 @@ class WindowsRegistry : public RegistryCalls {
     return statusOf(status);
   }
 
-  std::int32_t createKey(std::uint32_t root, std::u16string_view path, Handle& handle) override {
+  std::int32_t RegCreateKeyA(std::uint32_t root, std::u16string_view path, Handle& handle) override {
     handle = 0;
     if (!isPath(path)) return ERROR_INVALID_PARAMETER;
     HKEY key = nullptr;
@@ -40,8 +40,8 @@ class WindowsRegistry : public RegistryCalls {
     return statusOf(status);
   }
 
-  std::int32_t queryValue(Handle handle, std::u16string_view name, std::uint32_t& type, char16_t* data,
-                          std::uint32_t& size) override {
+  std::int32_t RegQueryValueExA(Handle handle, std::u16string_view name, std::uint32_t& type, char16_t* data,
+                                std::uint32_t& size) override {
     if (handle == 0) return ERROR_INVALID_HANDLE;
     DWORD kind = 0;
     std::vector<wchar_t> units;
@@ -56,7 +56,7 @@ class WindowsRegistry : public RegistryCalls {
     return ERROR_SUCCESS;
   }
 
-  std::int32_t setValue(Handle handle, std::u16string_view name, std::u16string_view data) override {
+  std::int32_t RegSetValueExA(Handle handle, std::u16string_view name, std::u16string_view data) override {
     if (handle == 0) return ERROR_INVALID_HANDLE;
     const std::wstring units = asTheSystemDecodes(data);
     // The terminator that the string has behind its end is stored too, as the system does it for 8-bit text.
@@ -65,12 +65,12 @@ class WindowsRegistry : public RegistryCalls {
                                      reinterpret_cast<const BYTE*>(units.c_str()), bytes));
   }
 
-  std::int32_t deleteKey(std::uint32_t root, std::u16string_view path) override {
+  std::int32_t RegDeleteKeyA(std::uint32_t root, std::u16string_view path) override {
     if (!isPath(path) || path.empty()) return ERROR_INVALID_PARAMETER;
     return statusOf(::RegDeleteKeyW(rootKey(root), placeOf(root, path).c_str()));
   }
 
-  std::int32_t closeKey(Handle handle) override {
+  std::int32_t RegCloseKey(Handle handle) override {
     return handle == 0 ? std::int32_t{ERROR_INVALID_HANDLE} : statusOf(::RegCloseKey(reinterpret_cast<HKEY>(handle)));
   }
 
