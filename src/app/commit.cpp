@@ -51,7 +51,7 @@ void Principal::ShowCurrentText() {
   }
   selectEditBox();
   colorEditBox();
-  if (EDT.Visible) setFocus(Control::EDT);
+  if (EDT.Visible) SetFocus(Control::EDT);
   UndoText = N.SelText();
   N.Visible = true;
   setMousePointer(0);

@@ -15,7 +15,7 @@ void Principal::mnu_Export_Click() {
     CMD.InitDir = ScriptPath;
     CMD.Flags = kAskBeforeOverwrite;
     CMD.FileName = lxfPath();
-    platform_.windowing.showSave(CMD);
+    platform_.windowing.ShowSave(CMD);
     if (!CMD.FileName.empty()) ExportLxf(std::u16string(CMD.FileName));
   } catch (const Failure&) {
     // A cancelled dialog is no event.

@@ -18,7 +18,7 @@ void Principal::OpenScript() {
       const std::size_t separator = ScriptPath.rfind(platform_.process.pathSeparator());
       CMD.InitDir = separator == std::u16string::npos ? u"" : ScriptPath.substr(0, separator + 1);
     }
-    platform_.windowing.showOpen(CMD);
+    platform_.windowing.ShowOpen(CMD);
     if (CMD.FileName.empty()) return;
     ScriptPath = CMD.FileName;
     write(registry_, settings::File, ScriptPath);

@@ -10,7 +10,7 @@ void Principal::mnu_Import_Click() {
     CMD.DialogTitle = u"Export";
     CMD.InitDir = ScriptPath;
     CMD.FileName = lxfPath();
-    platform_.windowing.showOpen(CMD);
+    platform_.windowing.ShowOpen(CMD);
     if (!CMD.FileName.empty()) ImportLxf(std::u16string(CMD.FileName));
   } catch (const Failure&) {
     // A cancelled dialog is no event.

@@ -95,7 +95,7 @@ void Principal::N_KeyDown(std::int16_t& KeyCode, std::int16_t Shift) {
       if (Shift == kCtrl) {
         KeyCode = 0;
       } else if (EDT.Visible) {
-        setFocus(Control::EDT);
+        SetFocus(Control::EDT);
       }
       break;
     default:

@@ -70,7 +70,7 @@ void Principal::setMousePointer(std::int32_t pointer) {
 }
 
 void Principal::setScreenMousePointer(std::int32_t pointer) {
-  screenMousePointer = pointer;
+  Screen.MousePointer = pointer;
   platform_.windowing.pointerChanged();
 }
 

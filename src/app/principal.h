@@ -65,7 +65,9 @@ class Principal {
   TextBox EDT;
   CommonDialog CMD;
   FormState form;
-  std::int32_t screenMousePointer = 0;  // for the whole screen; 11 is the hourglass
+  struct {
+    std::int32_t MousePointer = 0;  // for the whole screen; 11 is the hourglass
+  } Screen;
   std::unique_ptr<FrmSearch> frmSearch;
   ColorPick* colorPick = nullptr;  // while the picker is open
 
@@ -136,7 +138,7 @@ class Principal {
   Answer say(std::u16string_view text, int flags);  // a box with the program's title
   Answer say(const Setting& word, int flags);
   void sayFailure(const Failure& failure);  // "Error: " and the description
-  void setFocus(Control control) { platform_.windowing.setFocus(control); }
+  void SetFocus(Control control) { platform_.windowing.SetFocus(control); }
   // `ScriptPath` up to and including its last "." with "lxf" behind it.
   std::u16string lxfPath() const;
 

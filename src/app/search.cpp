@@ -25,7 +25,7 @@ void Principal::closeSearch() {
 
 void Principal::ReturnFromSearch() {
   closeSearch();
-  if (EDT.Visible) setFocus(Control::EDT);
+  if (EDT.Visible) SetFocus(Control::EDT);
 }
 
 void Principal::Buscar(std::u16string_view Texto, bool bForward) {

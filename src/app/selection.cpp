@@ -38,7 +38,7 @@ void Principal::Seleccionar(bool ShowContextWarning, bool SetEdt, bool Focus) {
     }
   }
   colorEditBox();
-  if (EDT.Visible && Focus) setFocus(Control::EDT);
+  if (EDT.Visible && Focus) SetFocus(Control::EDT);
 }
 
 void Principal::selectCurrent(bool titlesOnly) {

@@ -82,7 +82,7 @@ void ColorPick::EraseMarker() {
     for (std::int32_t c = 0; c < kBlock; ++c) {
       picBigBox.PSet(
           intMarkerX - kBlockReach + c, intMarkerY - kBlockReach + r,
-          static_cast<std::uint32_t>(lngMarkerBackground_[static_cast<std::size_t>(r)][static_cast<std::size_t>(c)]));
+          static_cast<std::uint32_t>(lngMarkerBackground[static_cast<std::size_t>(r)][static_cast<std::size_t>(c)]));
     }
   }
 }
@@ -91,7 +91,7 @@ void ColorPick::SampleMarkerBackground() {
   if (!blnMarkerShown) return;
   for (std::int32_t r = 0; r < kBlock; ++r) {
     for (std::int32_t c = 0; c < kBlock; ++c) {
-      lngMarkerBackground_[static_cast<std::size_t>(r)][static_cast<std::size_t>(c)] =
+      lngMarkerBackground[static_cast<std::size_t>(r)][static_cast<std::size_t>(c)] =
           picBigBox.Point(intMarkerX - kBlockReach + c, intMarkerY - kBlockReach + r);
     }
   }
@@ -111,9 +111,7 @@ void ColorPick::Form_KeyDown(std::int16_t& KeyCode) {
 
 void ColorPick::Command1_Click() {
   if (!txtHexColor.Text().empty()) EDT_.setSelText(coloredText(preview_, txtHexColor.Text()));
-  HidePicker();
+  Hide();
 }
-
-void ColorPick::HidePicker() { hidden = true; }
 
 }  // namespace dravenna

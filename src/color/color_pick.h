@@ -23,12 +23,13 @@ class ColorPick {
   RichTextBox RFF;
   TextBox HT;
   TextBox txtHexColor;
-  bool hidden = false;  // Hide has ended the modal display
+  bool hidden = false;
 
   void Form_Load();
   void Form_KeyDown(std::int16_t& KeyCode);
   void Command1_Click();
-  void HidePicker();
+  void HidePicker() { Hide(); }
+  void Hide() { hidden = true; }  // ends the modal display
   void picBigBox_MouseDown(std::int32_t X, std::int32_t Y);
   void picBigBox_MouseMove(std::int32_t X, std::int32_t Y);
   void picBigBox_MouseUp(std::int32_t X, std::int32_t Y);
@@ -40,6 +41,7 @@ class ColorPick {
   bool blnMarkerShown = false;
   std::int16_t intMarkerX = 0;
   std::int16_t intMarkerY = 0;
+  std::array<std::array<std::int32_t, 12>, 12> lngMarkerBackground{};  // the pixels under the marker, row by row
   std::uint8_t bteSaturation = 0;
 
  private:
@@ -48,7 +50,6 @@ class ColorPick {
 
   TextBox& EDT_;
   PreviewText preview_;
-  std::array<std::array<std::int32_t, 12>, 12> lngMarkerBackground_{};
 };
 
 }  // namespace dravenna

@@ -21,7 +21,6 @@ class MainWindow : public QMainWindow, private Windowing {
  public:
   MainWindow(TextFiles& files, RegistryCalls& registry, Process& process);
   ~MainWindow() override;
-  using QWidget::setFocus;
 
   // Shows the window and runs the form's start-up; the script is there with the first paint.
   void start();
@@ -49,11 +48,11 @@ class MainWindow : public QMainWindow, private Windowing {
  private:
   // Windowing.
   Answer messageBox(std::u16string_view text, int flags, std::u16string_view title) override;
-  void showOpen(CommonDialog& dialog) override;
-  void showSave(CommonDialog& dialog) override;
+  void ShowOpen(CommonDialog& dialog) override;
+  void ShowSave(CommonDialog& dialog) override;
   void beep() override;
   void pointerChanged() override;
-  void setFocus(Control control) override;
+  void SetFocus(Control control) override;
   void showSearchBox(FrmSearch& box) override;
   void unloadSearchBox(FrmSearch& box) override;
   void showColorPick(ColorPick& picker) override;

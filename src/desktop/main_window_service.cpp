@@ -41,25 +41,25 @@ Answer MainWindow::messageBox(std::u16string_view text, int flags, std::u16strin
     tellMessage_(text);
     return defaultAnswer(flags);
   }
-  const ModalPointer pointer(busyShown_ && principal_.screenMousePointer != kHourglassPointer);
+  const ModalPointer pointer(busyShown_ && principal_.Screen.MousePointer != kHourglassPointer);
   return showMessageBox(this, text, flags, title);
 }
 
 void MainWindow::pick(CommonDialog& dialog, bool saving) {
   synchronise();
-  const ModalPointer pointer(busyShown_ && principal_.screenMousePointer != kHourglassPointer);
+  const ModalPointer pointer(busyShown_ && principal_.Screen.MousePointer != kHourglassPointer);
   if (!showFileDialog(this, dialog, saving) && dialog.CancelError) throw Failure(u"Cancel was selected.");
 }
 
-void MainWindow::showOpen(CommonDialog& dialog) { pick(dialog, false); }
+void MainWindow::ShowOpen(CommonDialog& dialog) { pick(dialog, false); }
 
-void MainWindow::showSave(CommonDialog& dialog) { pick(dialog, true); }
+void MainWindow::ShowSave(CommonDialog& dialog) { pick(dialog, true); }
 
 void MainWindow::beep() { onBeep(); }
 
 void MainWindow::pointerChanged() {
   const bool busy =
-      principal_.form.MousePointer == kHourglassPointer || principal_.screenMousePointer == kHourglassPointer;
+      principal_.form.MousePointer == kHourglassPointer || principal_.Screen.MousePointer == kHourglassPointer;
   if (busy == busyShown_ || loading_) return;
   busyShown_ = busy;
   if (busy) {
@@ -69,7 +69,7 @@ void MainWindow::pointerChanged() {
   }
 }
 
-void MainWindow::setFocus(Control control) {
+void MainWindow::SetFocus(Control control) {
   synchronise();
   if (control == Control::N) N_->setFocus(Qt::OtherFocusReason);
   if (control == Control::EDT) EDT_->setFocus(Qt::OtherFocusReason);
@@ -96,7 +96,7 @@ void MainWindow::unloadSearchBox(FrmSearch&) {
 
 void MainWindow::showColorPick(ColorPick& picker) {
   synchronise();
-  const ModalPointer pointer(busyShown_ && principal_.screenMousePointer != kHourglassPointer);
+  const ModalPointer pointer(busyShown_ && principal_.Screen.MousePointer != kHourglassPointer);
   ColorPickDialog dialog(picker, this);
   colorPick_ = &dialog;
   dialog.exec();

@@ -21,7 +21,7 @@ constexpr int kQuestionYesNo = 36;
 constexpr int kQuestionYesNoCancel = 547;  // Cancel is the default button
 
 // What the forms ask of the windowing system. The models are the truth: an implementation mirrors them to the screen
-// when a handler has returned, before each modal call and before setFocus.
+// when a handler has returned, before each modal call and before SetFocus.
 class Windowing {
  public:
   virtual ~Windowing() = default;
@@ -30,8 +30,8 @@ class Windowing {
   virtual Answer messageBox(std::u16string_view text, int flags, std::u16string_view title) = 0;
 
   // Modal; put the picked path into FileName. When cancelled: throw Failure if CancelError, else leave FileName empty.
-  virtual void showOpen(CommonDialog& dialog) = 0;
-  virtual void showSave(CommonDialog& dialog) = 0;
+  virtual void ShowOpen(CommonDialog& dialog) = 0;
+  virtual void ShowSave(CommonDialog& dialog) = 0;
 
   virtual void beep() = 0;
 
@@ -39,7 +39,7 @@ class Windowing {
   virtual void pointerChanged() = 0;
 
   // Gives a visible control the keyboard focus; runs its got-focus handler if it did not have it.
-  virtual void setFocus(Control control) = 0;
+  virtual void SetFocus(Control control) = 0;
 
   // Shows the box over the main window, not modal; one that is open comes forward. The focus goes to txtSearch.
   virtual void showSearchBox(FrmSearch& box) = 0;

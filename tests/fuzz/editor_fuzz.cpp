@@ -132,7 +132,7 @@ class Editor {
       require(at > 0 && at + 1 < size && belongs(at - 1) && belongs(at + 1), "a text colour outside quote marks");
       require(doc_.text[at] != u'"' && doc_.text[at] != u'\n', "a text with a quote mark or a line end");
     }
-    require(form.N.Visible && form.form.MousePointer == 0 && form.screenMousePointer == 0, "N hidden or still busy");
+    require(form.N.Visible && form.form.MousePointer == 0 && form.Screen.MousePointer == 0, "N hidden or still busy");
     if (ini_ == 0 || !form.ScriptLoaded) return;
     const auto ini = static_cast<std::size_t>(ini_);
     const auto fin = static_cast<std::size_t>(form.Fin);

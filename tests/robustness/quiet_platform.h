@@ -49,7 +49,7 @@ class QuietForm : private QuietWindowing {
     boxes.emplace_back(text);
     return Answer::Ok;
   }
-  void setFocus(Control control) override {
+  void SetFocus(Control control) override {
     if (control == Control::EDT && focus_ != control) form_->EDT_GotFocus();
     focus_ = control;
   }

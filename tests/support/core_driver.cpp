@@ -178,7 +178,7 @@ class CoreDriver : public Driver, private Windowing {
       searchBox();
       searchActive_ = true;
     } else {
-      setFocus(control);
+      SetFocus(control);
     }
     settle();
   }
@@ -236,11 +236,11 @@ class CoreDriver : public Driver, private Windowing {
     stage_.boxes.push_back({std::u16string(text), flags, std::u16string(title.empty() ? u"Dravenna" : title)});
     return stage_.answerFor(flags);
   }
-  void showOpen(CommonDialog& dialog) override { showDialog(dialog, false); }
-  void showSave(CommonDialog& dialog) override { showDialog(dialog, true); }
+  void ShowOpen(CommonDialog& dialog) override { showDialog(dialog, false); }
+  void ShowSave(CommonDialog& dialog) override { showDialog(dialog, true); }
   void beep() override { ++stage_.beeps; }
   void pointerChanged() override {}
-  void setFocus(Control control) override {
+  void SetFocus(Control control) override {
     if (control == Control::EDT && !form_->EDT.Visible) return;
     const bool had = focused() == control;
     leaveSearch();
@@ -305,9 +305,9 @@ class CoreDriver : public Driver, private Windowing {
 
   void tab() {
     if (mainFocus_ == Control::N && form_->EDT.Visible) {
-      setFocus(Control::EDT);
+      SetFocus(Control::EDT);
     } else if (mainFocus_ != Control::N && form_->N.TabStop) {
-      setFocus(Control::N);
+      SetFocus(Control::N);
     }
   }
 

@@ -15,13 +15,13 @@ class QuietWindowing : public Windowing {
   Answer messageBox(std::u16string_view, int flags, std::u16string_view) override {
     return (flags & 4) != 0 ? yesOrNo : Answer::Ok;
   }
-  void showOpen(CommonDialog& dialog) override {
+  void ShowOpen(CommonDialog& dialog) override {
     if (!pick.empty()) dialog.FileName = pick;
   }
-  void showSave(CommonDialog& dialog) override { showOpen(dialog); }
+  void ShowSave(CommonDialog& dialog) override { ShowOpen(dialog); }
   void beep() override {}
   void pointerChanged() override {}
-  void setFocus(Control) override {}
+  void SetFocus(Control) override {}
   void showSearchBox(FrmSearch&) override {}
   void unloadSearchBox(FrmSearch&) override {}
   void showColorPick(ColorPick&) override {}
