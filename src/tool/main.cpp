@@ -1,5 +1,3 @@
-#include <fmt/format.h>
-#include <CLI/CLI.hpp>
 
 #include <exception>
 #include <new>
@@ -18,35 +16,18 @@ constexpr char kFooter[] =
     "dravenna-lxf VERB --help tells about one verb, with examples. See also dravenna-lxf(1).";
 
 int run(const std::vector<std::string>& words, Session& session) {
-  CLI::App app("Texts of NPC scripts for translators: what the Dravenna window does for one script, for whole trees.",
-               "dravenna-lxf");
-  app.set_version_flag("--version", "dravenna-lxf " DRAVENNA_VERSION);
-  app.footer(kFooter);
-  app.require_subcommand(1);
-  addExport(app, session);
-  addImport(app, session);
-  addTexts(app, session);
-  addStats(app, session);
-  addCheck(app, session);
-  addUpdate(app, session);
-  addPo(app, session);
-  try {
-    app.parse(std::vector<std::string>(words.rbegin(), words.rend()));
-  } catch (const CLI::CallForVersion&) {
-    writeStandardOutput("dravenna-lxf " DRAVENNA_VERSION "\n");
-    return 0;
-  } catch (const CLI::CallForHelp&) {
-    writeStandardOutput(app.help());
-    return 0;
-  } catch (const CLI::CallForAllHelp&) {
-    writeStandardOutput(app.help("", CLI::AppFormatMode::All));
-    return 0;
-  } catch (const CLI::ParseError& failure) {
-    if (app.get_subcommands().empty() && !words.empty() && !words[0].starts_with('-')) {
-      throw UsageError(fmt::format("{} is no verb", shownName(words[0])));
-    }
-    throw UsageError(failure.what());
-  }
+  CommandLine line(
+      "Texts of NPC scripts for translators: what the Dravenna window does for one script, for whole trees.",
+      "dravenna-lxf " DRAVENNA_VERSION, kFooter);
+  const Verb program = line.program();
+  addExport(program, session);
+  addImport(program, session);
+  addTexts(program, session);
+  addStats(program, session);
+  addCheck(program, session);
+  addUpdate(program, session);
+  addPo(program, session);
+  if (const auto asked = line.run(words)) writeStandardOutput(*asked);
   session.console.endProgress();
   return session.console.failed() ? 1 : 0;
 }

@@ -2,9 +2,6 @@
 // them is the old or the new one, whole.
 
 #include <gtest/gtest.h>
-
-#include <CLI/CLI.hpp>
-
 #include "long_script.h"
 #include "platform/faulty_calls.h"
 #include "platform/posix/tree_files.h"
@@ -108,18 +105,15 @@ TEST(Import, FailsWholeInTheWindow) {
 
 // The operation of the tool with these words.
 std::function<bool()> tool(Scene& scene, std::vector<std::string> words) {
-  words.insert(words.begin(), "dravenna-lxf");
   words.insert(words.end(), {"--codepage=1252", "--quiet", "--jobs=1"});
   return [&scene, words] {
     Session session;
     session.files = posix::makeTreeFiles(scene.calls);
-    CLI::App app;
-    addImport(app, session);
-    addPo(app, session);
-    std::vector<const char*> arguments;
-    for (const std::string& word : words) arguments.push_back(word.c_str());
+    CommandLine line("", "", "");
+    addImport(line.program(), session);
+    addPo(line.program(), session);
     try {
-      app.parse(static_cast<int>(arguments.size()), arguments.data());
+      line.run(words);
     } catch (const Failure& failure) {
       session.console.error(shown(failure.description()));
     }

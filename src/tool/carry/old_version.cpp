@@ -1,6 +1,6 @@
 #include "tool/carry/old_version.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <set>

@@ -1,5 +1,4 @@
-#include <fmt/format.h>
-#include <CLI/CLI.hpp>
+#include <fmt/core.h>
 
 #include <array>
 #include <filesystem>
@@ -217,26 +216,22 @@ void Update::run() {
 
 }  // namespace
 
-void addUpdate(CLI::App& app, Session& session) {
-  CLI::App* const verb = app.add_subcommand("update", "Carry translations over to a new version of the scripts");
+void addUpdate(Verb program, Session& session) {
+  Verb verb = program.verb("update", "Carry translations over to a new version of the scripts");
   const auto options = std::make_shared<Options>();
-  verb->add_option("old", options->oldTree, "The version that was translated, before its translation")
-      ->required()
-      ->type_name("OLD");
-  verb->add_option("new", options->newTree, "The new version, not translated")->required()->type_name("NEW");
-  verb->add_option("--from", options->from, "The translations of OLD: scripts or exchange files")
-      ->required()
-      ->type_name("DIR");
-  verb->add_option("-o,--out", options->out, "Folder for the exchange files of NEW")->required()->type_name("DIR");
-  verb->add_option("--report", options->report, "File for the report instead of standard output")->type_name("FILE");
-  verb->add_flag("--all", options->all, "Report carried and untranslated texts too");
-  verb->add_flag("--json", options->json, "The report as JSON lines");
-  verb->add_flag("--keep-codes", options->keepCodes, "Leave the colour codes in the texts");
-  verb->add_flag("--put-unsure", options->putUnsure, "Put unsure translations of single texts in as well");
-  verb->add_flag("-f,--force", options->force, "Overwrite exchange files of --out with other contents");
-  session.addOptions(*verb);
-  verb->footer(kFooter);
-  verb->callback([&session, options] { Update(session, *options).run(); });
+  verb.text("old", options->oldTree, "OLD", "The version that was translated, before its translation", Need::Required);
+  verb.text("new", options->newTree, "NEW", "The new version, not translated", Need::Required);
+  verb.text("--from", options->from, "DIR", "The translations of OLD: scripts or exchange files", Need::Required);
+  verb.text("-o,--out", options->out, "DIR", "Folder for the exchange files of NEW", Need::Required);
+  verb.text("--report", options->report, "FILE", "File for the report instead of standard output");
+  verb.flag("--all", options->all, "Report carried and untranslated texts too");
+  verb.flag("--json", options->json, "The report as JSON lines");
+  verb.flag("--keep-codes", options->keepCodes, "Leave the colour codes in the texts");
+  verb.flag("--put-unsure", options->putUnsure, "Put unsure translations of single texts in as well");
+  verb.flag("-f,--force", options->force, "Overwrite exchange files of --out with other contents");
+  session.addOptions(verb);
+  verb.footer(kFooter);
+  verb.onRun([&session, options] { Update(session, *options).run(); });
 }
 
 }  // namespace dravenna

@@ -1,5 +1,4 @@
-#include <fmt/format.h>
-#include <CLI/CLI.hpp>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -292,8 +291,8 @@ void Check::run() {
 
 }  // namespace
 
-void addCheck(CLI::App& app, Session& session) {
-  CLI::App* const verb = app.add_subcommand("check", "Find what breaks scripts, exchange files or what players see");
+void addCheck(Verb program, Session& session) {
+  Verb verb = program.verb("check", "Find what breaks scripts, exchange files or what players see");
   const auto options = std::make_shared<Options>();
   std::vector<std::string> kinds;
   std::string footer = kFooter;
@@ -302,29 +301,18 @@ void addCheck(CLI::App& app, Session& session) {
     footer += fmt::format("  {:<16} {}\n", kind.name, kind.about);
   }
   footer.pop_back();
-  verb->add_option("path", options->paths, "Scripts, exchange files (*.lxf) and folders")
-      ->required()
-      ->type_name("PATH...");
-  verb->add_option("--against", options->against, "The tree, or the script, before it was translated")
-      ->type_name("DIR");
-  verb->add_option("--scripts", options->scripts, "The tree, or the script, that exchange files belong to")
-      ->type_name("DIR");
-  verb->add_flag("--strict", options->strict, "Compare colour codes text by text, not by dialogue page");
-  verb->add_flag("--frozen", options->frozen, "Find changed texts that code depends on; needs --against");
-  const auto kindOption = [&](const char* name, std::vector<std::string>& list, const char* about) {
-    verb->add_option(name, list, about)
-        ->type_name("KIND")
-        ->allow_extra_args(false)
-        ->check(CLI::IsMember(kinds).description(""));
-  };
-  kindOption("--only", options->only, "Report this kind only; may be given again");
-  kindOption("--ignore", options->ignore, "Do not report this kind; may be given again");
-  verb->add_flag("--json", options->json, "JSON lines: an object a finding");
-  verb->add_option("-o,--output", options->output, "File for the findings instead of standard output")
-      ->type_name("FILE");
-  session.addOptions(*verb);
-  verb->footer(footer);
-  verb->callback([&session, options] { Check(session, *options).run(); });
+  verb.words("path", options->paths, "PATH...", "Scripts, exchange files (*.lxf) and folders");
+  verb.text("--against", options->against, "DIR", "The tree, or the script, before it was translated");
+  verb.text("--scripts", options->scripts, "DIR", "The tree, or the script, that exchange files belong to");
+  verb.flag("--strict", options->strict, "Compare colour codes text by text, not by dialogue page");
+  verb.flag("--frozen", options->frozen, "Find changed texts that code depends on; needs --against");
+  verb.each("--only", options->only, "KIND", "Report this kind only; may be given again", kinds);
+  verb.each("--ignore", options->ignore, "KIND", "Do not report this kind; may be given again", kinds);
+  verb.flag("--json", options->json, "JSON lines: an object a finding");
+  verb.text("-o,--output", options->output, "FILE", "File for the findings instead of standard output");
+  session.addOptions(verb);
+  verb.footer(footer);
+  verb.onRun([&session, options] { Check(session, *options).run(); });
 }
 
 }  // namespace dravenna

@@ -1,6 +1,6 @@
 #include "tool/check/findings.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 

@@ -1,8 +1,6 @@
-#include <fmt/format.h>
-#include <CLI/CLI.hpp>
+#include <fmt/core.h>
 
 #include <map>
-#include <nlohmann/json.hpp>
 #include <unordered_set>
 
 #include "platform/failure.h"
@@ -210,16 +208,18 @@ class Report {
                                                                                      leftOutTotal_.end());
     std::stable_sort(reasons.begin(), reasons.end(), [](const auto& a, const auto& b) { return a.second > b.second; });
     if (json_) {
-      nlohmann::ordered_json total;
-      total["files"] = files_;
-      for (std::size_t i = 0; i < shown_; ++i) total[kNames[i]] = total_[i];
-      out_ += fmt::format("],\n\"total\":{}", total.dump());
+      out_ += fmt::format("],\n\"total\":{{\"files\":{}", files_);
+      for (std::size_t i = 0; i < shown_; ++i) out_ += fmt::format(",\"{}\":{}", kNames[i], total_[i]);
+      out_ += "}";
       if (leftOut_) {
-        auto list = nlohmann::ordered_json::array();
-        for (const auto& [reason, count] : reasons) {
-          list.push_back({{"reason", reason.first}, {"command", reason.second}, {"texts", count}});
+        out_ += ",\n\"leftOut\":[";
+        for (std::size_t i = 0; i < reasons.size(); ++i) {
+          const auto& [reason, count] = reasons[i];
+          out_ += fmt::format("{}{{\"reason\":\"{}\",\"command\":", i == 0 ? "" : ",", reason.first);
+          appendJsonString(fromUtf8(reason.second), out_);
+          out_ += fmt::format(",\"texts\":{}}}", count);
         }
-        out_ += ",\n\"leftOut\":" + list.dump(-1, ' ', true, nlohmann::ordered_json::error_handler_t::replace);
+        out_ += "]";
       }
       out_ += "}\n";
     } else if (leftOut_) {
@@ -296,19 +296,18 @@ void run(Session& session, const Options& options) {
 
 }  // namespace
 
-void addStats(CLI::App& app, Session& session) {
-  CLI::App* const verb =
-      app.add_subcommand("stats", "Count texts, words, colour codes, errors, and what is left to do");
+void addStats(Verb program, Session& session) {
+  Verb verb = program.verb("stats", "Count texts, words, colour codes, errors, and what is left to do");
   const auto options = std::make_shared<Options>();
-  verb->add_option("path", options->paths, "Files and folders")->required()->type_name("PATH...");
-  verb->add_option("--against", options->against, "The tree before it was translated: adds texts done and remaining")
-      ->type_name("OLDTREE");
-  verb->add_flag("--left-out", options->leftOut, "The texts that get no record, by reason");
-  verb->add_flag("--json", options->json, "JSON instead of a table");
-  verb->add_option("-o,--output", options->output, "File for the result instead of standard output")->type_name("FILE");
-  session.addOptions(*verb);
-  verb->footer(kFooter);
-  verb->callback([&session, options] { run(session, *options); });
+  verb.words("path", options->paths, "PATH...", "Files and folders");
+  verb.text("--against", options->against, "OLDTREE",
+            "The tree before it was translated: adds texts done and remaining");
+  verb.flag("--left-out", options->leftOut, "The texts that get no record, by reason");
+  verb.flag("--json", options->json, "JSON instead of a table");
+  verb.text("-o,--output", options->output, "FILE", "File for the result instead of standard output");
+  session.addOptions(verb);
+  verb.footer(kFooter);
+  verb.onRun([&session, options] { run(session, *options); });
 }
 
 }  // namespace dravenna

@@ -1,5 +1,3 @@
-#include <fmt/format.h>
-#include <CLI/CLI.hpp>
 
 #include "platform/failure.h"
 #include "scan/line_scanner.h"
@@ -67,11 +65,11 @@ class TextsSink {
  private:
   void write(Segment segment, std::size_t begin, std::size_t end, std::string_view command) {
     const std::string_view text = line_.text.substr(begin, end - begin);
-    const fmt::format_int line(line_.number + 1);
-    const fmt::format_int offset(lineOffset_ + counter_.before(line_.text, begin));
+    const std::string line = std::to_string(line_.number + 1);
+    const std::string offset = std::to_string(lineOffset_ + counter_.before(line_.text, begin));
     if (json_) {
-      out_.append("{\"file\":").append(name_).append(",\"line\":").append(line.data(), line.size());
-      out_.append(",\"offset\":").append(offset.data(), offset.size());
+      out_.append("{\"file\":").append(name_).append(",\"line\":").append(line);
+      out_.append(",\"offset\":").append(offset);
       out_.append(",\"class\":\"").append(className(segment)).append("\",\"command\":");
       appendJsonString(codec_, command, out_);
       out_.append(",\"text\":");
@@ -79,8 +77,8 @@ class TextsSink {
       out_.append("}\n");
     } else {
       out_.append(name_).push_back('\t');
-      out_.append(line.data(), line.size()).push_back('\t');
-      out_.append(offset.data(), offset.size()).push_back('\t');
+      out_.append(line).push_back('\t');
+      out_.append(offset).push_back('\t');
       out_.append(className(segment)).push_back('\t');
       appendEscaped(codec_, command, out_);
       out_.push_back('\t');
@@ -132,15 +130,15 @@ void run(Session& session, const std::vector<std::string>& paths, bool json) {
 
 }  // namespace
 
-void addTexts(CLI::App& app, Session& session) {
-  CLI::App* const verb = app.add_subcommand("texts", "List every quoted text with its place and class");
+void addTexts(Verb program, Session& session) {
+  Verb verb = program.verb("texts", "List every quoted text with its place and class");
   const auto paths = std::make_shared<std::vector<std::string>>();
   const auto json = std::make_shared<bool>(false);
-  verb->add_option("path", *paths, "Files and folders; `-` is standard input")->required()->type_name("PATH...");
-  verb->add_flag("--json", *json, "JSON lines: an object a text");
-  session.addOptions(*verb);
-  verb->footer(kFooter);
-  verb->callback([&session, paths, json] { run(session, *paths, *json); });
+  verb.words("path", *paths, "PATH...", "Files and folders; `-` is standard input");
+  verb.flag("--json", *json, "JSON lines: an object a text");
+  session.addOptions(verb);
+  verb.footer(kFooter);
+  verb.onRun([&session, paths, json] { run(session, *paths, *json); });
 }
 
 }  // namespace dravenna

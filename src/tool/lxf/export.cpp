@@ -1,5 +1,4 @@
-#include <fmt/format.h>
-#include <CLI/CLI.hpp>
+#include <fmt/core.h>
 
 #include <set>
 #include <unordered_map>
@@ -142,20 +141,18 @@ void run(Session& session, const Options& options) {
 
 }  // namespace
 
-void addExport(CLI::App& app, Session& session) {
-  CLI::App* const verb = app.add_subcommand("export", "Write the texts of scripts into numbered exchange files (LXF)");
+void addExport(Verb program, Session& session) {
+  Verb verb = program.verb("export", "Write the texts of scripts into numbered exchange files (LXF)");
   const auto options = std::make_shared<Options>();
-  verb->add_option("path", options->paths, "SCRIPT [LXF], `-` for a standard stream; or with --out files and folders")
-      ->required()
-      ->type_name("PATH...");
-  verb->add_option("-o,--out", options->out, "Folder for one exchange file a script")->type_name("DIR");
-  verb->add_flag("--keep-codes", options->keepCodes, "Leave the colour codes in the texts");
-  verb->add_flag("-n,--no-clobber", options->noClobber, "Leave exchange files that exist alone");
-  verb->add_flag("-f,--force", options->force,
-                 "Overwrite exchange files with other contents: translations may be lost");
-  session.addOptions(*verb);
-  verb->footer(kFooter);
-  verb->callback([&session, options] { run(session, *options); });
+  verb.words("path", options->paths, "PATH...",
+             "SCRIPT [LXF], `-` for a standard stream; or with --out files and folders");
+  verb.text("-o,--out", options->out, "DIR", "Folder for one exchange file a script");
+  verb.flag("--keep-codes", options->keepCodes, "Leave the colour codes in the texts");
+  verb.flag("-n,--no-clobber", options->noClobber, "Leave exchange files that exist alone");
+  verb.flag("-f,--force", options->force, "Overwrite exchange files with other contents: translations may be lost");
+  session.addOptions(verb);
+  verb.footer(kFooter);
+  verb.onRun([&session, options] { run(session, *options); });
 }
 
 }  // namespace dravenna

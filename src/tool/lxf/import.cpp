@@ -1,5 +1,4 @@
-#include <fmt/format.h>
-#include <CLI/CLI.hpp>
+#include <fmt/core.h>
 
 #include <algorithm>
 
@@ -85,24 +84,20 @@ void run(Session& session, const ImportOptions& options) {
 
 }  // namespace
 
-void addImport(CLI::App& app, Session& session) {
-  CLI::App* const verb = app.add_subcommand("import", "Merge translated exchange files back into their scripts");
+void addImport(Verb program, Session& session) {
+  Verb verb = program.verb("import", "Merge translated exchange files back into their scripts");
   const auto options = std::make_shared<ImportOptions>();
-  verb->add_option("path", options->paths, "SCRIPT LXF, `-` for a standard stream; or with --from files and folders")
-      ->required()
-      ->type_name("PATH...");
-  verb->add_option("--from", options->from, "Folder with one exchange file a script")->type_name("DIR");
-  verb->add_flag("--dry-run", options->dryRun, "Change nothing, tell what would change");
-  addBackupOption(*verb, options->backup);
-  verb->add_option_function<std::string>(
-          "--eol", [options](const std::string& eol) { options->keepEol = eol == "keep"; },
-          "Line ends of a script that is written: crlf (throughout) or keep (default crlf)")
-      ->type_name("KIND")
-      ->check(CLI::IsMember({"crlf", "keep"}).description(""));
-  verb->add_flag("-f,--force", options->force, "Merge exchange files that do not fit too, as the window does");
-  session.addOptions(*verb);
-  verb->footer(kFooter);
-  verb->callback([&session, options] { run(session, *options); });
+  verb.words("path", options->paths, "PATH...",
+             "SCRIPT LXF, `-` for a standard stream; or with --from files and folders");
+  verb.text("--from", options->from, "DIR", "Folder with one exchange file a script");
+  verb.flag("--dry-run", options->dryRun, "Change nothing, tell what would change");
+  addBackupOption(verb, options->backup);
+  verb.choice("--eol", [options](const std::string& eol) { options->keepEol = eol == "keep"; }, "KIND",
+              "Line ends of a script that is written: crlf (throughout) or keep (default crlf)", {"crlf", "keep"});
+  verb.flag("-f,--force", options->force, "Merge exchange files that do not fit too, as the window does");
+  session.addOptions(verb);
+  verb.footer(kFooter);
+  verb.onRun([&session, options] { run(session, *options); });
 }
 
 }  // namespace dravenna

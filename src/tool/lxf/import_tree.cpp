@@ -1,6 +1,6 @@
 #include "tool/lxf/import_tree.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <mutex>
 #include <set>

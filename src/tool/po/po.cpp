@@ -1,7 +1,5 @@
 #include "tool/po/po.h"
 
-#include <CLI/CLI.hpp>
-
 #include "tool/po/po_file.h"
 
 namespace dravenna {
@@ -29,58 +27,46 @@ constexpr char kImportFooter[] =
     "  dravenna-lxf po import npc --from npc.po\n"
     "  dravenna-lxf po import npc --from po --dry-run";
 
-void addPoExport(CLI::App& po, Session& session) {
-  CLI::App* const verb = po.add_subcommand("export", "Write the texts of scripts as PO files");
+void addPoExport(Verb po, Session& session) {
+  Verb verb = po.verb("export", "Write the texts of scripts as PO files");
   const auto options = std::make_shared<PoExportOptions>();
-  verb->add_option("path", options->paths, "Files and folders")->required()->type_name("PATH...");
-  verb->add_option("-o,--out", options->out, "The PO file, `-` for standard output; with --split a folder")
-      ->required()
-      ->type_name("FILE");
-  verb->add_flag("--split", options->split, "One PO file a script, folders mirrored");
-  verb->add_option("--from", options->from, "Translations to put in: scripts or exchange files")->type_name("DIR");
-  verb->add_option("--old", options->old, "The older version that --from translates")->type_name("OLD");
-  verb->add_option("--language", options->language, "The Language field, such as es or pt_BR")->type_name("CODE");
-  verb->add_option_function<std::string>(
-          "--for", [options](const std::string&) { options->forServer = true; },
-          "The form of a server's own reader: hercules")
-      ->type_name("SERVER")
-      ->check(CLI::IsMember({"hercules"}).description(""));
-  verb->add_flag("-f,--force", options->force, "Overwrite a PO file that holds translations");
-  session.addOptions(*verb);
-  verb->footer(kExportFooter);
-  verb->callback([&session, options] { exportPo(session, *options); });
+  verb.words("path", options->paths, "PATH...", "Files and folders");
+  verb.text("-o,--out", options->out, "FILE", "The PO file, `-` for standard output; with --split a folder",
+            Need::Required);
+  verb.flag("--split", options->split, "One PO file a script, folders mirrored");
+  verb.text("--from", options->from, "DIR", "Translations to put in: scripts or exchange files");
+  verb.text("--old", options->old, "OLD", "The older version that --from translates");
+  verb.text("--language", options->language, "CODE", "The Language field, such as es or pt_BR");
+  verb.choice("--for", [options](const std::string&) { options->forServer = true; }, "SERVER",
+              "The form of a server's own reader: hercules", {"hercules"});
+  verb.flag("-f,--force", options->force, "Overwrite a PO file that holds translations");
+  session.addOptions(verb);
+  verb.footer(kExportFooter);
+  verb.onRun([&session, options] { exportPo(session, *options); });
 }
 
-void addPoImport(CLI::App& po, Session& session) {
-  CLI::App* const verb = po.add_subcommand("import", "Put the translations of PO files into scripts");
+void addPoImport(Verb po, Session& session) {
+  Verb verb = po.verb("import", "Put the translations of PO files into scripts");
   const auto options = std::make_shared<PoImportOptions>();
-  verb->add_option("path", options->paths, "Files and folders, as they were exported")
-      ->required()
-      ->type_name("PATH...");
-  verb->add_option("--from", options->from, "The PO file, or the folder of a --split export")
-      ->required()
-      ->type_name("FILE");
-  verb->add_flag("--fuzzy", options->fuzzy, "Take fuzzy entries too");
-  verb->add_flag("--dry-run", options->dryRun, "Change nothing, tell what would change");
-  addBackupOption(*verb, options->backup);
-  verb->add_option_function<std::string>(
-          "--eol", [options](const std::string& eol) { options->crlf = eol == "crlf"; },
-          "Line ends of a script that is written: keep or crlf (default keep)")
-      ->type_name("KIND")
-      ->check(CLI::IsMember({"crlf", "keep"}).description(""));
-  session.addOptions(*verb);
-  verb->footer(kImportFooter);
-  verb->callback([&session, options] { importPo(session, *options); });
+  verb.words("path", options->paths, "PATH...", "Files and folders, as they were exported");
+  verb.text("--from", options->from, "FILE", "The PO file, or the folder of a --split export", Need::Required);
+  verb.flag("--fuzzy", options->fuzzy, "Take fuzzy entries too");
+  verb.flag("--dry-run", options->dryRun, "Change nothing, tell what would change");
+  addBackupOption(verb, options->backup);
+  verb.choice("--eol", [options](const std::string& eol) { options->crlf = eol == "crlf"; }, "KIND",
+              "Line ends of a script that is written: keep or crlf (default keep)", {"crlf", "keep"});
+  session.addOptions(verb);
+  verb.footer(kImportFooter);
+  verb.onRun([&session, options] { importPo(session, *options); });
 }
 
 }  // namespace
 
-void addPo(CLI::App& app, Session& session) {
-  CLI::App* const po =
-      app.add_subcommand("po", poFilesBuiltIn() ? "Texts as PO files and back" : "PO files (not built in)");
-  po->require_subcommand(1);
-  addPoExport(*po, session);
-  addPoImport(*po, session);
+void addPo(Verb program, Session& session) {
+  Verb po = program.verb("po", poFilesBuiltIn() ? "Texts as PO files and back" : "PO files (not built in)");
+  po.needVerb();
+  addPoExport(po, session);
+  addPoImport(po, session);
 }
 
 }  // namespace dravenna

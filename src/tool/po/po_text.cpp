@@ -1,6 +1,6 @@
 #include "tool/po/po_text.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
 #include "tool/run/console.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <cstdlib>
 

@@ -1,6 +1,6 @@
 #include "tool/run/exchange_file.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 
@@ -27,7 +27,7 @@ ExchangeFile cutExchangeFile(std::string_view bytes) {
 }
 
 bool bearsNumber(const ExchangeFile::Record& record, std::size_t number) {
-  return record.hasColon && record.number == fmt::format_int(number).str();
+  return record.hasColon && record.number == std::to_string(number);
 }
 
 std::string whyNoFit(const ExchangeFile& file, std::size_t texts) {

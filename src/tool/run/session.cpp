@@ -1,7 +1,6 @@
 #include "tool/run/session.h"
 
-#include <fmt/format.h>
-#include <CLI/CLI.hpp>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -18,45 +17,22 @@
 
 namespace dravenna {
 
-void Session::addOptions(CLI::App& verb) {
-  const char* const group = "Options of every verb";
-  verb.add_option("--include", include, "Files of folders to take, as a glob; may be given again (default *.txt)")
-      ->group(group)
-      ->type_name("GLOB")
-      ->allow_extra_args(false);
-  verb.add_option("--exclude", exclude, "Files and folders to leave out; may be given again")
-      ->group(group)
-      ->type_name("GLOB")
-      ->allow_extra_args(false);
-  verb.add_option("--codepage", codePageName, "Code page of scripts and exchange files: 1252, 874, ..., utf-8")
-      ->group(group)
-      ->type_name("NAME");
-  verb.add_option("--commands", commandsName, "Named pair of command lists (default, extended, or of your own file)")
-      ->group(group)
-      ->type_name("NAME");
-  verb.add_option("--commands-file", commandsFile, "JSON file with named pairs of command lists")
-      ->group(group)
-      ->type_name("FILE");
-  verb.add_option("--allowed-commands", allowedCommands, "Commands with texts, as in ,mes,menu,select,")
-      ->group(group)
-      ->type_name("LIST");
-  verb.add_option("--special-commands", specialCommands, "Commands whose first text is none, as in ,mapannounce,")
-      ->group(group)
-      ->type_name("LIST");
-  verb.add_option("-j,--jobs", jobs, "Threads (default: one for each processor)")
-      ->group(group)
-      ->type_name("N")
-      ->check(CLI::Range(1U, 256U).description(""));
-  verb.add_flag("-q,--quiet", quiet, "No summary and no progress bar")->group(group);
-  verb.add_option_function<std::string>(
-          "--color",
-          [this](const std::string& when) {
-            color = when == "always" ? ColorUse::Always : when == "never" ? ColorUse::Never : ColorUse::Auto;
-          },
-          "Colours on standard error: auto, always or never")
-      ->group(group)
-      ->type_name("WHEN")
-      ->check(CLI::IsMember({"auto", "always", "never"}).description(""));
+void Session::addOptions(Verb verb) {
+  verb.group("Options of every verb");
+  verb.each("--include", include, "GLOB", "Files of folders to take, as a glob; may be given again (default *.txt)");
+  verb.each("--exclude", exclude, "GLOB", "Files and folders to leave out; may be given again");
+  verb.text("--codepage", codePageName, "NAME", "Code page of scripts and exchange files: 1252, 874, ..., utf-8");
+  verb.text("--commands", commandsName, "NAME", "Named pair of command lists (default, extended, or of your own file)");
+  verb.text("--commands-file", commandsFile, "FILE", "JSON file with named pairs of command lists");
+  verb.text("--allowed-commands", allowedCommands, "LIST", "Commands with texts, as in ,mes,menu,select,");
+  verb.text("--special-commands", specialCommands, "LIST", "Commands whose first text is none, as in ,mapannounce,");
+  verb.number("-j,--jobs", jobs, "N", "Threads (default: one for each processor)", 1, 256);
+  verb.flag("-q,--quiet", quiet, "No summary and no progress bar");
+  const auto takeColor = [this](const std::string& when) {
+    color = when == "always" ? ColorUse::Always : when == "never" ? ColorUse::Never : ColorUse::Auto;
+  };
+  verb.choice("--color", takeColor, "WHEN", "Colours on standard error: auto, always or never",
+              {"auto", "always", "never"});
 }
 
 void Session::prepare() {
@@ -146,15 +122,13 @@ std::string_view readWork(const Session& session, const std::string& path, std::
   return session.codec->toWork(file, work);
 }
 
-void addBackupOption(CLI::App& verb, std::string& suffix) {
-  verb.add_option("--backup", suffix, "Keep the old script under its name and this suffix; if that is taken, numbered")
-      ->type_name("SUFFIX")
-      ->check(CLI::Validator(
-          [](const std::string& given) {
-            return given.empty() || given.find_first_of("/\\") != std::string::npos ? "the suffix is empty or holds a /"
-                                                                                    : std::string();
-          },
-          ""));
+void addBackupOption(Verb verb, std::string& suffix) {
+  verb.text("--backup", suffix, "SUFFIX",
+            "Keep the old script under its name and this suffix; if that is taken, numbered",
+            [](const std::string& given) -> std::string {
+              const bool fits = !given.empty() && given.find_first_of("/\\") == std::string::npos;
+              return fits ? "" : "the suffix is empty or holds a /";
+            });
 }
 
 std::string shown(const std::u16string& text) {

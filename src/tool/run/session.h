@@ -2,7 +2,6 @@
 
 #include <memory>
 #include <optional>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -10,19 +9,10 @@
 #include "scan/command_list.h"
 #include "text/text.h"
 #include "tool/run/console.h"
+#include "tool/run/options.h"
 #include "tool/script/codec.h"
 
-namespace CLI {
-class App;
-}
-
 namespace dravenna {
-
-// Wrong use of the command line: exit status 2.
-class UsageError : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
 
 // The options that every verb has, and what becomes of them.
 struct Session {
@@ -42,7 +32,7 @@ struct Session {
   std::optional<Codec> codec;
   std::optional<CommandLists> lists;
 
-  void addOptions(CLI::App& verb);
+  void addOptions(Verb verb);
   // Makes codec and lists. Throws UsageError.
   void prepare();
 };
@@ -76,18 +66,18 @@ std::string shown(const std::u16string& text);
 std::string shownName(std::string_view name);
 
 // `--backup SUFFIX`, for verbs that replace scripts.
-void addBackupOption(CLI::App& verb, std::string& suffix);
+void addBackupOption(Verb verb, std::string& suffix);
 
 // "1 script", "2 scripts".
 std::string counted(std::size_t count, std::string_view noun);
 
 // The verbs: each adds its command and runs from it. They set the console's failed state or throw Failure, UsageError.
-void addTexts(CLI::App& app, Session& session);
-void addExport(CLI::App& app, Session& session);
-void addImport(CLI::App& app, Session& session);
-void addStats(CLI::App& app, Session& session);
-void addCheck(CLI::App& app, Session& session);
-void addUpdate(CLI::App& app, Session& session);
-void addPo(CLI::App& app, Session& session);
+void addTexts(Verb program, Session& session);
+void addExport(Verb program, Session& session);
+void addImport(Verb program, Session& session);
+void addStats(Verb program, Session& session);
+void addCheck(Verb program, Session& session);
+void addUpdate(Verb program, Session& session);
+void addPo(Verb program, Session& session);
 
 }  // namespace dravenna

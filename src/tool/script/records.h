@@ -1,7 +1,5 @@
 #pragma once
 
-#include <fmt/format.h>
-
 #include <string>
 #include <string_view>
 
@@ -28,8 +26,7 @@ inline std::size_t exportWork(std::string_view work, const CommandLists& lists, 
   lxf.clear();
   std::size_t number = 0;
   forEachRecordText(work, lists, [&](std::string_view raw, std::string_view withoutColor) {
-    const fmt::format_int digits(++number);
-    lxf.append(digits.data(), digits.size()).push_back(':');
+    lxf.append(std::to_string(++number)).push_back(':');
     lxf.append(keepCodes ? raw : withoutColor).append("\r\n", 2);
   });
   return number;
