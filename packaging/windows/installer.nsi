@@ -1,5 +1,5 @@
 ; Installer for all users of a machine. packaging/windows/build defines:
-;   VERSION       1.2.6
+;   VERSION       such as 1.2.6
 ;   SIZE          installed size in KiB
 ;   ICON          the program's icon
 ;   FILE_LISTS    folder with install-files.nsh and remove-files.nsh, made from the files to be shipped
