@@ -9,6 +9,7 @@
 #include <functional>
 #include <set>
 #include <string>
+#include <string_view>
 #include <tuple>
 
 #include "platform/posix/system_calls.h"
@@ -26,8 +27,8 @@ class FaultyCalls : public posix::SystemCalls {
 
   bool happened() const { return !failed_.empty(); }
   const std::string& failed() const { return failed_; }  // name of the call
-
   bool killed() const { return failed_ == kKill; }
+  bool onDisk() const { return !written_ && !renamed_; }  // a flush came behind the last write and the last rename
 
   // Runs `act`, in a process of its own if that is to be killed. `act` gives whether it told of a failure, and so does
   // this; one that was killed tells of nothing.
@@ -69,6 +70,10 @@ class FaultyCalls : public posix::SystemCalls {
   }
 
   ssize_t make(const char* name, const std::function<ssize_t()>& call) override {
+    const std::string_view what = name;
+    EXPECT_TRUE(what != "rename" || !written_) << "a file takes its place before it is on disk";
+    written_ = what == "write" || (written_ && what != "fsync");
+    renamed_ = what == "rename" || (renamed_ && what != "fsync");
     if ((!kills() && !canFail(name)) || left_-- != 0) return call();
     failed_ = name;
     if (fault_ == Fault::KillBefore) ::kill(::getpid(), SIGKILL);
@@ -81,6 +86,8 @@ class FaultyCalls : public posix::SystemCalls {
   Fault fault_ = Fault::None;
   int left_ = 0;
   int error_ = EIO;
+  bool written_ = false;
+  bool renamed_ = false;
   std::string failed_;
 };
 

@@ -13,8 +13,11 @@
 namespace dravenna {
 namespace {
 
+namespace fs = std::filesystem;
+
 constexpr int kMany = 3000;  // more than one read and one write of the window
 constexpr int kFew = 3;
+constexpr fs::perms kPrivate = fs::perms::owner_read | fs::perms::owner_write;
 
 // One run over a fresh folder.
 struct Scene {
@@ -40,7 +43,10 @@ void failEach(int messages, const std::function<std::function<bool()>(Scene&)>& 
     const std::function<bool()> act = prepare(scene);
     const std::set<std::string> names = scene.folder.names();
     std::map<std::string, std::string> before;
-    for (const auto& [name, bytes] : scene.after) before[name] = scene.folder.get(name);
+    for (const auto& [name, bytes] : scene.after) {
+      before[name] = scene.folder.get(name);
+      fs::permissions(scene.folder.file(name), kPrivate);
+    }
 
     scene.calls = faulty;
     const bool told = scene.calls.attempt(act);
@@ -55,8 +61,10 @@ void failEach(int messages, const std::function<std::function<bool()>(Scene&)>& 
       const std::string original = name.substr(0, name.rfind(scene.backup));
       const bool isBackup = name != original && before.contains(original);
       EXPECT_TRUE(names.contains(name) || isBackup || (called.killed() && isTemporary(name))) << name;
+      EXPECT_TRUE(!isTemporary(name) || fs::status(scene.folder.file(name)).permissions() == kPrivate) << name;
       EXPECT_TRUE(!isBackup || scene.folder.get(name) == before[original]) << name;
     }
+    EXPECT_TRUE(called.happened() || called.onDisk());
     EXPECT_FALSE(act()) << "the program does not recover";
     for (const auto& [name, bytes] : scene.after) EXPECT_TRUE(scene.folder.get(name) == bytes) << "the second try";
     return called.happened();
