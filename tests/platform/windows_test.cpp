@@ -2,6 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+#include <functional>
+#include <sstream>
+
 #include "platform/system.h"
 #include "platform/tree_files.h"
 #include "platform/windows/files.h"
@@ -160,6 +164,77 @@ TEST_F(WindowsFiles, WhatMayNotBeWrittenIsRefusedAtOnce) {
   EXPECT_EQ(errorOf([&] { readBytes(folder_.path("a<b>?")); }), DWORD{ERROR_INVALID_NAME});
   EXPECT_EQ(folder_.get("file"), "old");
   EXPECT_EQ(folder_.names(), (Names{"file", "folder"}));
+}
+
+// The system with one call that fails, or at which the process ends.
+class FaultyCalls : public windows::SystemCalls {
+ public:
+  enum class Fault { Error, EndBefore, EndAfter };
+  FaultyCalls(Fault fault, int at) : fault_(fault), left_(at) {}
+  bool happened() const { return left_ < 0; }
+
+ private:
+  bool make(const char* name, const std::function<bool()>& call) override {
+    if (left_-- != 0) return call();
+    if (fault_ == Fault::EndBefore) ::TerminateProcess(::GetCurrentProcess(), 9);
+    if (fault_ == Fault::EndAfter || name == "closeHandle"s) call();
+    if (fault_ == Fault::EndAfter) ::TerminateProcess(::GetCurrentProcess(), 9);
+    ::SetLastError(ERROR_GEN_FAILURE);
+    return false;
+  }
+
+  Fault fault_;
+  int left_;
+};
+
+bool replaceTells(FaultyCalls& calls, const std::filesystem::path& path) {
+  try {
+    const auto replacement = windows::makeTreeFiles(calls)->replace(path);
+    replacement->write("new");
+    replacement->flush();
+    replacement->place();
+    return false;
+  } catch (const Failure&) {
+    return true;
+  }
+}
+
+constexpr wchar_t kChild[] = L"DRAVENNA_TEST_CHILD";  // "fault at path" for the process that is to end
+
+TEST_F(WindowsFiles, TheChildEnds) {
+  std::wistringstream words(windows::toWide(windows::environment(kChild)));
+  int fault = 0;
+  int at = 0;
+  std::wstring path;
+  if (!(words >> fault >> at >> path)) GTEST_SKIP() << "a part of the next test";
+  FaultyCalls calls(FaultyCalls::Fault{fault}, at);
+  EXPECT_FALSE(replaceTells(calls, path));
+}
+
+TEST_F(WindowsFiles, AReplacedFileIsTheOldOrTheNewOne) {
+  for (const int fault : {0, 1, 2}) {
+    bool happened = true;
+    for (int at = 0; happened && !HasFailure(); ++at) {
+      SCOPED_TRACE("fault " + std::to_string(fault) + ", call " + std::to_string(at));
+      const std::filesystem::path path = folder_.put("file", "old");
+      bool told = false;
+      if (fault == 0) {
+        FaultyCalls calls(FaultyCalls::Fault::Error, at);
+        told = replaceTells(calls, path);
+        happened = calls.happened();
+        EXPECT_EQ(folder_.names(), Names{"file"});
+      } else {
+        const std::wstring words = std::to_wstring(fault) + L" " + std::to_wstring(at) + L" " + path.native();
+        ::SetEnvironmentVariableW(kChild, words.c_str());
+        const std::wstring command = L"\"" + windows::programFile() + L"\" --gtest_filter=*.TheChildEnds";
+        happened = ::_wsystem(command.c_str()) == 9;
+        ::SetEnvironmentVariableW(kChild, nullptr);
+      }
+      const std::string now = folder_.get("file");
+      EXPECT_TRUE(now == "new" || (now == "old" && (told || (fault > 0 && happened)))) << now;
+      EXPECT_TRUE(happened || at > 5) << "there were no calls";
+    }
+  }
 }
 
 TEST_F(WindowsFiles, PathsMayBeLong) {
