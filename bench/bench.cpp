@@ -5,7 +5,6 @@
 #include <filesystem>
 
 #include "app/principal.h"
-#include "exchange/lxf.h"
 #include "generated_script.h"
 #include "platform/system.h"
 #include "support/quiet_windowing.h"

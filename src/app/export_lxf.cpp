@@ -1,5 +1,6 @@
 #include "app/principal.h"
-#include "exchange/lxf.h"
+#include "exchange/records.h"
+#include "text/text.h"
 
 namespace dravenna {
 
@@ -29,12 +30,7 @@ void Principal::ExportLxf(std::u16string_view LxfFile) {
     setMousePointer(kHourglass);
     showEditBox(false);
     const CommandLists lists(AllowedCommands, SpecialAllowedCommands);
-    std::u16string record;
-    forEachRecord(N.Text(), lists, [&](std::int32_t number, TextView text) {
-      record = decimal(number);
-      record.append(u":").append(text);
-      file->WriteLine(record);
-    });
+    writeRecords(N.Text(), lists, [&](TextView record) { file->WriteLine(record); });
     file->Close();
   });
   setMousePointer(0);

@@ -1,5 +1,6 @@
 #include "app/principal.h"
-#include "exchange/lxf.h"
+#include "exchange/lxf_merger.h"
+#include "text/text.h"
 
 namespace dravenna {
 

@@ -1,64 +1,48 @@
-#include "exchange/lxf.h"
+#include "exchange/lxf_merger.h"
 
 namespace dravenna {
 
-namespace {
-
-// The records in their order, one after the other.
-class Records {
- public:
-  explicit Records(TextView exchangeFile) : pieces_(exchangeFile) { next(); }
-
-  bool atLastOrBehind() const { return behind_ || pieces_.atLast(); }
-  bool behind() const { return behind_; }
-  TextView current() const { return current_; }
-  std::size_t index() const { return index_; }
-  void advance() {
+template <class Char>
+bool LxfMerger<Char>::addLine(View line, std::basic_string<Char>& out) {
+  const bool unchanged = done();
+  std::size_t copied = 0;
+  scan_.line(line, [&](const QuotedText& quoted, View) {
+    ++texts_;
+    if (unchanged || status_ != MergeStatus::Merged) return;
+    const Record<Char> record = cutRecord(current_);
+    if (behind_ || !record.hasColon) {
+      status_ = behind_ ? MergeStatus::RanOut : MergeStatus::NoColon;
+      return;
+    }
+    out.append(line.substr(copied, quoted.begin - copied)).append(record.text);
+    if (record.text != line.substr(quoted.begin, quoted.end - quoted.begin)) ++changed_;
+    copied = quoted.end;
     ++index_;
     next();
-  }
+  });
+  out.append(line.substr(copied));
+  return status_ == MergeStatus::Merged;
+}
 
- private:
-  void next() { behind_ = !pieces_.next(current_); }
-
-  CrLfPieces pieces_;
-  TextView current_;
-  std::size_t index_ = 0;
-  bool behind_ = false;
-};
-
-}  // namespace
+template class LxfMerger<char>;
+template class LxfMerger<char16_t>;
 
 MergeResult mergeLxf(std::u16string_view document, std::u16string_view exchangeFile, const CommandLists& lists) {
   MergeResult result;
   result.text.reserve(document.size() + exchangeFile.size());
-  Records records(exchangeFile);
-  LineScanner scanner(lists);
-  std::u16string buffer;
-  CrLfPieces lines(document);
-  TextView line;
-  std::size_t copied = 0;  // characters of the document that are in result.text
-  const auto offsetOf = [&](std::size_t inLine) {
-    return static_cast<std::size_t>(line.data() - document.data()) + inLine;
-  };
-
-  while (result.status == MergeStatus::Merged && lines.next(line) && !lines.atLast() && !records.atLastOrBehind()) {
-    scanRecords(scanner, line, buffer, [&](const QuotedText& quoted, TextView) {
-      if (result.status != MergeStatus::Merged) return;
-      const std::size_t colon = records.behind() ? TextView::npos : records.current().find(u':');
-      if (colon == TextView::npos) {
-        result.status = records.behind() ? MergeStatus::RanOut : MergeStatus::NoColon;
-        return;
-      }
-      result.text.append(document, copied, offsetOf(quoted.begin) - copied).append(records.current().substr(colon + 1));
-      copied = offsetOf(quoted.end);
-      records.advance();
-    });
-    if (result.status == MergeStatus::Merged) ++result.lineIndex;
+  LxfMerger<char16_t> merger(exchangeFile, lists);
+  CrLfPieces<char16_t> lines(document);
+  std::size_t taken = 0;  // characters of the document
+  for (std::u16string_view line; lines.next(line) && !lines.atLast() && !merger.done();) {
+    if (!merger.addLine(line, result.text)) break;
+    result.text.append(u"\r\n");
+    taken += line.size() + 2;
+    ++result.lineIndex;
   }
-  result.recordIndex = records.index();
+  result.status = merger.status();
+  result.recordIndex = merger.recordIndex();
   if (result.status == MergeStatus::Merged) {
-    result.text.append(document, copied);
+    result.text.append(document, taken);
   } else {
     result.text.clear();
   }

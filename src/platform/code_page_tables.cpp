@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "platform/system.h"
+#include "text/ascii.h"
 
 namespace dravenna {
 
@@ -77,14 +78,6 @@ CodePagePtr build(int number) {
                : CodePage::singleByte(number, singles);
 }
 
-std::string lowerAscii(std::string_view text) {
-  std::string lower(text);
-  for (char& c : lower) {
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c + 32);
-  }
-  return lower;
-}
-
 }  // namespace
 
 CodePagePtr codePageByNumber(int number) {
@@ -101,7 +94,7 @@ CodePagePtr codePageByNumber(int number) {
 }
 
 CodePagePtr codePageByName(std::string_view name) {
-  std::string digits = lowerAscii(name);
+  std::string digits = lowerAsciiOf(name);
   if (digits == "utf-8" || digits == "utf8") return codePageByNumber(kUtf8CodePage);
   for (const std::string_view prefix : {"windows-", "cp"}) {
     if (!digits.starts_with(prefix)) continue;

@@ -173,20 +173,15 @@ class EncodingWriter : public TextWriter {
   }
 
   [[noreturn]] void failAt(std::u16string_view text, std::size_t at) const {
-    std::uint32_t code = text[at];
-    std::u16string_view character = text.substr(at, 1);
-    if (isHighSurrogate(text[at]) && at + 1 < text.size() && isLowSurrogate(text[at + 1])) {
-      character = text.substr(at, 2);
-      code = 0x10000 + ((text[at] - 0xD800u) << 10) + (text[at + 1] - 0xDC00u);
-    }
+    const auto [code, length] = readUtf16(text, at);
     char hex[16];
     std::snprintf(hex, sizeof hex, "%04X", static_cast<unsigned>(code));
     const std::u16string_view before = text.substr(0, at);
     const auto line = static_cast<std::ptrdiff_t>(line_) + std::count(before.begin(), before.end(), u'\n');
     const std::u16string page =
         codePage_->isUtf8() ? std::u16string(u"UTF-8") : u"code page " + decimal(codePage_->number());
-    throw Failure(u"The character '" + std::u16string(character) + u"' (U+" + fromAscii(hex) + u") in line " +
-                  decimal(line) + u" cannot be written in " + page);
+    throw Failure(u"The character '" + std::u16string(text.substr(at, length)) + u"' (U+" + fromAscii(hex) +
+                  u") in line " + decimal(line) + u" cannot be written in " + page);
   }
 
   CodePagePtr codePage_;

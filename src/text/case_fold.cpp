@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <memory>
 
+#include "text/ascii.h"
+
 namespace dravenna {
 
 namespace {
@@ -27,7 +29,7 @@ const FoldTable& foldTable() {
   static const std::unique_ptr<const FoldTable> table = [] {
     auto made = std::make_unique<FoldTable>();
     for (std::uint32_t c = 0; c < made->size(); ++c) {
-      (*made)[c] = static_cast<char16_t>(c >= u'A' && c <= u'Z' ? c + 32 : c);
+      (*made)[c] = static_cast<char16_t>(lowerAscii(c));
     }
     for (const FoldRange& range : kFoldRanges) {
       for (std::uint32_t c = range.first; c <= range.last; c += range.step) {
@@ -50,7 +52,7 @@ bool differByDot(char16_t a, char16_t b) {
 }  // namespace
 
 char16_t foldCase(char16_t c) {
-  if (c < 0x80) return c >= u'A' && c <= u'Z' ? static_cast<char16_t>(c + 32) : c;
+  if (c < 0x80) return lowerAscii(c);
   return foldTable()[c];
 }
 

@@ -201,17 +201,14 @@ bool CodePage::encodeOne(std::u16string_view text, std::size_t& at, std::string&
   const char16_t unit = text[at];
   const auto put = [&](unsigned byte) { out.push_back(static_cast<char>(static_cast<unsigned char>(byte))); };
   if (kind_ == Kind::Utf8) {
-    std::uint32_t code = unit;
-    if (isHighSurrogate(unit) && at + 1 < text.size() && isLowSurrogate(text[at + 1])) {
-      code = 0x10000 + ((unit - 0xD800u) << 10) + (text[at + 1] - 0xDC00u);
-      ++at;
-    } else if (isOpaque(unit, 0x80)) {
+    const Utf16Char read = readUtf16(text, at);
+    if (isOpaque(unit, 0x80)) {
       put(unit - 0xDC00u);
       return true;
-    } else if (isHighSurrogate(unit) || isLowSurrogate(unit)) {
-      return false;
     }
-    appendUtf8(code, out);
+    if (read.length == 1 && (isHighSurrogate(unit) || isLowSurrogate(unit))) return false;
+    appendUtf8(read.code, out);
+    at += read.length - 1;
     return true;
   }
   const std::uint16_t bytes = reverse_[unit];

@@ -84,17 +84,13 @@ void appendFromUtf8(std::string_view bytes, Text& out) {
 std::string toUtf8(TextView text) {
   std::string out;
   out.reserve(text.size());
-  for (std::size_t at = 0; at < text.size(); ++at) {
-    const char16_t unit = text[at];
-    if (isHighSurrogate(unit) && at + 1 < text.size() && isLowSurrogate(text[at + 1])) {
-      appendUtf8(0x10000 + ((unit - 0xD800u) << 10) + (text[at + 1] - 0xDC00u), out);
-      ++at;
-    } else if (unit >= 0xDC80 && unit <= 0xDCFF) {
-      out.push_back(static_cast<char>(static_cast<unsigned char>(unit - 0xDC00)));
-    } else if (isHighSurrogate(unit) || isLowSurrogate(unit)) {
-      appendUtf8(0xFFFD, out);
+  for (std::size_t at = 0; at < text.size();) {
+    const Utf16Char read = readUtf16(text, at);
+    at += read.length;
+    if (read.code >= 0xDC80 && read.code <= 0xDCFF) {
+      out.push_back(static_cast<char>(static_cast<unsigned char>(read.code - 0xDC00)));
     } else {
-      appendUtf8(unit, out);
+      appendUtf8(read.code >= 0xD800 && read.code < 0xE000 ? 0xFFFD : read.code, out);
     }
   }
   return out;

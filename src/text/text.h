@@ -34,6 +34,17 @@ void appendUtf8(std::uint32_t code, std::string& out);
 constexpr bool isHighSurrogate(char16_t unit) { return unit >= 0xD800 && unit < 0xDC00; }
 constexpr bool isLowSurrogate(char16_t unit) { return unit >= 0xDC00 && unit < 0xE000; }
 
+// The code point at `at` and how many units it has; a surrogate without its partner stands for itself.
+struct Utf16Char {
+  std::uint32_t code;
+  std::size_t length;
+};
+constexpr Utf16Char readUtf16(TextView text, std::size_t at) {
+  const std::uint32_t unit = text[at];
+  if (!isHighSurrogate(text[at]) || at + 1 >= text.size() || !isLowSurrogate(text[at + 1])) return {unit, 1};
+  return {0x10000 + ((unit - 0xD800) << 10) + (text[at + 1] - 0xDC00u), 2};
+}
+
 // `text` with every occurrence of `what` replaced by `with`, from left to right. An empty `what` changes nothing.
 Text replaceAll(TextView text, TextView what, TextView with);
 

@@ -8,6 +8,7 @@
 
 #include "platform/code_page_tables.h"
 #include "platform/system.h"
+#include "text/ascii.h"
 
 namespace dravenna {
 
@@ -46,14 +47,6 @@ class Converter {
   iconv_t state_;
 };
 
-std::string lowerAscii(std::string_view text) {
-  std::string lower(text);
-  for (char& c : lower) {
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c + 32);
-  }
-  return lower;
-}
-
 struct LanguagePage {
   std::string_view language;
   int page;
@@ -78,7 +71,7 @@ constexpr LanguagePage kLanguagePages[] = {
 
 // The page of a locale name such as "pt_BR.UTF-8", "sr_RS@latin" or "C".
 int pageOfLocale(const std::string& locale) {
-  const std::string name = lowerAscii(locale);
+  const std::string name = lowerAsciiOf(locale);
   const std::string language = name.substr(0, name.find_first_of("_.@"));
   const std::string modifier = name.find('@') == std::string::npos ? "" : name.substr(name.find('@') + 1);
   if (language == "zh") {

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <unordered_map>
 
-#include "tool/run/exchange_file.h"
 #include "tool/script/align.h"
+#include "tool/script/exchange_file.h"
 #include "tool/script/similar.h"
 
 namespace dravenna {

@@ -4,7 +4,7 @@
 #include <string_view>
 #include <vector>
 
-#include "tool/run/loaded_script.h"
+#include "tool/script/loaded_script.h"
 
 // Translations on their way from one version of a script to the next. All texts are work bytes; "plain" is without
 // colour codes.

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "tool/carry/carry.h"
+#include "tool/run/session.h"
 
 namespace dravenna {
 

@@ -5,11 +5,12 @@
 #include <numeric>
 #include <set>
 
+#include "exchange/records.h"
 #include "platform/failure.h"
 #include "platform/tree_files.h"
 #include "tool/carry/old_version.h"
-#include "tool/run/exchange_file.h"
 #include "tool/run/ordered_pool.h"
+#include "tool/run/output_file.h"
 #include "tool/run/session.h"
 
 namespace dravenna {
@@ -139,8 +140,8 @@ Outcome Update::updateScript(const Script& script, const std::string& target, co
       const bool put = text.state == CarryState::Carried || (options_.putUnsure && text.state == CarryState::Unsure &&
                                                              !text.translation.empty() && !text.ofPage);
       const std::string_view chosen = put ? std::string_view(text.translation) : fresh->records[i]->text;
-      lxf += fmt::format("{}:", i + 1);
-      lxf.append(options_.keepCodes ? std::string(chosen) : withoutColor(chosen)).append("\r\n");
+      appendRecord(i + 1, options_.keepCodes ? chosen : withoutColor(chosen), lxf);
+      lxf.append("\r\n", 2);
       reportText(script.path, *fresh, carried, i, outcome.report);
     }
     reportGone(carried, outcome.report);

@@ -59,7 +59,7 @@ class GivenScripts {
       add(byPath_, stemOf(file.path), file.path, isText);
       add(byRelative_, withExtension(file.relative, ""), file.path, isText);
       const std::string stem = stemOf(file.path);
-      const auto [named, fresh] = byName_.try_emplace(nameOf(stem), Named{file.path, stem});
+      const auto [named, fresh] = byName_.try_emplace(std::string(fileNameOf(stem)), Named{file.path, stem});
       if (!fresh && named->second.stem != stem) named->second.path.clear();
     }
   }
@@ -73,7 +73,7 @@ class GivenScripts {
     if (const auto found = byRelative_.find(withExtension(lxf.relative, "")); found != byRelative_.end()) {
       return found->second;
     }
-    const auto found = byName_.find(nameOf(stem));
+    const auto found = byName_.find(std::string(fileNameOf(stem)));
     return found == byName_.end() ? std::string() : found->second.path;
   }
 
@@ -87,7 +87,6 @@ class GivenScripts {
   static std::string stemOf(const std::string& path) {
     return withExtension(std::filesystem::path(path).lexically_normal().string(), "");
   }
-  static std::string nameOf(const std::string& path) { return path.substr(path.rfind('/') + 1); }
   // The first of several counts, `.txt` before all.
   static void add(Paths& paths, std::string key, const std::string& path, bool isText) {
     const auto [found, fresh] = paths.try_emplace(std::move(key), path);

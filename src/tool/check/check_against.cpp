@@ -6,10 +6,13 @@
 #include <optional>
 #include <set>
 
+#include "text/ascii.h"
+#include "text/path_names.h"
+#include "text/text.h"
 #include "tool/check/findings.h"
-#include "tool/run/session.h"
 #include "tool/script/pairing.h"
 #include "tool/script/script_lines.h"
+#include "tool/script/shown.h"
 
 namespace dravenna {
 
@@ -178,14 +181,14 @@ class OutsideCheck {
       for (std::size_t oldLine = first; oldLine < last; ++oldLine) {
         const auto texts = textsInPlace(lineOf(old_, oldLines_, oldLine), lines_[line]);
         if (!texts) continue;
-        addOutside({oldFrom, oldLine - oldFrom, from, line - from, 0});
+        addOutside({oldFrom, oldLine - oldFrom, from, line - from});
         checkTexts(line, *texts);
         oldFrom = oldLine + 1;
         from = line + 1;
         break;
       }
     }
-    addOutside({oldFrom, oldEnd - oldFrom, from, end - from, 0});
+    addOutside({oldFrom, oldEnd - oldFrom, from, end - from});
   }
 
  private:
@@ -281,8 +284,7 @@ void addDefinedNames(std::string_view line, FrozenNames& names) {
 // Pictures, sounds and music that the code asks for by name.
 bool namesFile(const OutlineText& text, const Outline& outline) {
   if (text.text.empty()) return false;
-  std::string command = outline.commands[text.command];
-  for (char& c : command) c = c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c;
+  const std::string command = lowerAsciiOf(outline.commands[text.command]);
   return isOneOf(command, {"cutin", "soundeffect", "soundeffectall", "playbgm", "playbgmall"});
 }
 
@@ -322,7 +324,7 @@ void checkLineEnds(Findings& findings, std::string_view oldWork, std::string_vie
 }  // namespace
 
 void gatherFrozenNames(std::string_view work, const Outline& outline, const std::string& relative, FrozenNames& names) {
-  const std::string file = relative.substr(relative.rfind('/') + 1);
+  const std::string file = std::string(fileNameOf(relative));
   names.insert(file);
   names.insert(file.substr(0, file.rfind('.')));
   for (const std::string_view npc : outline.npcs) addNpcName(npc, names);

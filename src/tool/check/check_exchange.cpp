@@ -4,8 +4,8 @@
 #include <charconv>
 
 #include "tool/check/findings.h"
-#include "tool/run/exchange_file.h"
-#include "tool/run/session.h"
+#include "tool/script/exchange_file.h"
+#include "tool/script/shown.h"
 
 namespace dravenna {
 
@@ -24,7 +24,7 @@ std::vector<const OutlineText*> recordTexts(const Outline& script) {
 class Numbers {
  public:
   // Whether the record bears a number that may be.
-  bool take(const ExchangeFile::Record& record) {
+  bool take(const ByteRecord& record) {
     const bool fits = bearsNumber(record, due_) || bearsNumber(record, other_);
     const std::size_t borne = numberOf(record);
     const std::size_t next = due_ + 1;
@@ -37,7 +37,7 @@ class Numbers {
 
  private:
   // 0 for none.
-  static std::size_t numberOf(const ExchangeFile::Record& record) {
+  static std::size_t numberOf(const ByteRecord& record) {
     std::size_t number = 0;
     const auto [end, error] =
         std::from_chars(record.number.data(), record.number.data() + record.number.size(), number);
@@ -48,7 +48,7 @@ class Numbers {
   std::size_t other_ = 1;
 };
 
-void checkRecord(Findings& findings, const ExchangeFile::Record& record, std::size_t index, Numbers& numbers) {
+void checkRecord(Findings& findings, const ByteRecord& record, std::size_t index, Numbers& numbers) {
   const std::size_t due = numbers.due();
   const bool fits = numbers.take(record);
   if (!record.hasColon) {
@@ -78,7 +78,7 @@ void checkRecord(Findings& findings, const ExchangeFile::Record& record, std::si
   }
 }
 
-void checkBeside(Findings& findings, const ExchangeFile::Record& record, std::size_t index, const OutlineText& text,
+void checkBeside(Findings& findings, const ByteRecord& record, std::size_t index, const OutlineText& text,
                  bool hasCodes, bool scriptIsOriginal) {
   const std::size_t begin = record.number.size() + 1;
   const std::string before = withoutColor(text.text);

@@ -5,8 +5,8 @@
 #include <algorithm>
 
 #include "text/text.h"
-#include "tool/run/session.h"
 #include "tool/script/script_lines.h"
+#include "tool/script/shown.h"
 
 namespace dravenna {
 

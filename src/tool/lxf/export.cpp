@@ -6,9 +6,9 @@
 #include "platform/failure.h"
 #include "platform/terminal.h"
 #include "platform/tree_files.h"
-#include "tool/run/exchange_file.h"
 #include "tool/run/globs.h"
 #include "tool/run/ordered_pool.h"
+#include "tool/run/output_file.h"
 #include "tool/run/session.h"
 #include "tool/script/records.h"
 
@@ -34,7 +34,7 @@ struct Options {
 
 // Another script in the place of an exchange file: `export npc/*.txt` where two were meant.
 bool isNamedLikeAScript(const Session& session, const std::string& path) {
-  const std::string name = path.substr(path.rfind('/') + 1);
+  const std::string name(fileNameOf(path));
   return matchesAny(session.include.empty() ? kScriptNames : session.include, name);
 }
 

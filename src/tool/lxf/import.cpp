@@ -6,8 +6,8 @@
 #include "platform/terminal.h"
 #include "platform/tree_files.h"
 #include "tool/lxf/import_tree.h"
-#include "tool/run/exchange_file.h"
 #include "tool/run/session.h"
+#include "tool/script/exchange_file.h"
 #include "tool/script/merge.h"
 
 namespace dravenna {
@@ -49,30 +49,31 @@ void importOne(Session& session, const ImportOptions& options) {
   const std::string_view script = readWork(session, path, file, work);
   const ExchangeFile cut = cutExchangeFile(lxf);
   const bool named = lxfPath == "-" || withExtension(lxfPath, ".lxf") == lxfPath;
-  const bool numbered = std::any_of(cut.records.begin(), cut.records.end(), [](const ExchangeFile::Record& record) {
+  const bool numbered = std::any_of(cut.records.begin(), cut.records.end(), [](const ByteRecord& record) {
     return !record.number.empty() && record.number.find_first_not_of("0123456789") == std::string_view::npos;
   });
   if (!named && !cut.records.empty() && !numbered && !options.force) {
     throw Failure(fromUtf8(lxfPath) + u": no exchange file: none of its lines has a number and a colon");
   }
 
-  Merge merge = mergeWork(*session.codec, *session.lists, script, lxf, options.keepEol);
-  if (!merge.error.empty()) throw Failure(fromUtf8(lxfPath) + u":" + merge.error);
+  const Merge merge = mergeWork(*session.lists, script, lxf, lxfPath, options.keepEol);
+  std::string buffer;
+  const std::string_view bytes = session.codec->toFile(merge.work, buffer);
   warnOfOddities(session, lxfPath, cut, merge.texts, isUtf8InAnotherPage(session.codec->page(), lxfFile, file));
   if (path == "-") {
-    if (!writeStandardOutput(merge.bytes)) session.console.fail();
+    if (!writeStandardOutput(bytes)) session.console.fail();
     return;
   }
-  if (!options.dryRun && merge.bytes != file) {
+  if (!options.dryRun && bytes != file) {
     Replacements replacements(*session.files, options.backup);
-    replacements.stage(path, merge.bytes);
+    replacements.stage(path, bytes);
     const std::u16string failed = replacements.commit()[0];
     if (!failed.empty()) throw Failure(failed);
     session.files->flushFolder(folderOf(path));
   }
   session.console.note(fmt::format("{}: {} of {} {}{}", shownName(path), merge.changed, counted(merge.texts, "text"),
                                    options.dryRun ? "would change" : "changed",
-                                   merge.changed == 0 && merge.bytes != file ? "; line ends only" : ""));
+                                   merge.changed == 0 && bytes != file ? "; line ends only" : ""));
 }
 
 void run(Session& session, const ImportOptions& options) {

@@ -8,8 +8,8 @@
 #include "platform/failure.h"
 #include "platform/tree_files.h"
 #include "text/text.h"
-#include "tool/run/exchange_file.h"
 #include "tool/run/ordered_pool.h"
+#include "tool/script/exchange_file.h"
 #include "tool/script/merge.h"
 #include "tool/script/records.h"
 
@@ -83,30 +83,37 @@ Outcome TreeImport::mergeScript(const Script& script, std::string& bytes) {
   const std::string_view scriptWork = readWork(session_, script.path, file, work);
   const auto refuse = [&](std::string_view why) {
     outcome.fate = Fate::Refused;
-    outcome.message = fmt::format("{}: left alone: {}: {}", shownName(script.path), shownName(lxfPath), why);
+    outcome.message = fmt::format("{}: left alone: {}", shownName(script.path), why);
     return outcome;
   };
   const ExchangeFile cut = cutExchangeFile(lxf);
   std::size_t texts = 0;
   forEachRecordText(scriptWork, *session_.lists, [&](std::string_view, std::string_view) { ++texts; });
   const std::string why = whyNoFit(cut, texts);
-  if (!why.empty() && !options_.force) return refuse(why);
-  if (!why.empty()) outcome.warnings.push_back(fmt::format("{}: {}", shownName(lxfPath), why));
+  if (!why.empty()) {
+    const std::string told = fmt::format("{}: {}", shownName(lxfPath), why);
+    if (!options_.force) return refuse(told);
+    outcome.warnings.push_back(told);
+  }
   if (isUtf8InAnotherPage(session_.codec->page(), lxfFile, file)) {
     outcome.warnings.push_back(fmt::format("{}: {}", shownName(lxfPath), kUtf8InAnotherPage));
   }
   if (lxf.empty()) return outcome;  // a script without texts, or forced with nothing to merge
 
-  Merge merge = mergeWork(*session_.codec, *session_.lists, scriptWork, lxf, options_.keepEol);
-  if (!merge.error.empty()) return refuse(shown(merge.error));
+  Merge merge;
+  try {
+    merge = mergeWork(*session_.lists, scriptWork, lxf, lxfPath, options_.keepEol);
+  } catch (const Failure& failure) {
+    return refuse(shown(failure.description()));
+  }
   for (std::size_t i = 0; i < cut.records.size() && i < texts; ++i) {
     const char* const what = whatSpoilsScan(cut.records[i].text);
     if (what != nullptr) outcome.warnings.push_back(fmt::format("{}:{}: {}", shownName(lxfPath), i + 1, what));
   }
   outcome.texts = merge.texts;
   outcome.changed = merge.changed;
-  outcome.fate = merge.bytes == file ? Fate::Unchanged : Fate::Replaced;
-  bytes = std::move(merge.bytes);
+  bytes = session_.codec->toFile(merge.work, lxfFile);
+  outcome.fate = bytes == file ? Fate::Unchanged : Fate::Replaced;
   return outcome;
 }
 

@@ -7,6 +7,7 @@
 
 #include "platform/failure.h"
 #include "platform/memory_file.h"
+#include "text/ascii.h"
 #include "text/code_page.h"
 #include "text/text.h"
 #include "tool/po/po_file.h"
@@ -83,8 +84,7 @@ void refuseOtherCharset(const std::string& path, po_file_t file, std::string_vie
   constexpr std::string_view kCharset = "charset=";
   const std::size_t at = field.find(kCharset);
   const std::string charset = at == std::string::npos ? std::string() : field.substr(at + kCharset.size());
-  std::string folded = charset;
-  for (char& c : folded) c = c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c;
+  const std::string folded = lowerAsciiOf(charset);
   if (!folded.empty() && folded != "utf-8" && folded != "utf8" && folded != "us-ascii" && folded != "ascii") {
     throw Failure(fromUtf8(fmt::format("{}: its header names the character set {}, not UTF-8", path, charset)));
   }

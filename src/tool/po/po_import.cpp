@@ -10,7 +10,7 @@
 #include "tool/po/po.h"
 #include "tool/po/po_file.h"
 #include "tool/po/po_text.h"
-#include "tool/run/loaded_script.h"
+#include "tool/script/loaded_script.h"
 #include "tool/script/script_lines.h"
 
 namespace dravenna {

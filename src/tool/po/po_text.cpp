@@ -6,6 +6,7 @@
 
 #include "text/text.h"
 #include "tool/script/merge.h"
+#include "tool/script/shown.h"
 
 namespace dravenna {
 

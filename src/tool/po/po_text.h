@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "tool/run/loaded_script.h"
+#include "tool/script/loaded_script.h"
 
 // Texts between scripts and PO files.
 namespace dravenna {

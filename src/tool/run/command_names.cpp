@@ -29,8 +29,7 @@ std::vector<CommandPair> readCommandPairs(std::string_view json) {
   try {
     const auto file = nlohmann::json::parse(json);
     for (const auto& pair : file.at("pairs")) {
-      pairs.push_back({pair.at("name").get<std::string>(), pair.value("about", std::string()),
-                       listOf(pair.at("allowed")), listOf(pair.at("special"))});
+      pairs.push_back({pair.at("name").get<std::string>(), listOf(pair.at("allowed")), listOf(pair.at("special"))});
     }
   } catch (const nlohmann::json::exception& failure) {
     throw Failure(u"The file of command lists is damaged: " + fromUtf8(failure.what()));

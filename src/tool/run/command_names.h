@@ -11,7 +11,6 @@ namespace dravenna {
 // A pair of command lists under a name.
 struct CommandPair {
   std::string name;
-  std::string about;
   std::u16string allowed;
   std::u16string special;
 };

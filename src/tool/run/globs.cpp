@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "text/path_names.h"
+
 namespace dravenna {
 
 namespace {
@@ -84,7 +86,7 @@ bool matchesGlob(std::string_view pattern, std::string_view text) {
 }
 
 bool matchesAny(const std::vector<std::string>& patterns, std::string_view relative) {
-  const std::string_view name = relative.substr(relative.rfind('/') + 1);
+  const std::string_view name = fileNameOf(relative);
   return std::any_of(patterns.begin(), patterns.end(), [&](const std::string& pattern) {
     return matchesGlob(pattern, pattern.find('/') == std::string::npos ? name : relative);
   });

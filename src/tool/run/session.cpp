@@ -82,7 +82,7 @@ std::vector<Script> collectScripts(Session& session, const std::vector<std::stri
       const PathKind kind = argument == "-" ? PathKind::File : session.files->pathKind(argument);
       if (kind == PathKind::Missing) throw Failure(u"No such file or directory: '" + fromUtf8(argument) + u"'");
       if (kind == PathKind::File) {
-        add({argument, argument.substr(argument.rfind('/') + 1)});
+        add({argument, std::string(fileNameOf(argument))});
         continue;
       }
       const auto wanted = [&](const std::string& relative) { return !matchesAny(session.exclude, relative); };
@@ -98,28 +98,23 @@ std::vector<Script> collectScripts(Session& session, const std::vector<std::stri
   return scripts;
 }
 
-std::string joinPath(const std::string& folder, const std::string& relative) {
-  return folder.empty() || folder.back() == '/' ? folder + relative : folder + "/" + relative;
-}
-
-std::string withExtension(const std::string& path, std::string_view extension) {
-  const std::size_t dot = path.rfind('.');
-  const std::size_t name = path.rfind('/') + 1;
-  return path.substr(0, dot == std::string::npos || dot < name ? path.size() : dot).append(extension);
-}
-
-std::string folderOf(const std::string& path) {
-  const std::size_t slash = path.rfind('/');
-  return slash == std::string::npos ? std::string() : path.substr(0, std::max<std::size_t>(slash, 1));
-}
-
-std::string_view readWork(const Session& session, const std::string& path, std::string& file, std::string& work) {
+void readFile(const Session& session, const std::string& path, std::string& file) {
   if (path == "-") {
     file = readStandardInput();
   } else {
     session.files->readWhole(path, file);
   }
+}
+
+std::string_view readWork(const Session& session, const std::string& path, std::string& file, std::string& work) {
+  readFile(session, path, file);
   return session.codec->toWork(file, work);
+}
+
+std::unique_ptr<LoadedScript> loadScript(const Session& session, const std::string& path) {
+  std::string file;
+  readFile(session, path, file);
+  return std::make_unique<LoadedScript>(std::move(file), *session.codec, *session.lists);
 }
 
 void addBackupOption(Verb verb, std::string& suffix) {
@@ -129,22 +124,6 @@ void addBackupOption(Verb verb, std::string& suffix) {
               const bool fits = !given.empty() && given.find_first_of("/\\") == std::string::npos;
               return fits ? "" : "the suffix is empty or holds a /";
             });
-}
-
-std::string shown(const std::u16string& text) {
-  std::string out;
-  appendEscapedName(toUtf8(text), out);
-  return out;
-}
-
-std::string shownName(std::string_view name) {
-  std::string out;
-  appendEscapedName(name, out);
-  return out;
-}
-
-std::string counted(std::size_t count, std::string_view noun) {
-  return fmt::format("{} {}{}", count, noun, count == 1 ? "" : "s");
 }
 
 }  // namespace dravenna

@@ -7,10 +7,13 @@
 
 #include "platform/tree_files.h"
 #include "scan/command_list.h"
+#include "text/path_names.h"
 #include "text/text.h"
 #include "tool/run/console.h"
 #include "tool/run/options.h"
 #include "tool/script/codec.h"
+#include "tool/script/loaded_script.h"
+#include "tool/script/shown.h"
 
 namespace dravenna {
 
@@ -52,24 +55,15 @@ inline const std::vector<std::string> kScriptNames = {"*.txt"};
 std::vector<Script> collectScripts(Session& session, const std::vector<std::string>& arguments,
                                    const std::vector<std::string>& defaultInclude = kScriptNames);
 
-// `folder` and a relative path with `/` between its names.
-std::string joinPath(const std::string& folder, const std::string& relative);
-// The path with its extension, told by the last `.` of the last name, replaced; added when there is none.
-std::string withExtension(const std::string& path, std::string_view extension);
-std::string folderOf(const std::string& path);
-
-// A file's work bytes; `-` is standard input. Uses both buffers again and again. Throws Failure.
+// A file's bytes; `-` is standard input. Throws Failure.
+void readFile(const Session& session, const std::string& path, std::string& file);
+// Its work bytes. Uses both buffers again and again.
 std::string_view readWork(const Session& session, const std::string& path, std::string& file, std::string& work);
 
-// UTF-8 for the console.
-std::string shown(const std::u16string& text);
-std::string shownName(std::string_view name);
+std::unique_ptr<LoadedScript> loadScript(const Session& session, const std::string& path);
 
 // `--backup SUFFIX`, for verbs that replace scripts.
 void addBackupOption(Verb verb, std::string& suffix);
-
-// "1 script", "2 scripts".
-std::string counted(std::size_t count, std::string_view noun);
 
 // The verbs: each adds its command and runs from it. They set the console's failed state or throw Failure, UsageError.
 void addTexts(Verb program, Session& session);

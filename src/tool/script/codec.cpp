@@ -9,12 +9,10 @@ namespace dravenna {
 namespace {
 
 void appendWide(std::u16string_view text, std::string& out) {
-  for (std::size_t at = 0; at < text.size(); ++at) {
-    std::uint32_t code = text[at];
-    if (isHighSurrogate(text[at]) && at + 1 < text.size() && isLowSurrogate(text[at + 1])) {
-      code = 0x10000 + ((code - 0xD800u) << 10) + (text[++at] - 0xDC00u);
-    }
-    appendUtf8(code, out);
+  for (std::size_t at = 0; at < text.size();) {
+    const Utf16Char read = readUtf16(text, at);
+    appendUtf8(read.code, out);
+    at += read.length;
   }
 }
 

@@ -5,8 +5,9 @@
 #include <unordered_map>
 
 #include "color/color_codes.h"
-#include "exchange/lxf.h"
+#include "exchange/records.h"
 #include "scan/line_scanner.h"
+#include "text/ascii.h"
 #include "tool/script/align.h"
 #include "tool/script/script_lines.h"
 
@@ -23,12 +24,10 @@ bool isWordByte(char c) {
   return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_';
 }
 
-char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; }
-
 bool endsPage(std::string_view word) {
   if (word.size() > 8) return false;
   std::array<char, 8> folded{};
-  std::transform(word.begin(), word.end(), folded.begin(), lower);
+  std::transform(word.begin(), word.end(), folded.begin(), lowerAscii<char>);
   return std::find(kPageEnds.begin(), kPageEnds.end(), std::string_view(folded.data(), word.size())) != kPageEnds.end();
 }
 
@@ -64,8 +63,8 @@ class OutlineBuilder {
       codeBefore_.append(word);
       if (!endsPage(word)) continue;
       pageEnds_ = true;
-      const char first = lower(word[0]);
-      const char second = lower(word[1]);
+      const char first = lowerAscii(word[0]);
+      const char second = lowerAscii(word[1]);
       if (first == 's' && second == 'e') beginMenu(Menu::Call);
       if (first == 'p') beginMenu(Menu::Call);
       if (first == 'm') beginMenu(Menu::Statement);
@@ -188,7 +187,7 @@ std::size_t countColorCodes(std::string_view text) {
 bool hasLetter(std::string_view text) {
   const std::string plain = withoutColor(text);
   return std::any_of(plain.begin(), plain.end(), [](char c) {
-    return static_cast<unsigned char>(c) >= 0x80 || (lower(c) >= 'a' && lower(c) <= 'z');
+    return static_cast<unsigned char>(c) >= 0x80 || (lowerAscii(c) >= 'a' && lowerAscii(c) <= 'z');
   });
 }
 

@@ -13,7 +13,6 @@ namespace {
 // The lines of a script without their texts.
 struct Skeleton {
   std::vector<std::uint64_t> lines;
-  std::vector<std::string_view> whole;
   std::vector<std::size_t> firstText;  // of each line, and one more entry behind the last
   bool endings[3] = {};                // which line ends there are, by their length
 };
@@ -40,30 +39,10 @@ Skeleton skeletonOf(std::string_view work, const Outline& outline) {
     appendOutside(line.text, outline, first, text, outside);
     skeleton.lines.push_back(hashOf(outside));
     skeleton.firstText.push_back(first);
-    skeleton.whole.push_back(line.text);
     skeleton.endings[line.ending.size()] = true;
   });
   skeleton.firstText.push_back(outline.texts.size());
   return skeleton;
-}
-
-// Offset in `line` of the first byte outside its texts that is not as in `old`.
-std::size_t firstDifference(std::string_view old, std::string_view line, const Outline& outline, std::size_t from,
-                            std::size_t to) {
-  // Texts are stepped over in `line` only: a rough place is enough where the quote marks themselves have moved.
-  std::size_t at = 0;
-  std::size_t oldAt = 0;
-  while (at < line.size() && oldAt < old.size()) {
-    if (from < to && outline.texts[from].begin == at) {
-      at += outline.texts[from++].text.size();
-      while (oldAt < old.size() && old[oldAt] != '"') ++oldAt;
-      continue;
-    }
-    if (line[at] != old[oldAt]) break;
-    ++at;
-    ++oldAt;
-  }
-  return at;
 }
 
 }  // namespace
@@ -85,11 +64,7 @@ Pairing pairScripts(std::string_view oldWork, const Outline& oldOutline, std::st
   std::size_t newAt = 0;
   const auto differ = [&](std::size_t oldEnd, std::size_t newEnd) {
     if (oldAt == oldEnd && newAt == newEnd) return;
-    OutsideChange change{oldAt, oldEnd - oldAt, newAt, newEnd - newAt, 0};
-    if (change.oldLines > 0 && change.newLines > 0) {
-      change.column = firstDifference(before.whole[oldAt], after.whole[newAt], newOutline, after.firstText[newAt],
-                                      after.firstText[newAt + 1]);
-    }
+    const OutsideChange change{oldAt, oldEnd - oldAt, newAt, newEnd - newAt};
     if (change.oldLines == change.newLines) {
       for (std::size_t i = 0; i < change.oldLines; ++i) pairLines(oldAt + i, newAt + i);
     }

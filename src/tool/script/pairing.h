@@ -13,7 +13,6 @@ constexpr std::size_t kNoText = static_cast<std::size_t>(-1);
 struct OutsideChange {
   std::size_t oldLine, oldLines;
   std::size_t newLine, newLines;
-  std::size_t column;  // of the first difference in the first line, in bytes from 0
 };
 
 // Which text of the original each text of a script stands for.

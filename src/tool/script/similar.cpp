@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "text/ascii.h"
 #include "tool/script/align.h"
 
 namespace dravenna {
@@ -20,10 +21,9 @@ std::vector<std::uint64_t> wordsOf(std::string_view text) {
     word.clear();
   };
   for (const char c : text) {
-    if (static_cast<unsigned char>(c) >= 0x80 || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9')) {
-      word.push_back(c);
-    } else if (c >= 'A' && c <= 'Z') {
-      word.push_back(static_cast<char>(c + 32));
+    const char folded = lowerAscii(c);
+    if (static_cast<unsigned char>(c) >= 0x80 || (folded >= 'a' && folded <= 'z') || (c >= '0' && c <= '9')) {
+      word.push_back(folded);
     } else if (c != '\'') {
       end();
     }
@@ -44,8 +44,6 @@ double similarityOf(Words a, Words b) {
 }
 
 }  // namespace
-
-double similarity(std::string_view a, std::string_view b) { return similarityOf(wordsOf(a), wordsOf(b)); }
 
 std::vector<SimilarPair> pairSimilarTexts(const std::vector<std::string>& a, const std::vector<std::string>& b) {
   std::vector<Words> aWords;

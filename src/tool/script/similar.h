@@ -1,7 +1,6 @@
 #pragma once
 
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace dravenna {
@@ -14,8 +13,5 @@ struct SimilarPair {
 
 // Pairs of similar texts, ascending in both lists. Between long lists only texts at the same distance are compared.
 std::vector<SimilarPair> pairSimilarTexts(const std::vector<std::string>& a, const std::vector<std::string>& b);
-
-// Share of words that two texts have in common, 0 to 1.
-double similarity(std::string_view a, std::string_view b);
 
 }  // namespace dravenna

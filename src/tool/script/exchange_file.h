@@ -4,20 +4,16 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/tree_files.h"
+#include "exchange/records.h"
 #include "text/code_page.h"
 
 namespace dravenna {
 
+using ByteRecord = Record<char>;
+
 // An exchange file cut at CR LF and at nothing else.
 struct ExchangeFile {
-  struct Record {
-    std::string_view line;
-    bool hasColon;
-    std::string_view number;  // before the first colon
-    std::string_view text;    // behind it
-  };
-  std::vector<Record> records;
+  std::vector<ByteRecord> records;
   std::string_view rest;      // what stands behind the last CR LF; empty in a good file
   std::size_t bareFeeds = 0;  // LF without a CR in front
 };
@@ -25,7 +21,7 @@ struct ExchangeFile {
 ExchangeFile cutExchangeFile(std::string_view bytes);
 
 // Whether a record bears that number, in plain decimal.
-bool bearsNumber(const ExchangeFile::Record& record, std::size_t number);
+bool bearsNumber(const ByteRecord& record, std::size_t number);
 
 // Why the file would not fit a script with so many texts, in a few words; empty when it fits: as many records as
 // texts, numbered from 1 in order, every line ended by CR LF.
@@ -35,9 +31,5 @@ std::string whyNoFit(const ExchangeFile& file, std::size_t texts);
 // what to tell then. Both are the bytes on disk.
 bool isUtf8InAnotherPage(const CodePage& page, std::string_view exchangeFile, std::string_view script);
 inline constexpr char kUtf8InAnotherPage[] = "it is UTF-8, but is read in the code page of the scripts";
-
-// Writes an exchange file. One that exists with other contents may be a translation: without `force` that is
-// left alone and a failure. Throws Failure.
-void writeExchangeFile(TreeFiles& files, const std::string& path, std::string_view bytes, bool force);
 
 }  // namespace dravenna

@@ -1,32 +1,30 @@
-#include "tool/run/exchange_file.h"
+#include "tool/script/exchange_file.h"
 
 #include <fmt/core.h>
 
 #include <algorithm>
 
-#include "platform/failure.h"
-#include "platform/tree_files.h"
-#include "tool/run/session.h"
+#include "tool/script/codec.h"
+#include "tool/script/shown.h"
 
 namespace dravenna {
 
 ExchangeFile cutExchangeFile(std::string_view bytes) {
   ExchangeFile file;
-  std::size_t at = 0;
-  for (std::size_t end; (end = bytes.find("\r\n", at)) != std::string_view::npos; at = end + 2) {
-    const std::string_view line = bytes.substr(at, end - at);
-    const std::size_t colon = line.find(':');
-    const bool hasColon = colon != std::string_view::npos;
-    file.records.push_back(
-        {line, hasColon, line.substr(0, hasColon ? colon : 0), hasColon ? line.substr(colon + 1) : line});
+  CrLfPieces<char> lines(bytes);
+  for (std::string_view line; lines.next(line);) {
+    if (lines.atLast()) {
+      file.rest = line;
+    } else {
+      file.records.push_back(cutRecord(line));
+    }
   }
-  file.rest = bytes.substr(at);
   const auto feeds = static_cast<std::size_t>(std::count(bytes.begin(), bytes.end(), '\n'));
   file.bareFeeds = feeds - file.records.size();
   return file;
 }
 
-bool bearsNumber(const ExchangeFile::Record& record, std::size_t number) {
+bool bearsNumber(const ByteRecord& record, std::size_t number) {
   return record.hasColon && record.number == std::to_string(number);
 }
 
@@ -52,16 +50,6 @@ bool isUtf8InAnotherPage(const CodePage& page, std::string_view exchangeFile, st
     return !isAscii(bytes) && CodePage::utf8()->countUndefined(bytes) == 0;
   };
   return !page.isUtf8() && isUtf8(exchangeFile) && !isUtf8(script);
-}
-
-void writeExchangeFile(TreeFiles& files, const std::string& path, std::string_view bytes, bool force) {
-  if (!force && files.pathKind(path) == PathKind::File) {
-    thread_local std::string old;
-    files.readWhole(path, old);
-    if (old == bytes) return;
-    if (!old.empty()) throw Failure(fromUtf8(path) + u": exists with other contents; --force overwrites it");
-  }
-  files.writeWhole(path, bytes);
 }
 
 }  // namespace dravenna

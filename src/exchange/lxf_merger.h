@@ -1,0 +1,56 @@
+#pragma once
+
+#include "exchange/records.h"
+
+namespace dravenna {
+
+enum class MergeStatus {
+  Merged,
+  NoColon,  // a record without a colon was reached
+  RanOut,   // the records ended inside a line of the document
+};
+
+// Puts the text of the k-th line of an exchange file in the place of the k-th text of a document that takes a record.
+// What stands behind the file's last CR LF is no record, unless a document line with several texts runs on into it.
+template <class Char>
+class LxfMerger {
+ public:
+  using View = std::basic_string_view<Char>;
+
+  LxfMerger(View exchangeFile, const CommandLists& lists) : scan_(lists), pieces_(exchangeFile) { next(); }
+
+  // No further line of the document will change.
+  bool done() const { return behind_ || pieces_.atLast(); }
+
+  // Appends the document's next line as it will be; false at a fault, which status() tells.
+  bool addLine(View line, std::basic_string<Char>& out);
+
+  MergeStatus status() const { return status_; }
+  std::size_t recordIndex() const { return index_; }  // from 0: records used, or the one at fault
+  std::size_t texts() const { return texts_; }        // that take a record, in the lines so far
+  std::size_t changed() const { return changed_; }    // of these, that are not what they were
+
+ private:
+  void next() { behind_ = !pieces_.next(current_); }
+
+  RecordScan<Char> scan_;
+  CrLfPieces<Char> pieces_;
+  View current_;
+  bool behind_ = false;
+  MergeStatus status_ = MergeStatus::Merged;
+  std::size_t index_ = 0;
+  std::size_t texts_ = 0;
+  std::size_t changed_ = 0;
+};
+
+struct MergeResult {
+  MergeStatus status = MergeStatus::Merged;
+  std::size_t recordIndex = 0;  // as above
+  std::size_t lineIndex = 0;    // from 0: the document's line at which the walk ended
+  std::u16string text;          // the merged document; empty unless Merged
+};
+
+// The whole document, whose lines end in CR LF and in nothing else. What stands behind the last one is no line.
+MergeResult mergeLxf(std::u16string_view document, std::u16string_view exchangeFile, const CommandLists& lists);
+
+}  // namespace dravenna
