@@ -3,7 +3,7 @@
 #include "fuzz_input.h"
 #include "model.h"
 #include "platform/scratch_folder.h"
-#include "robustness/quiet_platform.h"
+#include "support/quiet_form.h"
 
 using namespace dravenna;
 

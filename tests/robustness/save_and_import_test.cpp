@@ -6,7 +6,7 @@
 #include "platform/faulty_calls.h"
 #include "platform/posix/tree_files.h"
 #include "platform/scratch_folder.h"
-#include "quiet_platform.h"
+#include "support/quiet_form.h"
 #include "tool/po/po_file.h"
 #include "tool/run/session.h"
 

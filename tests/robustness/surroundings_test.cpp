@@ -8,7 +8,7 @@
 
 #include "long_script.h"
 #include "platform/scratch_folder.h"
-#include "quiet_platform.h"
+#include "support/quiet_form.h"
 #include "text/text.h"
 
 namespace dravenna {

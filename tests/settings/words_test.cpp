@@ -6,72 +6,56 @@
 #include <map>
 #include <set>
 
-#include "app/principal.h"
 #include "platform/registry_text.h"
 #include "platform/scratch_folder.h"
 #include "platform/system.h"
 #include "support/memory_registry.h"
-#include "support/quiet_windowing.h"
+#include "support/quiet_form.h"
 #include "text/text.h"
 
 namespace dravenna {
 namespace {
 
-// Notes what the boxes say.
-struct Boxes : QuietWindowing {
-  std::set<Text> said;
-
-  Answer messageBox(TextView text, int flags, TextView title) override {
-    said.emplace(text);
-    return QuietWindowing::messageBox(text, flags, title);
-  }
-};
-
 TEST(Words, EveryOneIsUsedAndEveryPlaceholderFilled) {
   const ScratchFolder folder;
   const auto put = [&](const char* name, std::string_view bytes) { return folder.put(name, bytes).u16string(); };
-  MemoryRegistry store;
+  auto owned = std::make_unique<MemoryRegistry>();
+  MemoryRegistry& store = *owned;
   for (const Setting* word : allWords()) {
     Registry(store).SetRegValue(HKEY_LOCAL_MACHINE_ID, kLangKey, word->name, word->name + Text(u" %1"));
   }
   store.full = true;
-  Boxes around;
-  around.yesOrNo = Answer::No;
-  QuietProcess process;
-  process.line = u"no such file";
-  const auto files = makeTextFiles(codePageByName("1252"));
-  Principal form(Platform{*files, store, process, around});
+  QuietForm form(makeTextFiles(codePageByName("1252")), std::move(owned), u"no such file");
   const auto open = [&](const Text& path) {
-    around.pick = path;
-    form.OpenScript();
+    form.stage.answers = {Answer::No};
+    form.stage.picks = {path};
+    form->OpenScript();
   };
   const auto click = [&](std::int32_t offset) {
-    form.N.setSelStart(offset);
-    form.N_MouseUp();
+    form->N.setSelStart(offset);
+    form->N_MouseUp();
   };
-  form.Form_Load();
-  form.mnu_Guardar_Click();
+  form->mnu_Guardar_Click();
   open(put("empty.txt", ""));
   open(put("code.txt", "goto \"x\";\n"));
   open(put("script.txt", "mes \"one\";\ngoto \"x\";\nmes \"odd;\n"));
-  form.mnu_Search_Click();
+  form->mnu_Search_Click();
   click(19);
   click(26);
   click(6);
-  form.mnu_Guardar_Click();
-  form.Modified = true;
+  form->mnu_Guardar_Click();
+  form->Modified = true;
   open(folder.path("script.txt"));
-  around.pick = folder.path("script.lxf");
-  form.mnu_Export_Click();
-  form.mnu_Import_Click();
+  form->mnu_Export_Click();
+  form->mnu_Import_Click();
   put("script.lxf", "no colon\r\n");
-  form.mnu_Import_Click();
-  form.Modified = true;
-  form.Form_Unload();
+  form->mnu_Import_Click();
+  form->Modified = true;
+  form->Form_Unload();
 
   for (const Setting* word : allWords()) EXPECT_TRUE(store.read.contains(word->name)) << toUtf8(word->name);
   for (const TextView filled : {u"FileNotFound no such file", u"FileWithErrors 1", u"BadLXFFile 1"}) {
-    EXPECT_TRUE(around.said.contains(Text(filled))) << toUtf8(filled);
+    EXPECT_TRUE(form.said(filled)) << toUtf8(filled);
   }
 }
 

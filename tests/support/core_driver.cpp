@@ -111,7 +111,7 @@ class CoreDriver : public Driver, private Windowing {
   Principal* form() override { return form_.get(); }
   Control focused() override {
     if (searchActive_) return Control::txtSearch;
-    return picker_ != nullptr ? Control::None : mainFocus_;
+    return form_->colorPick != nullptr ? Control::None : mainFocus_;
   }
 
   void start(std::u16string_view commandLine) override {
@@ -126,10 +126,10 @@ class CoreDriver : public Driver, private Windowing {
   }
 
   void key(const KeyStroke& stroke) override {
-    if (picker_ != nullptr) {
+    if (form_->colorPick != nullptr) {
       std::int16_t code = stroke.code;
-      picker_->Form_KeyDown(code);
-    } else if (mustBeOpen(); searchActive_) {
+      form_->colorPick->Form_KeyDown(code);
+    } else if (mainForm(); searchActive_) {
       searchKey(stroke);
     } else if (stroke.code == kKeyTab) {
       tab();
@@ -150,18 +150,15 @@ class CoreDriver : public Driver, private Windowing {
     settle();
   }
 
+  bool closed() override { return closed_; }
+
   void selectEdt() override {
     focus(Control::EDT);
     const auto length = static_cast<std::int32_t>(form_->EDT.Text().size());
     form_->EDT.userEdited(form_->EDT.Text(), 0, length);
   }
 
-  void click(std::int32_t offset) override { drag(offset, offset); }
-
   void drag(std::int32_t from, std::int32_t to) override {
-    mustBeOpen();
-    const auto size = static_cast<std::int32_t>(form_->N.Text().size());
-    if (std::min(from, to) < 0 || std::max(from, to) > size) throw ScenarioError{0, "the offset lies outside N"};
     leaveSearch();
     mainFocus_ = Control::N;
     settle();
@@ -172,7 +169,6 @@ class CoreDriver : public Driver, private Windowing {
   }
 
   void focus(Control control) override {
-    mustBeOpen();
     if (control == Control::EDT && !form_->EDT.Visible) throw ScenarioError{0, "EDT is not visible"};
     if (control == Control::txtSearch) {
       searchBox();
@@ -184,7 +180,6 @@ class CoreDriver : public Driver, private Windowing {
   }
 
   void menu(const MenuPlace& place) override {
-    mustBeOpen();
     leaveSearch();
     settle();
     if (place.entry->Enabled && place.click != nullptr) (form_.get()->*place.click)();
@@ -192,27 +187,24 @@ class CoreDriver : public Driver, private Windowing {
   }
 
   void mouse(MouseStep step, std::int32_t x, std::int32_t y) override {
-    ColorPick& open = picker();
-    if (step == MouseStep::Press) open.picBigBox_MouseDown(x, y);
-    if (step == MouseStep::Move) open.picBigBox_MouseMove(x, y);
-    if (step == MouseStep::Release) open.picBigBox_MouseUp(x, y);
+    if (step == MouseStep::Press) picker().picBigBox_MouseDown(x, y);
+    if (step == MouseStep::Move) picker().picBigBox_MouseMove(x, y);
+    if (step == MouseStep::Release) picker().picBigBox_MouseUp(x, y);
   }
 
-  void button(std::u16string_view name) override {
-    if (name == u"Command1") return picker().Command1_Click();
-    mustBeOpen();
+  void button(const std::string& name) override {
+    if (name == "Command1") return picker().Command1_Click();
     FrmSearch& box = searchBox();
     searchActive_ = true;
-    if (name == u"CancelButton") {
+    if (name == "CancelButton") {
       box.CancelButton_Click();
     } else {
-      box.btn_Search_Click(name == u"btn_Search0" ? 0 : 1);
+      box.btn_Search_Click(name == "btn_Search0" ? 0 : 1);
     }
     settle();
   }
 
   void resize(std::int32_t width, std::int32_t height) override {
-    mustBeOpen();
     FormState& state = form_->form;
     const std::int32_t frameWidth = state.Width - state.ScaleWidth;
     const std::int32_t frameHeight = state.Height - state.ScaleHeight;
@@ -224,10 +216,7 @@ class CoreDriver : public Driver, private Windowing {
     form_->Form_Resize();
   }
 
-  void close() override {
-    mustBeOpen();
-    unloadMainForm();
-  }
+  void close() override { unloadMainForm(); }
 
  private:
   // Windowing.
@@ -249,11 +238,7 @@ class CoreDriver : public Driver, private Windowing {
   }
   void showSearchBox(FrmSearch&) override { searchActive_ = true; }
   void unloadSearchBox(FrmSearch&) override { searchActive_ = searchLostFocus_ = false; }
-  void showColorPick(ColorPick& picker) override {
-    picker_ = &picker;
-    surroundings_.stepsOfPicker(picker);
-    picker_ = nullptr;
-  }
+  void showColorPick(ColorPick& picker) override { surroundings_.stepsOfPicker(picker); }
   void unloadMainForm() override {
     if (closed_) return;
     closed_ = true;
@@ -266,26 +251,10 @@ class CoreDriver : public Driver, private Windowing {
     stage_.dialog = ShownDialog{save, dialog};
     if (const std::optional<std::u16string> pick = stage_.nextPick()) {
       dialog.FileName = *pick;
-    } else if (dialog.CancelError) {
-      throw Failure(u"Cancelled");
-    } else {
+    } else if (!stage_.takesOffers) {
+      if (dialog.CancelError) throw Failure(u"Cancelled");
       dialog.FileName.clear();
     }
-  }
-
-  void mustBeOpen() {
-    if (form_ == nullptr) throw ScenarioError{0, "there is no start before it"};
-    if (closed_) throw ScenarioError{0, "the main window is closed"};
-    if (picker_ != nullptr) throw ScenarioError{0, "the picker is open"};
-  }
-
-  FrmSearch& searchBox() {
-    if (form_->frmSearch == nullptr) throw ScenarioError{0, "the search box is closed"};
-    return *form_->frmSearch;
-  }
-  ColorPick& picker() {
-    if (picker_ == nullptr) throw ScenarioError{0, "the picker is closed"};
-    return *picker_;
   }
 
   // The focus goes from the search box to the main window; the box hears of it when the handler has returned.
@@ -335,7 +304,6 @@ class CoreDriver : public Driver, private Windowing {
   Surroundings surroundings_;
   Stage& stage_;
   std::unique_ptr<Principal> form_;
-  ColorPick* picker_ = nullptr;
   Control mainFocus_ = Control::None;
   bool searchActive_ = false;
   bool searchLostFocus_ = false;

@@ -9,79 +9,61 @@ namespace dravenna {
 
 namespace {
 
-using Reader = std::function<Value(Principal&)>;
-
-std::u16string textOf(std::u16string_view text) { return std::u16string(text); }
-std::int64_t number(std::int64_t value) { return value; }
-
-FrmSearch& openBox(Principal& form) {
-  if (form.frmSearch == nullptr) throw ScenarioError{0, "the search box is closed"};
-  return *form.frmSearch;
+template <class Shown>
+Value valueOf(const Shown& shown) {
+  if constexpr (std::is_same_v<Shown, bool>) {
+    return shown;
+  } else if constexpr (std::is_integral_v<Shown>) {
+    return std::int64_t{shown};
+  } else {
+    return std::u16string(shown);
+  }
 }
 
-ColorPick& openPicker(Principal& form) {
-  if (form.colorPick == nullptr) throw ScenarioError{0, "the picker is closed"};
-  return *form.colorPick;
-}
+using Reader = Value (*)(Driver&);
 
-const std::map<std::string, Reader, std::less<>>& readers() {
-  static const std::map<std::string, Reader, std::less<>> all = {
-      {"N.Text", [](Principal& form) { return form.N.Text(); }},
-      {"N.SelStart", [](Principal& form) { return number(form.N.SelStart()); }},
-      {"N.SelLength", [](Principal& form) { return number(form.N.SelLength()); }},
-      {"N.SelText", [](Principal& form) { return textOf(form.N.SelText()); }},
-      {"N.SelColor", [](Principal& form) { return number(form.N.SelColor()); }},
-      {"N.Visible", [](Principal& form) { return form.N.Visible; }},
-      {"N.TabStop", [](Principal& form) { return form.N.TabStop; }},
-      {"EDT.Text", [](Principal& form) { return form.EDT.Text(); }},
-      {"EDT.SelStart", [](Principal& form) { return number(form.EDT.SelStart()); }},
-      {"EDT.SelLength", [](Principal& form) { return number(form.EDT.SelLength()); }},
-      {"EDT.SelText", [](Principal& form) { return textOf(form.EDT.SelText()); }},
-      {"EDT.Visible", [](Principal& form) { return form.EDT.Visible; }},
-      {"EDT.ForeColor", [](Principal& form) { return number(form.EDT.ForeColor); }},
-      {"EDT.BackColor", [](Principal& form) { return number(form.EDT.BackColor); }},
-      {"Ini", [](Principal& form) { return number(form.Ini); }},
-      {"Fin", [](Principal& form) { return number(form.Fin); }},
-      {"xIni", [](Principal& form) { return number(form.xIni); }},
-      {"NavMode", [](Principal& form) { return number(form.NavMode); }},
-      {"Modified", [](Principal& form) { return form.Modified; }},
-      {"ScriptLoaded", [](Principal& form) { return form.ScriptLoaded; }},
-      {"HasMessages", [](Principal& form) { return form.HasMessages; }},
-      {"HasCode", [](Principal& form) { return form.HasCode; }},
-      {"UndoText", [](Principal& form) { return form.UndoText; }},
-      {"LastSearch", [](Principal& form) { return form.LastSearch; }},
-      {"ScriptPath", [](Principal& form) { return form.ScriptPath; }},
-      {"AllowedCommands", [](Principal& form) { return form.AllowedCommands; }},
-      {"SpecialAllowedCommands", [](Principal& form) { return form.SpecialAllowedCommands; }},
-      {"Caption", [](Principal& form) { return form.form.Caption; }},
-      {"MousePointer", [](Principal& form) { return number(form.form.MousePointer); }},
-      {"frmSearch", [](Principal& form) { return textOf(form.frmSearch ? u"open" : u"closed"); }},
-      {"frmSearch.Caption", [](Principal& form) { return openBox(form).Caption; }},
-      {"txtSearch.Text", [](Principal& form) { return openBox(form).txtSearch.Text(); }},
-      {"txtSearch.SelLength", [](Principal& form) { return number(openBox(form).txtSearch.SelLength()); }},
-      {"btn_Search0.Caption", [](Principal& form) { return openBox(form).btn_Search[0]; }},
-      {"btn_Search1.Caption", [](Principal& form) { return openBox(form).btn_Search[1]; }},
-      {"CancelButton.Caption", [](Principal& form) { return openBox(form).CancelButton; }},
-      {"ColorPick", [](Principal& form) { return textOf(form.colorPick ? u"open" : u"closed"); }},
-      {"RFF.Text", [](Principal& form) { return openPicker(form).RFF.Text(); }},
-      {"HT.Text", [](Principal& form) { return openPicker(form).HT.Text(); }},
-      {"txtHexColor.Text", [](Principal& form) { return openPicker(form).txtHexColor.Text(); }},
-      {"iPreview.BackColor", [](Principal& form) { return number(openPicker(form).iPreview.BackColor); }},
-  };
+// A reader by its name; a call keeps its parentheses there.
+#define SHOWN(what, value) std::pair<const std::string, Reader>(what, [](Driver& driver) { return valueOf(value); })
+#define OF_FORM(what) SHOWN(#what, driver.form()->what)
+#define OF_PICKER(what) SHOWN(#what, driver.picker().what)
+
+std::map<std::string, Reader> mapOf(const auto&... readers) { return {readers...}; }
+
+const std::map<std::string, Reader>& readers() {
+  static const auto all =
+      mapOf(OF_FORM(N.Text()), OF_FORM(N.SelStart()), OF_FORM(N.SelLength()), OF_FORM(N.SelText()),
+            OF_FORM(N.SelColor()), OF_FORM(N.Visible), OF_FORM(N.TabStop), OF_FORM(EDT.Text()), OF_FORM(EDT.SelStart()),
+            OF_FORM(EDT.SelLength()), OF_FORM(EDT.SelText()), OF_FORM(EDT.Visible), OF_FORM(EDT.ForeColor),
+            OF_FORM(EDT.BackColor), OF_FORM(Ini), OF_FORM(Fin), OF_FORM(xIni), OF_FORM(NavMode), OF_FORM(Modified),
+            OF_FORM(ScriptLoaded), OF_FORM(HasMessages), OF_FORM(HasCode), OF_FORM(UndoText), OF_FORM(LastSearch),
+            OF_FORM(ScriptPath), OF_FORM(AllowedCommands), OF_FORM(SpecialAllowedCommands),
+            SHOWN("Caption", driver.form()->form.Caption), SHOWN("MousePointer", driver.form()->form.MousePointer),
+            SHOWN("frmSearch", openIf(driver.form()->frmSearch != nullptr)),
+            SHOWN("frmSearch.Caption", driver.searchBox().Caption),
+            SHOWN("txtSearch.Text", driver.searchBox().txtSearch.Text()),
+            SHOWN("txtSearch.SelLength", driver.searchBox().txtSearch.SelLength()),
+            SHOWN("btn_Search0.Caption", driver.searchBox().btn_Search[0]),
+            SHOWN("btn_Search1.Caption", driver.searchBox().btn_Search[1]),
+            SHOWN("CancelButton.Caption", driver.searchBox().CancelButton),
+            SHOWN("ColorPick", openIf(driver.form()->colorPick != nullptr)), OF_PICKER(RFF.Text()),
+            OF_PICKER(HT.Text()), OF_PICKER(txtHexColor.Text()), OF_PICKER(iPreview.BackColor));
   return all;
 }
 
 }  // namespace
 
+std::u16string openIf(bool open) { return open ? u"open" : u"closed"; }
+
 std::optional<Value> Driver::read(const std::string& what) {
   if (what == "focus") {
     static const char16_t* const kNames[] = {u"none", u"N", u"EDT", u"txtSearch"};
-    return std::u16string(kNames[static_cast<std::size_t>(focused())]);
+    return kNames[static_cast<std::size_t>(focused())];
   }
-  if (const auto reader = readers().find(what); reader != readers().end()) return reader->second(*form());
-  const std::size_t dot = what.find('.');
+  for (const std::string& name : {what, what + "()"}) {
+    if (const auto reader = readers().find(name); reader != readers().end()) return reader->second(*this);
+  }
   for (const MenuPlace& place : form()->menu()) {
-    if (toUtf8(place.entry->name) != what.substr(0, dot)) continue;
+    if (toUtf8(place.entry->name) != what.substr(0, what.find('.'))) continue;
     if (what.ends_with(".Caption")) return place.entry->Caption;
     if (what.ends_with(".Enabled")) return place.entry->Enabled;
     if (what.ends_with(".Checked")) return place.entry->Checked;
@@ -95,6 +77,22 @@ std::vector<std::uint32_t> Driver::colors() {
   return colors;
 }
 
-std::int64_t Driver::point(std::int32_t x, std::int32_t y) { return openPicker(*form()).picBigBox.Point(x, y); }
+std::int64_t Driver::point(std::int32_t x, std::int32_t y) { return picker().picBigBox.Point(x, y); }
+
+Principal& Driver::mainForm() {
+  if (closed()) throw ScenarioError{0, "the main window is closed"};
+  if (form()->colorPick != nullptr) throw ScenarioError{0, "the picker is open"};
+  return *form();
+}
+
+FrmSearch& Driver::searchBox() {
+  if (form()->frmSearch == nullptr) throw ScenarioError{0, "the search box is closed"};
+  return *form()->frmSearch;
+}
+
+ColorPick& Driver::picker() {
+  if (form()->colorPick == nullptr) throw ScenarioError{0, "the picker is closed"};
+  return *form()->colorPick;
+}
 
 }  // namespace dravenna

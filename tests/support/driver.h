@@ -27,6 +27,8 @@ enum class MouseStep { Press, Move, Release };
 
 using Value = std::variant<bool, std::int64_t, std::u16string>;
 
+std::u16string openIf(bool open);  // how a window's state is written
+
 // What a driver works on. All of it outlives the driver.
 struct Surroundings {
   FailingTextFiles& files;
@@ -44,17 +46,17 @@ class Driver {
 
   virtual void start(std::u16string_view commandLine) = 0;
   virtual void key(const KeyStroke& stroke) = 0;
-  virtual void selectEdt() = 0;  // gives EDT the focus and selects all of it
-  virtual void click(std::int32_t offset) = 0;
-  virtual void drag(std::int32_t from, std::int32_t to) = 0;
+  virtual void selectEdt() = 0;                               // gives EDT the focus and selects all of it
+  virtual void drag(std::int32_t from, std::int32_t to) = 0;  // offsets within N
   virtual void focus(Control control) = 0;
   virtual void menu(const MenuPlace& place) = 0;
   virtual void mouse(MouseStep step, std::int32_t x, std::int32_t y) = 0;
-  virtual void button(std::u16string_view name) = 0;
+  virtual void button(const std::string& name) = 0;
   virtual void resize(std::int32_t width, std::int32_t height) = 0;
   virtual void close() = 0;
 
   virtual Principal* form() = 0;  // null before the start
+  virtual bool closed() = 0;
   virtual Control focused() = 0;
   // What `what` shows; nothing if there is no such thing. This one reads the models.
   virtual std::optional<Value> read(const std::string& what);
@@ -62,6 +64,11 @@ class Driver {
   virtual std::vector<std::uint32_t> colors();
   // A pixel of the open picker's field; -1 outside.
   virtual std::int64_t point(std::int32_t x, std::int32_t y);
+
+  // These throw where the user finds no such window, or another one in front of it.
+  Principal& mainForm();
+  FrmSearch& searchBox();
+  ColorPick& picker();
 };
 
 using DriverFactory = std::function<std::unique_ptr<Driver>(const Surroundings&)>;

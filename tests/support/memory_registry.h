@@ -33,7 +33,7 @@ class MemoryRegistry : public RegistryCalls {
     if (handle == 0) return 6;
     read.emplace(name);
     const Values& values = *reinterpret_cast<Values*>(handle);
-    const auto value = values.find(std::u16string(name));
+    const auto value = values.find(foldCase(name));
     if (value == values.end()) return 2;
     type = kRegSz;
     const std::u16string& text = value->second;
@@ -42,10 +42,12 @@ class MemoryRegistry : public RegistryCalls {
   }
   std::int32_t RegSetValueExA(Handle handle, std::u16string_view name, std::u16string_view data) override {
     if (full) return 112;
-    (*reinterpret_cast<Values*>(handle))[std::u16string(name)] = data;
+    (*reinterpret_cast<Values*>(handle))[foldCase(name)] = data;
     return 0;
   }
-  std::int32_t RegDeleteKeyA(std::uint32_t, std::u16string_view) override { return 5; }
+  std::int32_t RegDeleteKeyA(std::uint32_t root, std::u16string_view path) override {
+    return keys_.erase(decimal(root) + foldCase(path)) != 0 ? 0 : 2;
+  }
   std::int32_t RegCloseKey(Handle) override { return 0; }
 
  private:

@@ -52,7 +52,7 @@ std::vector<Word> splitWords(std::u16string_view text, int line) {
 
 }  // namespace
 
-std::vector<Directive> parseScenario(std::string_view bytes) {
+std::vector<Directive> parseScenario(std::string_view bytes, std::deque<std::string>& reasons) {
   std::vector<Directive> directives;
   if (bytes.starts_with("\xEF\xBB\xBF")) bytes.remove_prefix(3);
   for (int line = 1; !bytes.empty(); ++line) {
@@ -66,6 +66,7 @@ std::vector<Directive> parseScenario(std::string_view bytes) {
       directives.back().block.push_back(fromUtf8(raw.substr(raw.size() > 1 ? 2 : 1)));
       continue;
     }
+    if (raw.starts_with("#! ")) reasons.emplace_back(raw.substr(3));
     if (raw.substr(std::min(raw.find_first_not_of(" \t"), raw.size())).starts_with('#')) continue;
     std::vector<Word> words = splitWords(fromUtf8(raw), line);
     if (words.empty()) continue;

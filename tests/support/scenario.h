@@ -1,5 +1,6 @@
 #pragma once
 
+#include <deque>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -26,8 +27,9 @@ struct ScenarioError {
   std::string message;
 };
 
-// The directives of a scenario file. Throws ScenarioError.
-std::vector<Directive> parseScenario(std::string_view bytes);
+// The directives of a scenario file. What stands behind `#! ` at the front of a line goes to `reasons`. Throws
+// ScenarioError.
+std::vector<Directive> parseScenario(std::string_view bytes, std::deque<std::string>& reasons);
 
 // A text as a quoted string of a scenario, in UTF-8.
 std::string inQuotes(std::u16string_view text);

@@ -30,6 +30,7 @@ struct Stage {
   std::deque<ShownBox> boxes;                       // not expected yet
   std::optional<ShownDialog> dialog;                // the last one
   int beeps = 0;
+  bool takesOffers = false;  // where no pick waits, a file dialog's own name is taken
 
   // The answer to a box with these flags: the queued one if the box has that button, else the default button.
   Answer answerFor(int flags);

@@ -14,6 +14,7 @@
 #include <QtWidgets/QMenuBar>
 #include <QtWidgets/QMessageBox>
 #include <QtWidgets/QPushButton>
+#include <algorithm>
 #include <functional>
 
 #include "desktop/color_pick_dialog.h"
@@ -32,27 +33,17 @@ namespace dravenna {
 namespace {
 
 // Milliseconds after which something that should appear is given up.
-constexpr int kPatience = 2000;
+constexpr int kPatience = 60000;
 
 Qt::Key keyOf(std::int16_t code) {
-  static const std::pair<std::int16_t, Qt::Key> kKeys[] = {{kKeyBackspace, Qt::Key_Backspace},
-                                                           {kKeyTab, Qt::Key_Tab},
-                                                           {kKeyEnter, Qt::Key_Return},
-                                                           {kKeyEsc, Qt::Key_Escape},
-                                                           {kKeyEnd, Qt::Key_End},
-                                                           {kKeyHome, Qt::Key_Home},
-                                                           {kKeyLeft, Qt::Key_Left},
-                                                           {kKeyUp, Qt::Key_Up},
-                                                           {kKeyRight, Qt::Key_Right},
-                                                           {kKeyDown, Qt::Key_Down},
-                                                           {kKeyDel, Qt::Key_Delete},
-                                                           {kKeyF1, Qt::Key_F1},
-                                                           {kKeyF3, Qt::Key_F3},
-                                                           {kKeyF5, Qt::Key_F5}};
-  for (const auto& [ours, theirs] : kKeys) {
-    if (ours == code) return theirs;
-  }
-  return static_cast<Qt::Key>(code);  // letters, digits and the blank are the same
+  constexpr std::int16_t kCodes[] = {kKeyBackspace, kKeyTab,   kKeyEnter, kKeyEsc, kKeyEnd, kKeyHome, kKeyLeft,
+                                     kKeyUp,        kKeyRight, kKeyDown,  kKeyDel, kKeyF1,  kKeyF3,   kKeyF5};
+  constexpr Qt::Key kKeys[] = {Qt::Key_Backspace, Qt::Key_Tab,  Qt::Key_Return, Qt::Key_Escape, Qt::Key_End,
+                               Qt::Key_Home,      Qt::Key_Left, Qt::Key_Up,     Qt::Key_Right,  Qt::Key_Down,
+                               Qt::Key_Delete,    Qt::Key_F1,   Qt::Key_F3,     Qt::Key_F5};
+  const auto* const found = std::find(std::begin(kCodes), std::end(kCodes), code);
+  // Letters, digits and the blank are the same.
+  return found == std::end(kCodes) ? static_cast<Qt::Key>(code) : kKeys[found - kCodes];
 }
 
 std::uint32_t colorNumber(const QColor& color) {
@@ -91,6 +82,8 @@ class WindowDriver : public QObject, public Driver {
 
   Principal* form() override { return window_ != nullptr ? &window_->principal() : nullptr; }
 
+  bool closed() override { return !window_->isVisible(); }
+
   Control focused() override {
     QWidget* const widget = QApplication::focusWidget();
     if (widget == nullptr || closed()) return Control::None;
@@ -110,7 +103,7 @@ class WindowDriver : public QObject, public Driver {
   void key(const KeyStroke& stroke) override {
     QWidget* target = window_->colorPickDialog();
     if (target == nullptr) {
-      mustBeOpen();
+      mainForm();
       const bool inSearch = window_->searchBox() != nullptr && QApplication::activeWindow() == window_->searchBox();
       target = inSearch ? static_cast<QWidget*>(window_->searchBox()) : window_.get();
     }
@@ -129,14 +122,9 @@ class WindowDriver : public QObject, public Driver {
     window_->editBox().selectAll();
   }
 
-  void click(std::int32_t offset) override { drag(offset, offset); }
-
   void drag(std::int32_t from, std::int32_t to) override {
-    mustBeOpen();
     activate(*window_);
     ScriptView& view = window_->scriptView();
-    const auto size = static_cast<std::int32_t>(view.model().Text().size());
-    if (std::min(from, to) < 0 || std::max(from, to) > size) throw ScenarioError{0, "the offset lies outside N"};
     view.scrollTo(static_cast<std::size_t>(from));
     mouseOn(*view.viewport(), QTest::MousePress, pointOf(from));
     if (view.rectOf(static_cast<std::size_t>(to)).isNull()) view.scrollTo(static_cast<std::size_t>(to));
@@ -147,11 +135,10 @@ class WindowDriver : public QObject, public Driver {
     if (!reached) throw ScenarioError{0, "the mouse does not reach the offset"};
   }
 
-  void focus(Control control) override {
-    mustBeOpen();
+  void focus(Control where) override {
     QWidget* target = &window_->scriptView();
-    if (control == Control::EDT) target = &window_->editBox();
-    if (control == Control::txtSearch) target = &searchControl("txtSearch");
+    if (where == Control::EDT) target = &window_->editBox();
+    if (where == Control::txtSearch) target = &control("txtSearch");
     if (target->isHidden()) throw ScenarioError{0, "the control is not visible"};
     target->setFocus(Qt::TabFocusReason);
     activate(*target->window());
@@ -159,7 +146,6 @@ class WindowDriver : public QObject, public Driver {
   }
 
   void menu(const MenuPlace& place) override {
-    mustBeOpen();
     activate(*window_);
     std::vector<const MenuPlace*> way;
     for (const MenuPlace* at = &place; at != nullptr; at = placeOf(at->parent)) way.insert(way.begin(), at);
@@ -200,35 +186,46 @@ class WindowDriver : public QObject, public Driver {
     if (step == MouseStep::Release) dragging_ = false;
   }
 
-  void button(std::u16string_view name) override {
-    QWidget* target = nullptr;
-    if (name == u"Command1") {
-      target = picker().findChild<QWidget*>(QStringLiteral("Command1"));
-    } else {
-      mustBeOpen();
-      target = &searchControl(toUtf8(name).c_str());
-      activate(*target->window());
-    }
-    mouseOn(*target, QTest::MouseClick, target->rect().center());
+  void button(const std::string& name) override {
+    QWidget& target = control(name);
+    activate(*target.window());
+    mouseOn(target, QTest::MouseClick, target.rect().center());
     settle();
   }
 
   void resize(std::int32_t width, std::int32_t height) override {
-    mustBeOpen();
     const QSize frame = window_->frameGeometry().size() - window_->size();
     window_->resize(QSize(pixels(width), pixels(height)) - frame);
     settle();
   }
 
   void close() override {
-    mustBeOpen();
     window_->close();
     turn();
   }
 
   std::optional<Value> read(const std::string& what) override {
-    if (std::optional<Value> value = what.starts_with("N.") ? readN(what) : readWidgets(what)) return value;
-    return Driver::read(what);
+    const std::size_t dot = std::min(what.find('.'), what.size());
+    const std::string name = what.substr(0, dot), property = what.substr(std::min(dot + 1, what.size()));
+    std::optional<Value> value;
+    if (name == "N") value = readN(property);
+    if (name == "EDT") value = readBox(window_->editBox(), property);
+    if (name == "txtSearch") value = readBox(static_cast<QLineEdit&>(control(name)), property);
+    if (const auto* action = window_->menuBar()->findChild<QAction*>(QString::fromStdString(name))) {
+      value = readAction(*action, property);
+    }
+    if (what == "Caption")
+      value = fromQt(window_->windowTitle().replace(QLatin1String("[*][*]"), QLatin1String("[*]")));
+    if (what == "frmSearch") value = openIf(window_->searchBox() != nullptr);
+    if (what == "ColorPick") value = openIf(window_->colorPickDialog() != nullptr);
+    if (what == "frmSearch.Caption") value = fromQt(control("txtSearch").window()->windowTitle());
+    if (name.starts_with("btn_Search") || name == "CancelButton") {
+      value = fromQt(static_cast<QAbstractButton&>(control(name)).text());
+    }
+    if (name == "iPreview") {
+      value = std::int64_t{colorNumber(control(name).grab().toImage().pixelColor(2, 2))};
+    }
+    return value ? value : Driver::read(what);
   }
 
   std::vector<std::uint32_t> colors() override {
@@ -312,22 +309,15 @@ class WindowDriver : public QObject, public Driver {
     if (dialog.isVisible()) dialog.reject();
   }
 
-  void mustBeOpen() const {
-    if (window_ == nullptr) throw ScenarioError{0, "there is no start before it"};
-    if (closed()) throw ScenarioError{0, "the main window is closed"};
-    if (window_->colorPickDialog() != nullptr) throw ScenarioError{0, "the picker is open"};
+  // A control of the window that is open in front of the main one.
+  QWidget& control(const std::string& name) const {
+    const QWidget* dialog = window_->colorPickDialog();
+    if (dialog == nullptr) dialog = window_->searchBox();
+    auto* const found = dialog != nullptr ? dialog->findChild<QWidget*>(QString::fromStdString(name)) : nullptr;
+    if (found == nullptr) throw ScenarioError{0, "no open window has " + name};
+    return *found;
   }
-  bool closed() const { return !window_->isVisible(); }
-
-  QWidget& searchControl(const char* name) const {
-    if (window_->searchBox() == nullptr) throw ScenarioError{0, "the search box is closed"};
-    return *window_->searchBox()->findChild<QWidget*>(QLatin1String(name));
-  }
-  ColorPickDialog& picker() const {
-    if (window_->colorPickDialog() == nullptr) throw ScenarioError{0, "the picker is closed"};
-    return *window_->colorPickDialog();
-  }
-  QWidget& field() const { return *picker().findChild<QWidget*>(QStringLiteral("picBigBox")); }
+  QWidget& field() const { return control("picBigBox"); }
 
   const MenuPlace* placeOf(const MenuEntry* entry) const {
     for (const MenuPlace& place : window_->principal().menu()) {
@@ -384,55 +374,31 @@ class WindowDriver : public QObject, public Driver {
     QAccessibleTextInterface& text = accessibleN();
     int start = text.cursorPosition(), end = start;
     if (text.selectionCount() > 0) text.selection(0, &start, &end);
-    if (what == "N.Text") return fromQt(text.text(0, text.characterCount()));
-    if (what == "N.SelStart") return std::int64_t{start};
-    if (what == "N.SelLength") return std::int64_t{end - start};
-    if (what == "N.SelText") return fromQt(text.text(start, end));
-    if (what == "N.Visible") return window_->scriptView().contentShown();
-    if (what == "N.TabStop") return (window_->scriptView().focusPolicy() & Qt::TabFocus) != 0;
+    if (what == "Text") return fromQt(text.text(0, text.characterCount()));
+    if (what == "SelStart") return std::int64_t{start};
+    if (what == "SelLength") return std::int64_t{end - start};
+    if (what == "SelText") return fromQt(text.text(start, end));
+    if (what == "Visible") return window_->scriptView().contentShown();
+    if (what == "TabStop") return (window_->scriptView().focusPolicy() & Qt::TabFocus) != 0;
     return std::nullopt;
   }
 
-  std::optional<Value> readWidgets(const std::string& what) const {
-    const EditBox& edt = window_->editBox();
-    const auto startOf = [](const QLineEdit& box) {
-      return std::int64_t{box.hasSelectedText() ? box.selectionStart() : box.cursorPosition()};
-    };
-    if (what == "EDT.Text") return fromQt(edt.text());
-    if (what == "EDT.SelStart") return startOf(edt);
-    if (what == "EDT.SelLength") return std::int64_t{edt.selectionLength()};
-    if (what == "EDT.SelText") return fromQt(edt.selectedText());
-    if (what == "EDT.Visible") return !edt.isHidden();
-    if (what == "EDT.ForeColor") return std::int64_t{colorNumber(edt.palette().color(QPalette::Text))};
-    if (what == "EDT.BackColor") return std::int64_t{colorNumber(edt.palette().color(QPalette::Base))};
-    if (what == "Caption") return fromQt(window_->windowTitle().replace(QLatin1String("[*][*]"), QLatin1String("[*]")));
-    if (what == "frmSearch") return std::u16string(window_->searchBox() != nullptr ? u"open" : u"closed");
-    if (what == "ColorPick") return std::u16string(window_->colorPickDialog() != nullptr ? u"open" : u"closed");
-    if (what == "frmSearch.Caption") return fromQt(searchControl("txtSearch").window()->windowTitle());
-    if (what.starts_with("txtSearch.")) {
-      const auto& box = static_cast<QLineEdit&>(searchControl("txtSearch"));
-      if (what == "txtSearch.Text") return fromQt(box.text());
-      if (what == "txtSearch.SelLength") return std::int64_t{box.selectionLength()};
-    }
-    if (what == "btn_Search0.Caption" || what == "btn_Search1.Caption" || what == "CancelButton.Caption") {
-      const std::string name = what.substr(0, what.find('.'));
-      return fromQt(static_cast<QAbstractButton&>(searchControl(name.c_str())).text());
-    }
-    if (what == "iPreview.BackColor") {
-      QWidget* swatch = picker().findChild<QWidget*>(QStringLiteral("iPreview"));
-      return std::int64_t{colorNumber(swatch->grab().toImage().pixelColor(2, 2))};
-    }
-    return readAction(what);
+  static std::optional<Value> readBox(const QLineEdit& box, const std::string& what) {
+    if (what == "Text") return fromQt(box.text());
+    if (what == "SelStart") return std::int64_t{box.hasSelectedText() ? box.selectionStart() : box.cursorPosition()};
+    if (what == "SelLength") return std::int64_t{box.selectionLength()};
+    if (what == "SelText") return fromQt(box.selectedText());
+    if (what == "Visible") return !box.isHidden();
+    if (what == "ForeColor") return std::int64_t{colorNumber(box.palette().color(QPalette::Text))};
+    if (what == "BackColor") return std::int64_t{colorNumber(box.palette().color(QPalette::Base))};
+    return std::nullopt;
   }
 
-  std::optional<Value> readAction(const std::string& what) const {
-    const std::size_t dot = what.find('.');
-    if (!what.starts_with("mnu_") || dot == std::string::npos) return std::nullopt;
-    const auto* action = window_->menuBar()->findChild<QAction*>(QString::fromStdString(what.substr(0, dot)));
-    if (action == nullptr || action->isSeparator()) return std::nullopt;
-    if (what.ends_with(".Caption")) return fromQt(action->text());
-    if (what.ends_with(".Enabled")) return action->isEnabled();
-    if (what.ends_with(".Checked")) return action->isChecked();
+  std::optional<Value> readAction(const QAction& action, const std::string& what) const {
+    if (action.isSeparator()) return std::nullopt;
+    if (what == "Caption") return fromQt(action.text());
+    if (what == "Enabled") return action.isEnabled();
+    if (what == "Checked") return action.isChecked();
     return std::nullopt;
   }
 
