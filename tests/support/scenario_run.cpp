@@ -236,7 +236,10 @@ class ScenarioRun {
     files_.failNext(operation, more() ? takeText("DESCRIPTION") : u"Failed on demand");
   }
 
-  void doKey() { driver().key(keyNamed(take("KEY").text)); }
+  void doKey() {
+    do driver().key(keyNamed(take("KEY").text));
+    while (more());
+  }
   void doType() {
     for (const char16_t character : takeText("STRING")) driver().key(keyTyping(character));
   }

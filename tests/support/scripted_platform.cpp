@@ -1,72 +1,47 @@
 #include "support/scripted_platform.h"
 
+#include <algorithm>
+
 namespace dravenna {
 
 namespace {
 
-class FailingReader : public TextReader {
+// Passes all on to the one stream that it has.
+class FailingStream : public TextReader, public TextWriter {
  public:
-  FailingReader(FailingTextFiles& files, std::unique_ptr<TextReader> reader)
-      : files_(files), reader_(std::move(reader)) {}
+  FailingStream(FailingTextFiles& files, std::unique_ptr<TextReader> reader, std::unique_ptr<TextWriter> writer)
+      : files_(files), reader_(std::move(reader)), writer_(std::move(writer)) {}
 
   bool AtEndOfStream() override { return reader_->AtEndOfStream(); }
-  std::u16string_view ReadLine() override {
-    files_.check(FileOperation::Read);
-    return reader_->ReadLine();
-  }
-  std::u16string ReadAll() override {
-    files_.check(FileOperation::Read);
-    return reader_->ReadAll();
-  }
+  std::u16string_view ReadLine() override { return files_.check(FileOperation::Read), reader_->ReadLine(); }
+  std::u16string ReadAll() override { return files_.check(FileOperation::Read), reader_->ReadAll(); }
+  void Write(std::u16string_view text) override { files_.check(FileOperation::Write), writer_->Write(text); }
+  void WriteLine(std::u16string_view text) override { files_.check(FileOperation::Write), writer_->WriteLine(text); }
   void Close() override {
     files_.check(FileOperation::Close);
-    reader_->Close();
+    reader_ ? reader_->Close() : writer_->Close();
   }
 
  private:
   FailingTextFiles& files_;
   std::unique_ptr<TextReader> reader_;
-};
-
-class FailingWriter : public TextWriter {
- public:
-  FailingWriter(FailingTextFiles& files, std::unique_ptr<TextWriter> writer)
-      : files_(files), writer_(std::move(writer)) {}
-
-  void Write(std::u16string_view text) override {
-    files_.check(FileOperation::Write);
-    writer_->Write(text);
-  }
-  void WriteLine(std::u16string_view text) override {
-    files_.check(FileOperation::Write);
-    writer_->WriteLine(text);
-  }
-  void Close() override {
-    files_.check(FileOperation::Close);
-    writer_->Close();
-  }
-
- private:
-  FailingTextFiles& files_;
   std::unique_ptr<TextWriter> writer_;
 };
 
 }  // namespace
 
 Answer Stage::answerFor(int flags) {
-  std::vector<Answer> buttons = {Answer::Ok};
-  if ((flags & 7) == 1) buttons = {Answer::Ok, Answer::Cancel};
-  if ((flags & 7) == 3) buttons = {Answer::Yes, Answer::No, Answer::Cancel};
-  if ((flags & 7) == 4) buttons = {Answer::Yes, Answer::No};
-  if (!answers.empty()) {
-    const Answer answer = answers.front();
-    for (const Answer button : buttons) {
-      if (button != answer) continue;
-      answers.pop_front();
-      return answer;
-    }
+  static const std::map<int, std::vector<Answer>> kButtons = {{0, {Answer::Ok}},
+                                                              {1, {Answer::Ok, Answer::Cancel}},
+                                                              {3, {Answer::Yes, Answer::No, Answer::Cancel}},
+                                                              {4, {Answer::Yes, Answer::No}}};
+  const std::vector<Answer>& buttons = kButtons.at(flags & 7);
+  if (answers.empty() || std::find(buttons.begin(), buttons.end(), answers.front()) == buttons.end()) {
+    return buttons[static_cast<std::size_t>(flags / 256)];
   }
-  return buttons[static_cast<std::size_t>(flags / 256)];
+  const Answer answer = answers.front();
+  answers.pop_front();
+  return answer;
 }
 
 std::optional<std::u16string> Stage::nextPick() {
@@ -77,20 +52,20 @@ std::optional<std::u16string> Stage::nextPick() {
 }
 
 std::unique_ptr<TextReader> FailingTextFiles::OpenTextFile(std::u16string_view path) {
-  return std::make_unique<FailingReader>(*this, files_->OpenTextFile(path));
+  return std::make_unique<FailingStream>(*this, files_->OpenTextFile(path), nullptr);
 }
 
 std::unique_ptr<TextWriter> FailingTextFiles::CreateTextFile(std::u16string_view path, Writing writing) {
   check(FileOperation::Create);
-  return std::make_unique<FailingWriter>(*this, files_->CreateTextFile(path, writing));
+  return std::make_unique<FailingStream>(*this, nullptr, files_->CreateTextFile(path, writing));
 }
 
 void FailingTextFiles::check(FileOperation operation) {
   std::deque<std::u16string>& faults = faults_[operation];
   if (faults.empty()) return;
-  const Failure failure(faults.front());
+  const std::u16string fault = faults.front();
   faults.pop_front();
-  throw failure;
+  throw Failure(fault);
 }
 
 }  // namespace dravenna

@@ -1,19 +1,5 @@
-#include <QtCore/QAbstractEventDispatcher>
-#include <QtCore/QFileInfo>
-#include <QtCore/QThread>
-#include <QtCore/QTimer>
-#include <QtGui/QAccessible>
-#include <QtGui/QAction>
-#include <QtTest/QTest>
-#include <QtWidgets/QAbstractButton>
-#include <QtWidgets/QApplication>
-#include <QtWidgets/QDialogButtonBox>
-#include <QtWidgets/QFileDialog>
-#include <QtWidgets/QListView>
-#include <QtWidgets/QMenu>
-#include <QtWidgets/QMenuBar>
-#include <QtWidgets/QMessageBox>
-#include <QtWidgets/QPushButton>
+#include <QtTest/QtTest>
+#include <QtWidgets/QtWidgets>
 #include <algorithm>
 #include <functional>
 

@@ -3,6 +3,7 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <csignal>
 #include <system_error>
 
@@ -12,7 +13,9 @@ namespace dravenna {
 
 namespace {
 
-volatile std::sig_atomic_t caughtSignal = 0;
+// Set by the signal handler, read by all threads.
+std::atomic<int> caughtSignal{0};
+static_assert(std::atomic<int>::is_always_lock_free);
 
 bool writeAll(int handle, std::string_view bytes) {
   while (!bytes.empty()) {
@@ -70,9 +73,10 @@ void catchInterrupts() {
 bool interrupted() { return caughtSignal != 0; }
 
 void endIfInterrupted() {
-  if (caughtSignal == 0) return;
-  std::signal(caughtSignal, SIG_DFL);
-  std::raise(caughtSignal);
+  const int number = caughtSignal;
+  if (number == 0) return;
+  std::signal(number, SIG_DFL);
+  std::raise(number);
 }
 
 std::filesystem::path executableFolder() {
