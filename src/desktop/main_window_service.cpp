@@ -10,6 +10,7 @@
 #include "desktop/search_box.h"
 #include "platform/failure.h"
 
+#include "platform/file_state.h"
 // What the form asks of its window.
 namespace dravenna {
 
@@ -48,7 +49,12 @@ Answer MainWindow::messageBox(std::u16string_view text, int flags, std::u16strin
 void MainWindow::pick(CommonDialog& dialog, bool saving) {
   synchronise();
   const ModalPointer pointer(busyShown_ && principal_.Screen.MousePointer != kHourglassPointer);
-  if (!showFileDialog(this, dialog, saving) && dialog.CancelError) throw Failure(u"Cancel was selected.");
+  const auto accepts = [&](const std::u16string& path) {
+    if (!saving || !sameFile(path, principal_.ScriptPath)) return true;
+    messageBox(read(principal_.registry(), desktop_words::ScriptIsTarget), kWarning, kTitle);
+    return false;
+  };
+  if (!showFileDialog(this, dialog, saving, accepts) && dialog.CancelError) throw Failure(u"Cancel was selected.");
 }
 
 void MainWindow::ShowOpen(CommonDialog& dialog) { pick(dialog, false); }

@@ -26,10 +26,25 @@ namespace words {
 #undef WORD
 }  // namespace words
 
+namespace desktop_words {
+#define WORD(name, fallback, use) const Setting name{kDesktopLangKey, u## #name, fallback, use};
+#include "settings/desktop_words.inc"
+#undef WORD
+}  // namespace desktop_words
+
 std::span<const Setting* const> allWords() {
   static constexpr std::array words = {
 #define WORD(name, fallback, use) &words::name,
 #include "settings/words.inc"
+#undef WORD
+  };
+  return words;
+}
+
+std::span<const Setting* const> allDesktopWords() {
+  static constexpr std::array words = {
+#define WORD(name, fallback, use) &desktop_words::name,
+#include "settings/desktop_words.inc"
 #undef WORD
   };
   return words;

@@ -10,6 +10,9 @@ namespace dravenna {
 
 inline constexpr char16_t kSettingsKey[] = u"Software\\Halvex\\Dravenna";
 inline constexpr char16_t kLangKey[] = u"Software\\Halvex\\Dravenna\\Lang";
+// What the window adds on its own.
+inline constexpr char16_t kDesktopKey[] = u"Software\\Halvex\\Dravenna\\Desktop";
+inline constexpr char16_t kDesktopLangKey[] = u"Software\\Halvex\\Dravenna\\Desktop\\Lang";
 // The command lists stand under a key of another spelling.
 inline constexpr char16_t kCommandsKey[] = u"Software\\Halvex\\Dravanne\\Lang";
 inline constexpr char16_t kVerbKey[] = u"txtfile\\shell\\Dravenna";
@@ -35,8 +38,14 @@ extern const Setting mnuFile, mnuOpen, mnuExport, mnuImport, mnuSave, mnuExit, m
     FileWithErrors, LogicalContextWarning, LineWithErrors, LXFCreated, ImportWarning, BadLXFFile, ImportFinish;
 }
 
-// All 34 words, for whoever makes a language pack.
+// Those under kDesktopLangKey.
+namespace desktop_words {
+extern const Setting ScriptIsTarget;
+}
+
+// All 34 words under kLangKey, and those under kDesktopLangKey, for whoever makes a language pack.
 std::span<const Setting* const> allWords();
+std::span<const Setting* const> allDesktopWords();
 
 // The value from the store, or the default.
 std::u16string read(Registry& registry, const Setting& setting);

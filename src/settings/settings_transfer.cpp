@@ -103,6 +103,7 @@ std::string exportSettings(RegistryCalls& registry) {
     putSetting(*setting);
   }
   for (const Setting* word : allWords()) putSetting(*word);
+  for (const Setting* word : allDesktopWords()) putSetting(*word);
   put(kClasses, HKEY_CLASSES_ROOT_ID, kVerbKey, u"");
   put(kClasses, HKEY_CLASSES_ROOT_ID, kVerbCommandKey, u"");
   return writeRegistryText(keys);

@@ -75,21 +75,26 @@ TEST(Words, LanguagePacksAreWhole) {
   for (const auto& [language, pageName] : pages) {
     std::ifstream file(std::string(LANG_FOLDER) + "/" + language + ".reg", std::ios::binary);
     const RegistryText pack = parseRegistryText(std::string{std::istreambuf_iterator<char>(file), {}});
-    const auto key = pack.keys.find(u"HKEY_LOCAL_MACHINE\\" + Text(kLangKey));
-    ASSERT_NE(key, pack.keys.end()) << language;
-    const auto& values = key->second.values;
     EXPECT_FALSE(pack.damaged) << language;
-    EXPECT_EQ(values.size(), allWords().size()) << language;
     const CodePagePtr page = codePageByName(pageName);
-    for (const Setting* word : allWords()) {
-      const auto value = values.find(word->name);
-      ASSERT_NE(value, values.end()) << language << ": " << toUtf8(word->name);
-      const TextView text = value->second.string;
-      std::string bytes;
-      EXPECT_EQ(page->encode(text, bytes), TextView::npos) << language << ": " << toUtf8(word->name);
-      EXPECT_EQ(text.find(u"%1") == TextView::npos, TextView(word->fallback).find(u"%1") == TextView::npos)
-          << language << ": " << toUtf8(word->name);
+    for (const auto& words : {allWords(), allDesktopWords()}) {
+      const auto key = pack.keys.find(u"HKEY_LOCAL_MACHINE\\" + Text(words.front()->key));
+      ASSERT_NE(key, pack.keys.end()) << language;
+      EXPECT_EQ(key->second.values.size(), words.size()) << language;
+      for (const Setting* word : words) {
+        const auto value = key->second.values.find(word->name);
+        ASSERT_NE(value, key->second.values.end()) << language << ": " << toUtf8(word->name);
+        const TextView text = value->second.string;
+        std::string bytes;
+        EXPECT_EQ(page->encode(text, bytes), TextView::npos) << language << ": " << toUtf8(word->name);
+        for (const TextView placeholder : {u"%1", u"%2"}) {
+          EXPECT_EQ(text.find(placeholder) == TextView::npos,
+                    TextView(word->fallback).find(placeholder) == TextView::npos)
+              << language << ": " << toUtf8(word->name);
+        }
+      }
     }
+    const auto& values = pack.keys.at(u"HKEY_LOCAL_MACHINE\\" + Text(kLangKey)).values;
     for (const auto& menu : menus) {
       std::set<char16_t> keys;
       for (const Setting* word : menu) {

@@ -6,6 +6,7 @@
 #include <atomic>
 #include <random>
 
+#include "platform/file_state.h"
 #include "platform/system.h"
 #include "text/text.h"
 
@@ -18,6 +19,15 @@ std::string readBytes(std::u16string_view path) {
 
 void replaceBytes(std::u16string_view path, std::string_view bytes) {
   posix::replaceFile(posix::realSystemCalls(), posix::pathBytes(path), bytes, {});
+}
+
+std::optional<FileState> fileState(std::u16string_view path) {
+  const std::string bytes = toUtf8(path);
+  struct stat status {};
+  if (bytes.find('\0') != std::string::npos || posix::realSystemCalls().stat(bytes.c_str(), status) != 0) return {};
+  constexpr std::int64_t kNanoseconds = 1'000'000'000;
+  return FileState{status.st_dev, status.st_ino, static_cast<std::uint64_t>(status.st_size),
+                   status.st_mtim.tv_sec * kNanoseconds + status.st_mtim.tv_nsec};
 }
 
 namespace posix {

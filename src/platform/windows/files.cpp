@@ -3,6 +3,7 @@
 #include <atomic>
 #include <random>
 
+#include "platform/file_state.h"
 #include "platform/system.h"
 #include "text/text.h"
 
@@ -20,6 +21,22 @@ void replaceBytes(std::u16string_view path, std::string_view bytes) {
   replacement.write(bytes);
   replacement.flush();
   replacement.place();
+}
+
+std::optional<FileState> fileState(std::u16string_view path) {
+  constexpr DWORD kShared = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+  try {
+    const windows::OpenFile file(windows::extendedPath(path), {0, kShared, OPEN_EXISTING}, std::u16string(path));
+    BY_HANDLE_FILE_INFORMATION found;
+    if (!::GetFileInformationByHandle(file.handle(), &found)) return {};
+    const auto joined = [](DWORD high, DWORD low) { return static_cast<std::uint64_t>(high) << 32 | low; };
+    return FileState{
+        found.dwVolumeSerialNumber, joined(found.nFileIndexHigh, found.nFileIndexLow),
+        joined(found.nFileSizeHigh, found.nFileSizeLow),
+        static_cast<std::int64_t>(joined(found.ftLastWriteTime.dwHighDateTime, found.ftLastWriteTime.dwLowDateTime))};
+  } catch (const Failure&) {
+    return {};
+  }
 }
 
 namespace windows {

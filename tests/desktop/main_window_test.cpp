@@ -1,0 +1,111 @@
+// The window with the real form, over files of its own: what lies outside the form's rules.
+#include "desktop/main_window.h"
+
+#include <gtest/gtest.h>
+
+#include <QtCore/QMimeData>
+#include <QtGui/QDropEvent>
+#include <QtGui/QInputMethodEvent>
+#include <QtTest/QtTest>
+#include <QtWidgets/QComboBox>
+#include <QtWidgets/QDialogButtonBox>
+#include <QtWidgets/QFileDialog>
+#include <QtWidgets/QFrame>
+#include <QtWidgets/QListView>
+#include <QtWidgets/QMessageBox>
+#include <QtWidgets/QPushButton>
+
+#include "desktop/color_pick_dialog.h"
+#include "desktop/edit_box.h"
+#include "desktop/qt_text.h"
+#include "desktop/search_box.h"
+#include "desktop/twips.h"
+#include "platform/scratch_folder.h"
+#include "platform/system.h"
+#include "support/memory_registry.h"
+#include "support/quiet_windowing.h"
+
+namespace dravenna {
+
+namespace {
+
+class MainWindowTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    std::filesystem::create_directory(folder.file("sub"));
+    std::filesystem::current_path(folder.file(""));
+    for (const char* name : {"sub/gate.txt", "sub/gate"}) folder.put(name, "mes \"one\";\r\nmes \"two\";\r\n");
+  }
+  void TearDown() override { std::filesystem::current_path("/"); }
+
+  MainWindow& start(const char16_t* line) {
+    process.line = line;
+    window = std::make_unique<MainWindow>(*files, store, process);
+    window->answerBy([this](std::u16string_view text) { said.emplace_back(text); });
+    window->start();
+    EXPECT_TRUE(QTest::qWaitForWindowActive(window.get()));
+    return *window;
+  }
+
+  // Runs a menu entry; `act` works on its file dialog.
+  void inDialog(void (Principal::*click)(), const std::function<void(QFileDialog&)>& act) {
+    QTimer::singleShot(0, window.get(), [&] {
+      auto* dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
+      ASSERT_NE(dialog, nullptr);
+      act(*dialog);
+      QTimer::singleShot(0, dialog, &QDialog::reject);  // if it is still there, or again
+    });
+    window->handle([&] { (window->principal().*click)(); });
+  }
+  static void save(QFileDialog& dialog) {
+    QTimer::singleShot(0, &dialog, [] {
+      auto* question = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+      if (question != nullptr) question->button(QMessageBox::Yes)->click();
+    });
+    dialog.findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Save)->click();
+  }
+  static QString nameIn(const QFileDialog& dialog) {
+    return dialog.findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))->text();
+  }
+
+  ScratchFolder folder;
+  MemoryRegistry store;
+  QuietProcess process;
+  std::unique_ptr<TextFiles> files = makeTextFiles(codePageByName("1252"));
+  std::vector<std::u16string> said;
+  std::unique_ptr<MainWindow> window;
+};
+
+TEST_F(MainWindowTest, FileDialogsStartBesideTheScriptAndSpareIt) {
+  for (const auto& [script, name] : {std::pair(u"sub/gate.txt", "gate.lxf"), std::pair(u"sub/gate", "lxf")}) {
+    start(script);
+    inDialog(&Principal::mnu_Export_Click, [&](QFileDialog& dialog) {
+      EXPECT_EQ(fromQt(dialog.directory().absolutePath()), folder.path("sub"));
+      EXPECT_EQ(nameIn(dialog), QLatin1String(name));
+      save(dialog);
+    });
+    EXPECT_EQ(folder.get(std::string("sub/") + name), "1:one\r\n2:two\r\n");
+    inDialog(&Principal::mnu_Export_Click, [&](QFileDialog& dialog) {
+      dialog.selectFile(QFileInfo(toQt(script)).fileName());
+      said.clear();
+      save(dialog);
+    });
+    EXPECT_EQ(said.size(), 1U);  // why the dialog comes back
+    EXPECT_EQ(folder.get("sub/gate.txt"), folder.get("sub/gate"));
+    inDialog(&Principal::mnu_Abrir_Click, [](QFileDialog& dialog) {
+      auto* filters = dialog.findChild<QComboBox*>(QStringLiteral("fileTypeCombo"));
+      EXPECT_EQ(filters->itemText(1), QStringLiteral("All files (*.*)"));
+      const auto* list = dialog.findChild<QListView*>(QStringLiteral("listView"));
+      const auto lists = [&](int count) {
+        return QTest::qWaitFor([&] { return list->model()->rowCount(list->rootIndex()) == count; });
+      };
+      EXPECT_TRUE(lists(1));
+      Q_EMIT filters->activated(1);
+      EXPECT_TRUE(lists(3 + static_cast<int>(dialog.directory().exists(QStringLiteral("lxf")))));
+    });
+  }
+}
+
+}  // namespace
+
+}  // namespace dravenna
