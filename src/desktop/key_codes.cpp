@@ -58,6 +58,10 @@ std::int16_t character(const QKeyEvent& event, bool ctrlAlone) {
 
 }  // namespace
 
+bool isAltKey(const QKeyEvent& event) {
+  return (event.modifiers() & (Qt::AltModifier | Qt::ControlModifier)) == Qt::AltModifier;
+}
+
 KeyEvent keyEventOf(const QKeyEvent& event) {
   const Qt::KeyboardModifiers modifiers = event.modifiers();
   KeyEvent key;
@@ -65,8 +69,7 @@ KeyEvent keyEventOf(const QKeyEvent& event) {
   if (modifiers.testFlag(Qt::ShiftModifier)) key.Shift |= kShift;
   if (modifiers.testFlag(Qt::ControlModifier)) key.Shift |= kCtrl;
   if (modifiers.testFlag(Qt::AltModifier)) key.Shift |= kAlt;
-  const bool ctrlAlone = modifiers.testFlag(Qt::ControlModifier) && !modifiers.testFlag(Qt::AltModifier);
-  key.KeyAscii = character(event, ctrlAlone);
+  if (!isAltKey(event)) key.KeyAscii = character(event, (key.Shift & (kCtrl | kAlt)) == kCtrl);
   return key;
 }
 

@@ -53,6 +53,7 @@ bool MainWindow::keyPressed(const QObject* object, QKeyEvent& event) {
       EDT_->takeOver();
     } else if (target == Control::N) {
       N_->keyPressEvent(&event);
+    if (isAltKey(event)) return;
     }
   });
   return true;

@@ -98,7 +98,16 @@ bool SearchBox::eventFilter(QObject* object, QEvent* event) {
     return true;
   }
   if (event->type() != QEvent::KeyPress || box_ == nullptr) return QWidget::eventFilter(object, event);
-  std::int16_t KeyAscii = keyEventOf(*static_cast<QKeyEvent*>(event)).KeyAscii;
+  const auto& key = *static_cast<QKeyEvent*>(event);
+  if (isAltKey(key)) {
+    const QKeySequence pressed(Qt::ALT | static_cast<Qt::Key>(key.key()));
+    for (QPushButton* button : findChildren<QPushButton*>()) {
+      if (QKeySequence::mnemonic(button->text()) == pressed) button->click();
+    }
+    event->ignore();
+    return true;
+  }
+  std::int16_t KeyAscii = keyEventOf(key).KeyAscii;
   if (KeyAscii == 0) return false;
   call([&KeyAscii](FrmSearch& form) { form.Form_KeyPress(KeyAscii); });
   if (KeyAscii != 0) return false;

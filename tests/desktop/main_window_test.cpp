@@ -106,6 +106,31 @@ TEST_F(MainWindowTest, FileDialogsStartBesideTheScriptAndSpareIt) {
   }
 }
 
+TEST_F(MainWindowTest, AltIsForMenusAndButtons) {
+  Registry(store).SetRegValue(HKEY_LOCAL_MACHINE_ID, kLangKey, u"btnNext", u"&Weiter");
+  EditBox& box = start(u"sub/gate.txt").editBox();
+  const auto press = [](QWidget& target, Qt::Key key, const char16_t* text, Qt::KeyboardModifiers modifiers) {
+    QTest::sendKeyEvent(QTest::Click, &target, key, toQt(text), modifiers);
+  };
+  press(box, Qt::Key_A, u"a", Qt::AltModifier);
+  press(box, Qt::Key_Left, u"", Qt::AltModifier);
+  EXPECT_EQ(box.selectedText(), QStringLiteral("one"));
+  press(box, Qt::Key_At, u"@", Qt::GroupSwitchModifier);
+  press(box, Qt::Key_E, u"\u20AC", Qt::ControlModifier | Qt::AltModifier);
+  QInputMethodEvent composed;
+  composed.setCommitString(QStringLiteral("\u00E9"));
+  QCoreApplication::sendEvent(&box, &composed);
+  EXPECT_EQ(window->principal().EDT.Text(), u"@\u20AC\u00E9");
+
+  window->handle([this] { window->principal().mnu_Search_Click(); });
+  auto& word = *window->searchBox()->findChild<EditBox*>(QStringLiteral("txtSearch"));
+  press(word, Qt::Key_T, u"t", Qt::NoModifier);
+  press(word, Qt::Key_X, u"x", Qt::AltModifier);
+  press(word, Qt::Key_W, u"w", Qt::AltModifier);
+  EXPECT_EQ(window->principal().LastSearch, u"t");
+  EXPECT_EQ(window->principal().N.SelText(), u"two");
+}
+
 }  // namespace
 
 }  // namespace dravenna
