@@ -25,6 +25,22 @@ bool isLineBreak(QChar c) {
   return c == u'\r' || c == u'\n' || c == QChar::LineSeparator || c == QChar::ParagraphSeparator;
 }
 
+// The lines of a text, those without a character left out, with a blank between them.
+QString joined(const QString& text) {
+  QString line;
+  bool broken = false;
+  for (const QChar c : text) {
+    if (isLineBreak(c)) {
+      broken = true;
+      continue;
+    }
+    if (broken && !line.isEmpty()) line += u' ';
+    broken = false;
+    line += c;
+  }
+  return line;
+}
+
 }  // namespace
 
 EditBox::EditBox(TextBox& model, QWidget* parent) : QLineEdit(parent), model_(model) {
@@ -102,19 +118,18 @@ void EditBox::focusOutEvent(QFocusEvent* event) {
   event->accept();
 }
 
-void EditBox::insertCut(const QString& pasted) {
-  qsizetype end = 0;
-  while (end < pasted.size() && !isLineBreak(pasted.at(end))) ++end;
-  if (isReadOnly() || text().size() + end > kMostShown) {
+void EditBox::insertJoined(const QString& pasted) {
+  const QString line = joined(pasted);
+  if (isReadOnly() || text().size() + line.size() > kMostShown) {
     QApplication::beep();
-  } else if (end > 0) {
-    insert(pasted.left(end));
+  } else if (!line.isEmpty()) {
+    insert(line);
   }
 }
 
 void EditBox::keyPressEvent(QKeyEvent* event) {
   if (event->matches(QKeySequence::Paste)) {
-    insertCut(QApplication::clipboard()->text());
+    insertJoined(QApplication::clipboard()->text());
   } else {
     QLineEdit::keyPressEvent(event);
   }
@@ -125,17 +140,22 @@ void EditBox::mouseReleaseEvent(QMouseEvent* event) {
   if (event->button() == Qt::MiddleButton && clipboard->supportsSelection()) {
     deselect();
     setCursorPosition(cursorPositionAt(event->position().toPoint()));
-    insertCut(clipboard->text(QClipboard::Selection));
+    insertJoined(clipboard->text(QClipboard::Selection));
   } else {
     QLineEdit::mouseReleaseEvent(event);
   }
+}
+
+void EditBox::dragEnterEvent(QDragEnterEvent* event) {
+  if (event->mimeData()->hasUrls()) return event->ignore();  // files are for the window
+  QLineEdit::dragEnterEvent(event);
 }
 
 void EditBox::dropEvent(QDropEvent* event) {
   if (event->mimeData()->hasText()) {
     deselect();
     setCursorPosition(cursorPositionAt(event->position().toPoint()));
-    insertCut(event->mimeData()->text());
+    insertJoined(event->mimeData()->text());
     event->setDropAction(Qt::CopyAction);
     event->accept();
   } else {
@@ -147,7 +167,7 @@ void EditBox::contextMenuEvent(QContextMenuEvent* event) {
   const std::unique_ptr<QMenu> menu(createStandardContextMenu());
   if (auto* paste = menu->findChild<QAction*>(QStringLiteral("edit-paste"))) {
     paste->disconnect(this);
-    connect(paste, &QAction::triggered, this, [this] { insertCut(QApplication::clipboard()->text()); });
+    connect(paste, &QAction::triggered, this, [this] { insertJoined(QApplication::clipboard()->text()); });
   }
   menu->exec(event->globalPos());
 }

@@ -32,10 +32,11 @@ QString titleOf(std::u16string_view caption) {
 }  // namespace
 
 MainWindow::MainWindow(TextFiles& files, RegistryCalls& registry, Process& process)
-    : onBeep(&QApplication::beep), principal_(Platform{files, registry, process, *this}) {
+    : onBeep(&QApplication::beep), files_(files), principal_(Platform{files, registry, process, *this}) {
   setObjectName(QStringLiteral("Principal"));
   buildControls();
   menuBar_ = std::make_unique<MenuBar>(*menuBar(), principal_, [this](MenuBar::Click click) {
+  setAcceptDrops(true);
     EDT_->takeOver();
     handle([this, click] { (principal_.*click)(); });
   });

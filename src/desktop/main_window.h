@@ -25,6 +25,9 @@ class MainWindow : public QMainWindow, private Windowing {
   // Shows the window and runs the form's start-up; the script is there with the first paint.
   void start();
 
+  // OpenScript whose dialog is answered by this path.
+  void open(const std::u16string& path);
+
   // Message boxes are answered by their default buttons and told to this function instead of being shown.
   void answerBy(std::function<void(std::u16string_view text)> tell) { tellMessage_ = std::move(tell); }
   // What sounds the beep.
@@ -44,6 +47,8 @@ class MainWindow : public QMainWindow, private Windowing {
   bool eventFilter(QObject* object, QEvent* event) override;
   void changeEvent(QEvent* event) override;
   void closeEvent(QCloseEvent* event) override;
+  void dragEnterEvent(QDragEnterEvent* event) override;
+  void dropEvent(QDropEvent* event) override;
 
  private:
   // Windowing.
@@ -64,7 +69,10 @@ class MainWindow : public QMainWindow, private Windowing {
   void formResized();
   bool keyPressed(const QObject* object, QKeyEvent& event);
   Control focusedControl() const;
+  std::vector<std::u16string> scriptsIn(const QDropEvent& drop);
+  void openDropped(const std::vector<std::u16string>& paths);
   void pick(CommonDialog& dialog, bool saving);
+  TextFiles& files_;
 
   Principal principal_;
   ScriptView* N_ = nullptr;
@@ -73,8 +81,9 @@ class MainWindow : public QMainWindow, private Windowing {
   SearchBox* searchBox_ = nullptr;
   ColorPickDialog* colorPick_ = nullptr;
   std::function<void(std::u16string_view)> tellMessage_;
-  QSize toldSize_;   // the outer size that the form knows of, in pixels
-  int running_ = 0;  // handlers on the stack
+  std::u16string answer_;  // of the next open dialog; empty: the user is asked
+  QSize toldSize_;         // the outer size that the form knows of, in pixels
+  int running_ = 0;        // handlers on the stack
   bool started_ = false;
   bool loading_ = false;  // the start-up runs: the busy pointer would cost more than it shows
   bool unloaded_ = false;

@@ -1,3 +1,6 @@
+#include <QtCore/QDir>
+#include <QtCore/QMimeData>
+#include <QtCore/QUrl>
 #include <QtGui/QCloseEvent>
 #include <QtGui/QKeyEvent>
 #include <QtWidgets/QApplication>
@@ -5,7 +8,9 @@
 #include "desktop/edit_box.h"
 #include "desktop/key_codes.h"
 #include "desktop/main_window.h"
+#include "desktop/qt_text.h"
 #include "desktop/script_view.h"
+#include "text/text.h"
 
 // The user's input on its way to the form's handlers.
 namespace dravenna {
@@ -48,12 +53,12 @@ bool MainWindow::keyPressed(const QObject* object, QKeyEvent& event) {
     // The focus may have moved on the way.
     synchronise();
     const Control target = focusedControl();
+    if (isAltKey(event)) return;
     if (target == Control::EDT) {
       EDT_->keyPressEvent(&event);
       EDT_->takeOver();
     } else if (target == Control::N) {
       N_->keyPressEvent(&event);
-    if (isAltKey(event)) return;
     }
   });
   return true;
@@ -62,6 +67,50 @@ bool MainWindow::keyPressed(const QObject* object, QKeyEvent& event) {
 void MainWindow::changeEvent(QEvent* event) {
   QMainWindow::changeEvent(event);
   if (event->type() == QEvent::WindowStateChange && started_) formResized();
+}
+
+void MainWindow::open(const std::u16string& path) {
+  answer_ = path;
+  EDT_->takeOver();
+  handle([this] { principal_.OpenScript(); });
+  answer_.clear();
+}
+
+// The files that a drop brings; none while the window takes no input, or where they would be moved away.
+std::vector<std::u16string> MainWindow::scriptsIn(const QDropEvent& drop) {
+  std::vector<std::u16string> paths;
+  if (running_ > 0 || QApplication::activeModalWidget() != nullptr) return paths;
+  if (!drop.possibleActions().testFlag(Qt::CopyAction)) return paths;
+  for (const QUrl& url : drop.mimeData()->urls()) {
+    if (!url.isLocalFile()) continue;
+    // Where names are bytes, an address holds any of them, and perhaps the name of this computer.
+    const std::u16string path =
+        QDir::separator() == u'/'
+            ? fromUtf8(QByteArray::fromPercentEncoding(url.path(QUrl::FullyEncoded).toLatin1()).toStdString())
+            : fromQt(QDir::toNativeSeparators(url.toLocalFile()));
+    if (files_.fileExists(path)) paths.push_back(path);
+  }
+  return paths;
+}
+
+void MainWindow::dragEnterEvent(QDragEnterEvent* event) {
+  event->setDropAction(Qt::CopyAction);
+  event->setAccepted(!scriptsIn(*event).empty());
+}
+
+void MainWindow::dropEvent(QDropEvent* event) {
+  const std::vector<std::u16string> paths = scriptsIn(*event);
+  event->setDropAction(Qt::CopyAction);
+  event->setAccepted(!paths.empty());
+  // Queued: the program that the files come from waits for the end of the drop.
+  if (!paths.empty())
+    QMetaObject::invokeMethod(
+        this, [this, paths] { openDropped(paths); }, Qt::QueuedConnection);
+}
+
+void MainWindow::openDropped(const std::vector<std::u16string>& paths) {
+  activateWindow();
+  open(paths.front());
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {

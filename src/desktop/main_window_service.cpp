@@ -1,5 +1,6 @@
 #include <QtGui/QGuiApplication>
 #include <QtWidgets/QApplication>
+#include <utility>
 
 #include "desktop/color_pick_dialog.h"
 #include "desktop/edit_box.h"
@@ -57,7 +58,10 @@ void MainWindow::pick(CommonDialog& dialog, bool saving) {
   if (!showFileDialog(this, dialog, saving, accepts) && dialog.CancelError) throw Failure(u"Cancel was selected.");
 }
 
-void MainWindow::ShowOpen(CommonDialog& dialog) { pick(dialog, false); }
+void MainWindow::ShowOpen(CommonDialog& dialog) {
+  if (answer_.empty()) return pick(dialog, false);
+  dialog.FileName = std::exchange(answer_, {});
+}
 
 void MainWindow::ShowSave(CommonDialog& dialog) { pick(dialog, true); }
 

@@ -46,14 +46,15 @@ TEST_F(EditBoxTest, TellsTheModelOnlyWhatTheUserDid) {
   EXPECT_EQ(model.Text(), u"one two");
 }
 
-TEST_F(EditBoxTest, CutsAPasteAtItsFirstLineBreak) {
+TEST_F(EditBoxTest, JoinsTheLinesOfAPaste) {
   model.setText(u"a\rb");  // a lone CR of the script is none
   model.setSelStart(3);
   box.synchronise();
   paste(QStringLiteral("cd\r\nef"));
-  EXPECT_EQ(model.Text(), u"a\rbcd");
-  paste(QStringLiteral("\nef"));
-  EXPECT_EQ(model.Text(), u"a\rbcd");
+  EXPECT_EQ(model.Text(), u"a\rbcd ef");
+  paste(QStringLiteral("\n\u2028"));
+  paste(QStringLiteral("\rg\u2029\nh\n"));
+  EXPECT_EQ(model.Text(), u"a\rbcd efg h");
 }
 
 TEST_F(EditBoxTest, KeepsItsSelectionWithoutTheFocus) {

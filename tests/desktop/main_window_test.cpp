@@ -131,6 +131,36 @@ TEST_F(MainWindowTest, AltIsForMenusAndButtons) {
   EXPECT_EQ(window->principal().N.SelText(), u"two");
 }
 
+TEST_F(MainWindowTest, ADroppedFileIsOpened) {
+  start(u"sub/gate.txt");
+  const auto drop = [&](const char* name, QWidget& over) {
+    QMimeData data;
+    const QUrl url = QUrl::fromEncoded(name);
+    data.setUrls({url.isRelative() ? QUrl::fromLocalFile(toQt(folder.path(name))) : url});
+    QWidget* target = &over;  // the first one that takes it, as the toolkit does
+    for (; target != nullptr; target = target->parentWidget()) {
+      QDragEnterEvent enter(QPoint(), Qt::CopyAction | Qt::MoveAction, &data, Qt::LeftButton, Qt::NoModifier);
+      if (target->acceptDrops()) QCoreApplication::sendEvent(target, &enter);
+      if (target->acceptDrops() && enter.isAccepted()) break;
+    }
+    if (target == nullptr) return false;
+    QDropEvent event(QPointF(), Qt::CopyAction | Qt::MoveAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(target, &event);
+    EXPECT_EQ(event.dropAction(), Qt::CopyAction);  // not moved away
+    QCoreApplication::processEvents();
+    return event.isAccepted();
+  };
+  Principal& form = window->principal();
+  form.Modified = true;
+  EXPECT_TRUE(drop("sub/gate", window->editBox()));  // the question is answered by Cancel
+  EXPECT_EQ(form.ScriptPath, u"sub/gate.txt");
+  form.Modified = false;
+  for (const char* other : {"http://host/sub/gate", "sub", "sub/none"}) EXPECT_FALSE(drop(other, *window)) << other;
+  EXPECT_TRUE(drop("sub/gate", window->editBox()));
+  EXPECT_EQ(form.ScriptPath, folder.path("sub/gate"));
+  EXPECT_EQ(window->editBox().text(), QStringLiteral("one"));
+}
+
 }  // namespace
 
 }  // namespace dravenna
