@@ -12,6 +12,7 @@
 #include <utility>
 
 #include "color/color_pick.h"
+#include "desktop/centring.h"
 #include "desktop/display_text.h"
 #include "desktop/key_codes.h"
 #include "desktop/twips.h"
@@ -73,8 +74,11 @@ class ColorField final : public QFrame {
 
  private:
   void tell(QMouseEvent* event, void (ColorPick::*handler)(std::int32_t, std::int32_t)) {
-    const QPoint at = event->position().toPoint() - QPoint(kBorder, kBorder);
-    (picker_.*handler)(at.x(), at.y());
+    // The place is the corner of a pixel of the screen, and its middle is what the painter looks at; between two pixels
+    // of the picture it takes the first.
+    const double middle = 0.49 / devicePixelRatioF();
+    const QPointF at = event->position() + QPointF(middle, middle);
+    (picker_.*handler)(qFloor(at.x()) - kBorder, qFloor(at.y()) - kBorder);
     changed_();
   }
 
@@ -203,7 +207,7 @@ ColorPickDialog::ColorPickDialog(ColorPick& picker, QWidget* owner)
 
 void ColorPickDialog::showEvent(QShowEvent* event) {
   QDialog::showEvent(event);
-  if (const QScreen* on = screen()) move(on->availableGeometry().center() - QRect(QPoint(), frameSize()).center());
+  if (const QScreen* on = screen()) new Centring(*this, on->availableGeometry());
 }
 
 void ColorPickDialog::reject() {

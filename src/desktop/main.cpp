@@ -143,7 +143,10 @@ int runWindow(const Arguments& arguments, char** argv, std::chrono::steady_clock
     }
     window.setWindowIcon(programIcon());
   });
+  // A box of the start-up, closed before there is a window, does not end the program.
+  QGuiApplication::setQuitOnLastWindowClosed(false);
   window.start();
+  QGuiApplication::setQuitOnLastWindowClosed(true);
   return QApplication::exec();
 }
 

@@ -5,6 +5,7 @@
 #include <QtWidgets/QMenuBar>
 #include <exception>
 
+#include "desktop/centring.h"
 #include "desktop/edit_box.h"
 #include "desktop/qt_text.h"
 #include "desktop/script_view.h"
@@ -34,13 +35,15 @@ QString titleOf(std::u16string_view caption) {
 MainWindow::MainWindow(TextFiles& files, RegistryCalls& registry, Process& process)
     : onBeep(&QApplication::beep), files_(files), principal_(Platform{files, registry, process, *this}) {
   setObjectName(QStringLiteral("Principal"));
+  setAcceptDrops(true);
   buildControls();
   menuBar_ = std::make_unique<MenuBar>(*menuBar(), principal_, [this](MenuBar::Click click) {
-  setAcceptDrops(true);
     EDT_->takeOver();
     handle([this, click] { (principal_.*click)(); });
   });
-  placeOnScreen();
+  const FormState& form = principal_.form;
+  resize(pixels(form.ScaleWidth), pixels(form.ScaleHeight) + menuBar()->sizeHint().height());
+  if (const QScreen* on = screen()) new Centring(*this, on->availableGeometry());
   synchronise();
 }
 
@@ -77,22 +80,14 @@ void MainWindow::buildControls() {
   EDT_->setFocus();
 }
 
-void MainWindow::placeOnScreen() {
-  const FormState& form = principal_.form;
-  resize(pixels(form.ScaleWidth), pixels(form.ScaleHeight) + menuBar()->sizeHint().height());
-  if (const QScreen* on = screen()) {
-    const QRect available = on->availableGeometry();
-    move(available.center() - rect().center());
-  }
-}
-
 void MainWindow::start() {
-  show();
-  tellSize();
-  started_ = loading_ = true;
+  loading_ = true;
   handle([this] { principal_.Form_Load(); });
   loading_ = false;
   pointerChanged();
+  started_ = true;
+  show();
+  formResized();
 }
 
 void MainWindow::handle(const std::function<void()>& handlers) {
@@ -117,7 +112,7 @@ void MainWindow::synchronise() {
   menuBar_->synchronise();
 
   // The form may have given itself another size.
-  const QSize wanted(pixels(form.Width), pixels(form.Height));
+  const QSize wanted(wholePixels(form.Width), wholePixels(form.Height));
   if (started_ && wanted != toldSize_) {
     const QSize change = wanted - toldSize_;
     toldSize_ = wanted;
@@ -143,7 +138,7 @@ void MainWindow::tellSize() {
   form.ScaleWidth = twips(centralWidget()->width());
   form.ScaleHeight = twips(centralWidget()->height());
   const QSize frame = frameGeometry().size() - size();
-  setMinimumSize(pixels(kSmallestWidth) - frame.width(), pixels(kSmallestHeight) - frame.height());
+  setMinimumSize(QSize(wholePixels(kSmallestWidth), wholePixels(kSmallestHeight)) - frame);
 }
 
 void MainWindow::formResized() {

@@ -22,7 +22,7 @@ class MainWindow : public QMainWindow, private Windowing {
   MainWindow(TextFiles& files, RegistryCalls& registry, Process& process);
   ~MainWindow() override;
 
-  // Shows the window and runs the form's start-up; the script is there with the first paint.
+  // Runs the form's start-up, then shows the window; the script is there with the first paint.
   void start();
 
   // OpenScript whose dialog is answered by this path.
@@ -64,16 +64,15 @@ class MainWindow : public QMainWindow, private Windowing {
   void unloadMainForm() override;
 
   void buildControls();
-  void placeOnScreen();
   void tellSize();
   void formResized();
   bool keyPressed(const QObject* object, QKeyEvent& event);
   Control focusedControl() const;
+  void pick(CommonDialog& dialog, bool saving);
   std::vector<std::u16string> scriptsIn(const QDropEvent& drop);
   void openDropped(const std::vector<std::u16string>& paths);
-  void pick(CommonDialog& dialog, bool saving);
-  TextFiles& files_;
 
+  TextFiles& files_;
   Principal principal_;
   ScriptView* N_ = nullptr;
   EditBox* EDT_ = nullptr;

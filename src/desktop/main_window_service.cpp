@@ -10,8 +10,8 @@
 #include "desktop/script_view.h"
 #include "desktop/search_box.h"
 #include "platform/failure.h"
-
 #include "platform/file_state.h"
+
 // What the form asks of its window.
 namespace dravenna {
 
@@ -44,7 +44,7 @@ Answer MainWindow::messageBox(std::u16string_view text, int flags, std::u16strin
     return defaultAnswer(flags);
   }
   const ModalPointer pointer(busyShown_ && principal_.Screen.MousePointer != kHourglassPointer);
-  return showMessageBox(this, text, flags, title);
+  return showMessageBox(isVisible() ? this : nullptr, text, flags, title);
 }
 
 void MainWindow::pick(CommonDialog& dialog, bool saving) {

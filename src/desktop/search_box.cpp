@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "app/frm_search.h"
+#include "desktop/centring.h"
 #include "desktop/edit_box.h"
 #include "desktop/key_codes.h"
 #include "desktop/qt_text.h"
@@ -61,8 +62,7 @@ SearchBox::SearchBox(FrmSearch& box, QWidget* owner, Run run)
   // A click on a button leaves the focus in the text, so that the next word can be typed.
   for (QPushButton* button : findChildren<QPushButton*>()) button->setFocusPolicy(Qt::TabFocus);
   txtSearch_->setFocus();
-  const QRect over = owner->frameGeometry();
-  move(over.center() - rect().center());
+  new Centring(*this, owner->frameGeometry());
 }
 
 void SearchBox::synchronise() {

@@ -106,6 +106,44 @@ TEST_F(MainWindowTest, FileDialogsStartBesideTheScriptAndSpareIt) {
   }
 }
 
+TEST_F(MainWindowTest, IsShownWhenItsStartHasEnded) {
+  int hidden = 0;
+  process.line = u"no such file";
+  window = std::make_unique<MainWindow>(*files, store, process);
+  window->answerBy([&](std::u16string_view) { hidden += window->isHidden() ? 1 : 0; });
+  window->start();
+  EXPECT_EQ(hidden, 1);
+  EXPECT_TRUE(window->isVisible());
+  window->resize(1, 1);
+  QCoreApplication::processEvents();
+  const QWidget& box = window->editBox();
+  EXPECT_TRUE(box.parentWidget()->rect().contains(box.geometry()));
+}
+
+TEST_F(MainWindowTest, ThePickerTakesThePixelUnderThePointer) {
+  start(u"sub/gate.txt");
+  QTimer::singleShot(0, window.get(), [this] {
+    ColorPickDialog& dialog = *window->colorPickDialog();
+    auto& field = *dialog.findChild<QFrame*>(QStringLiteral("picBigBox"));
+    const QImage seen = field.grab().toImage();
+    const double scale = seen.devicePixelRatio();
+    const QRectF inner(field.contentsRect());
+    for (int at = 0; at < 300; ++at) {  // a diagonal of the screen's pixels
+      const QPointF place = inner.topLeft() + QPointF(at, at) / scale;
+      if (place.x() >= inner.left() + 254 || place.y() >= inner.top() + 254) break;
+      QMouseEvent move(QEvent::MouseMove, place, field.mapToGlobal(place), Qt::NoButton, Qt::NoButton, Qt::NoModifier);
+      QCoreApplication::sendEvent(&field, &move);
+      const auto color = window->principal().colorPick->iPreview.BackColor;
+      EXPECT_EQ(toQt(color), seen.pixelColor((place * scale).toPoint())) << place.x();
+    }
+    dialog.reject();
+  });
+  window->handle([this] {
+    std::int16_t key = kKeyF5;
+    window->principal().Form_KeyDown(key, 0);
+  });
+}
+
 TEST_F(MainWindowTest, AltIsForMenusAndButtons) {
   Registry(store).SetRegValue(HKEY_LOCAL_MACHINE_ID, kLangKey, u"btnNext", u"&Weiter");
   EditBox& box = start(u"sub/gate.txt").editBox();
