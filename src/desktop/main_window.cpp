@@ -1,6 +1,7 @@
 #include "desktop/main_window.h"
 
 #include <QtGui/QScreen>
+#include <QtGui/QSessionManager>
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QMenuBar>
 #include <exception>
@@ -44,6 +45,14 @@ MainWindow::MainWindow(TextFiles& files, RegistryCalls& registry, Process& proce
   const FormState& form = principal_.form;
   resize(pixels(form.ScaleWidth), pixels(form.ScaleHeight) + menuBar()->sizeHint().height());
   if (const QScreen* on = screen()) new Centring(*this, on->availableGeometry());
+  connect(
+      qApp, &QGuiApplication::commitDataRequest, this,
+      [this](QSessionManager& session) {
+        if (!principal_.Modified || !session.allowsInteraction()) return;
+        close();
+        session.release();
+      },
+      Qt::DirectConnection);
   synchronise();
 }
 
