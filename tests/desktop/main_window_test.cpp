@@ -23,11 +23,13 @@
 #include "platform/scratch_folder.h"
 #include "platform/system.h"
 #include "support/memory_registry.h"
-#include "support/quiet_windowing.h"
+#include "support/scripted_platform.h"
 
 namespace dravenna {
 
 namespace {
+
+constexpr int kPatience = 60000;  // milliseconds
 
 class MainWindowTest : public testing::Test {
  protected:
@@ -43,7 +45,7 @@ class MainWindowTest : public testing::Test {
     window = std::make_unique<MainWindow>(*files, store, process);
     window->answerBy([this](std::u16string_view text) { said.emplace_back(text); });
     window->start();
-    EXPECT_TRUE(QTest::qWaitForWindowActive(window.get()));
+    EXPECT_TRUE(QTest::qWaitForWindowActive(window.get(), kPatience));
     return *window;
   }
 
@@ -70,7 +72,7 @@ class MainWindowTest : public testing::Test {
 
   ScratchFolder folder;
   MemoryRegistry store;
-  QuietProcess process;
+  ScriptedProcess process{u"/opt/dravenna"};
   std::unique_ptr<TextFiles> files = makeTextFiles(codePageByName("1252"));
   std::vector<std::u16string> said;
   std::unique_ptr<MainWindow> window;
@@ -97,7 +99,7 @@ TEST_F(MainWindowTest, FileDialogsStartBesideTheScriptAndSpareIt) {
       EXPECT_EQ(filters->itemText(1), QStringLiteral("All files (*.*)"));
       const auto* list = dialog.findChild<QListView*>(QStringLiteral("listView"));
       const auto lists = [&](int count) {
-        return QTest::qWaitFor([&] { return list->model()->rowCount(list->rootIndex()) == count; });
+        return QTest::qWaitFor([&] { return list->model()->rowCount(list->rootIndex()) == count; }, kPatience);
       };
       EXPECT_TRUE(lists(1));
       Q_EMIT filters->activated(1);
@@ -118,6 +120,15 @@ TEST_F(MainWindowTest, IsShownWhenItsStartHasEnded) {
   QCoreApplication::processEvents();
   const QWidget& box = window->editBox();
   EXPECT_TRUE(box.parentWidget()->rect().contains(box.geometry()));
+
+  // Below the smallest size the frame keeps its thickness.
+  Principal& form = window->principal();
+  form.form.Width = form.form.Height = 3000;
+  form.form.ScaleWidth = 2900;
+  form.form.ScaleHeight = 2400;
+  form.Form_Resize();
+  EXPECT_EQ(form.N.Width, 4400);
+  EXPECT_EQ(form.N.Height + form.EDT.Height, 3400);
 }
 
 TEST_F(MainWindowTest, ThePickerTakesThePixelUnderThePointer) {

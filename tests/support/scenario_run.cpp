@@ -124,6 +124,7 @@ class ScenarioRun {
     if (!more()) throw ScenarioError{0, std::string("missing: ") + what};
     return reading_.directive->words[reading_.word++];
   }
+  std::string lastWord() const { return toUtf8(reading_.directive->words[reading_.word - 1].text); }
   bool takeIf(std::u16string_view bare) {
     const bool there = more() && reading_.directive->words[reading_.word].is(bare);
     reading_.word += there ? 1 : 0;
@@ -140,13 +141,15 @@ class ScenarioRun {
     return static_cast<std::int32_t>(numberIn(word.text.substr(1)));
   }
   template <class Choice>
-  Choice takeChoice(const std::map<std::u16string_view, Choice>& choices, const char* what) {
-    const auto choice = choices.find(take(what).text);
-    if (choice == choices.end()) throw ScenarioError{0, std::string("one of these is wanted: ") + what};
+  Choice takeChoice(const std::map<std::u16string_view, Choice>& choices) {
+    const auto choice = choices.find(take("a word").text);
+    std::string wanted;
+    for (const auto& [name, _] : choices) wanted += ' ' + toUtf8(name);
+    if (choice == choices.end()) throw ScenarioError{0, "one of these is wanted:" + wanted};
     return choice->second;
   }
   std::uint32_t takeRoot() {
-    return takeChoice<std::uint32_t>({{u"HKLM", HKEY_LOCAL_MACHINE_ID}, {u"HKCR", HKEY_CLASSES_ROOT_ID}}, "HKLM, HKCR");
+    return takeChoice<std::uint32_t>({{u"HKLM", HKEY_LOCAL_MACHINE_ID}, {u"HKCR", HKEY_CLASSES_ROOT_ID}});
   }
   std::u16string takeBlock(std::u16string_view lineEnd = u"\r\n") {
     reading_.block = true;
@@ -200,10 +203,7 @@ class ScenarioRun {
     if (fs::is_regular_file(path)) fs::permissions(path, fs::perms::owner_write, fs::perm_options::add);
     if (!fs::remove(path)) throw ScenarioError{0, "there is no such file"};
   }
-  void doReadonly() {
-    fs::permissions(takePath(), fs::perms::owner_write | fs::perms::group_write | fs::perms::others_write,
-                    fs::perm_options::remove);
-  }
+  void doReadonly() { fs::permissions(takePath(), fs::perms{0222}, fs::perm_options::remove); }
   void doFolder() { fs::create_directories(takePath()); }
   void doRegistry() {
     const std::uint32_t root = takeRoot();
@@ -224,15 +224,14 @@ class ScenarioRun {
     driver_->start(line);
   }
   void doAnswer() {
-    stage_.answers.push_back(takeChoice<Answer>(
-        {{u"ok", Answer::Ok}, {u"cancel", Answer::Cancel}, {u"yes", Answer::Yes}, {u"no", Answer::No}},
-        "ok, cancel, yes, no"));
+    using enum Answer;
+    stage_.answers.push_back(takeChoice<Answer>({{u"ok", Ok}, {u"cancel", Cancel}, {u"yes", Yes}, {u"no", No}}));
   }
   void doPick() { stage_.picks.push_back(takeIf(u"cancel") ? std::nullopt : std::optional(takePath().u16string())); }
   void doFail() {
     using enum FileOperation;
-    const FileOperation operation = takeChoice<FileOperation>(
-        {{u"create", Create}, {u"write", Write}, {u"close", Close}, {u"read", Read}}, "create, write, close, read");
+    const auto operation =
+        takeChoice<FileOperation>({{u"create", Create}, {u"write", Write}, {u"close", Close}, {u"read", Read}});
     files_.failNext(operation, more() ? takeText("DESCRIPTION") : u"Failed on demand");
   }
 
@@ -273,8 +272,8 @@ class ScenarioRun {
     driver().drag(from, to);
   }
   void doFocus() {
-    inMain().focus(takeChoice<Control>({{u"N", Control::N}, {u"EDT", Control::EDT}, {u"txtSearch", Control::txtSearch}},
-                                       "N, EDT, txtSearch"));
+    using enum Control;
+    inMain().focus(takeChoice<Control>({{u"N", N}, {u"EDT", EDT}, {u"txtSearch", txtSearch}}));
   }
   void doMenu() {
     const std::u16string entry = takeText("ENTRY");
@@ -284,22 +283,23 @@ class ScenarioRun {
     throw ScenarioError{0, "there is no such menu entry"};
   }
   void doMouse() {
-    const std::u16string& what = reading_.directive->words[0].text;
+    using enum MouseStep;
+    reading_.word = 0;
+    const auto what = takeChoice<MouseStep>({{u"press", Press}, {u"move", Move}, {u"release", Release}});
     const std::int32_t x = takeNumber("X");
     const std::int32_t y = takeNumber("Y");
     driver().picker();
-    driver().mouse(what == u"press" ? MouseStep::Press : what == u"move" ? MouseStep::Move : MouseStep::Release, x, y);
+    driver().mouse(what, x, y);
   }
   void doButton() {
-    const std::string name = toUtf8(takeText("NAME"));
-    if (name == "Command1") {
+    const bool ofPicker = takeChoice<bool>(
+        {{u"Command1", true}, {u"CancelButton", false}, {u"btn_Search0", false}, {u"btn_Search1", false}});
+    if (ofPicker) {
       driver().picker();
-    } else if (name == "CancelButton" || name == "btn_Search0" || name == "btn_Search1") {
-      inMain().searchBox();
     } else {
-      throw ScenarioError{0, "there is no such button"};
+      inMain().searchBox();
     }
-    driver().button(name);
+    driver().button(lastWord());
   }
   void doResize() {
     const std::int32_t width = takeNumber("W");
@@ -384,19 +384,18 @@ class ScenarioRun {
   void expectDialog() {
     if (!stage_.dialog) throw ScenarioError{0, "no file dialog was shown"};
     const CommonDialog& dialog = stage_.dialog->properties;
-    const Value value = takeChoice<Value>({{u"Kind", std::u16string(stage_.dialog->save ? u"save" : u"open")},
-                                           {u"Filter", dialog.Filter},
-                                           {u"DialogTitle", dialog.DialogTitle},
-                                           {u"InitDir", dialog.InitDir},
-                                           {u"FileName", dialog.FileName},
-                                           {u"Flags", std::int64_t{dialog.Flags}}},
-                                          "Kind, Filter, DialogTitle, InitDir, FileName, Flags");
-    compare("dialog " + toUtf8(reading_.directive->words[2].text), value);
+    const auto value = takeChoice<Value>({{u"Kind", std::u16string(stage_.dialog->save ? u"save" : u"open")},
+                                          {u"Filter", dialog.Filter},
+                                          {u"DialogTitle", dialog.DialogTitle},
+                                          {u"InitDir", dialog.InitDir},
+                                          {u"FileName", dialog.FileName},
+                                          {u"Flags", std::int64_t{dialog.Flags}}});
+    compare("dialog " + lastWord(), value);
   }
   void expectBeeps() { compare("beeps", std::int64_t{std::exchange(stage_.beeps, 0)}); }
   void expectFile() {
     const fs::path path = takePath();
-    const std::string what = "file " + toUtf8(reading_.directive->words[2].text);
+    const std::string what = "file " + lastWord();
     const bool there = fs::is_regular_file(path);
     if (takeIf(u"missing")) return expect(what, !there, "missing", "a file");
     const std::string expected = takeBytes();
