@@ -112,6 +112,7 @@ int drawPicture(MainWindow& window, const std::u16string& file) {
   window.answerBy([](std::u16string_view text) { complain(text, 0); });
   window.start();
   QApplication::processEvents();
+  window.showStatus();
   if (!window.grab().save(toQt(file), "PNG")) return complain(u"cannot write the picture " + file, 1);
   return 0;
 }

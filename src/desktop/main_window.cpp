@@ -11,6 +11,7 @@
 #include "desktop/qt_text.h"
 #include "desktop/script_view.h"
 #include "desktop/search_box.h"
+#include "desktop/status_place.h"
 #include "desktop/twips.h"
 
 namespace dravenna {
@@ -34,7 +35,7 @@ QString titleOf(std::u16string_view caption) {
 }  // namespace
 
 MainWindow::MainWindow(TextFiles& files, RegistryCalls& registry, Process& process)
-    : onBeep(&QApplication::beep), files_(files), principal_(Platform{files, registry, process, *this}) {
+    : onBeep(&QApplication::beep), disk_(files), principal_(Platform{disk_, registry, process, *this}) {
   setObjectName(QStringLiteral("Principal"));
   setAcceptDrops(true);
   buildControls();
@@ -53,6 +54,8 @@ MainWindow::MainWindow(TextFiles& files, RegistryCalls& registry, Process& proce
         session.release();
       },
       Qt::DirectConnection);
+  statusTimer_.setSingleShot(true);
+  connect(&statusTimer_, &QTimer::timeout, this, &MainWindow::showStatus);
   synchronise();
 }
 
@@ -85,11 +88,13 @@ void MainWindow::buildControls() {
   area->installEventFilter(this);
   N_->installEventFilter(this);
   EDT_->installEventFilter(this);
+  N_->viewport()->installEventFilter(this);
   installEventFilter(this);
   EDT_->setFocus();
 }
 
 void MainWindow::start() {
+  create();  // the system makes the window ready meanwhile
   loading_ = true;
   handle([this] { principal_.Form_Load(); });
   loading_ = false;
@@ -110,7 +115,10 @@ void MainWindow::handle(const std::function<void()>& handlers) {
     failure = QString::fromUtf8(error.what());
   }
   --running_;
-  if (running_ == 0) synchronise();
+  if (running_ == 0) {
+    synchronise();
+    if (painted_) statusTimer_.start();
+  }
   if (!failure.isEmpty()) messageBox(u"Error: " + fromQt(failure), kCritical, u"Dravenna");
 }
 
@@ -136,6 +144,15 @@ void MainWindow::synchronise() {
   EDT_->synchronise();
   N_->synchronise();
   if (searchBox_ != nullptr) searchBox_->synchronise();
+}
+
+void MainWindow::showStatus() {
+  if (running_ > 0) return;
+  if (statusPlace_ == nullptr) {
+    if (!status_.wanted()) return;
+    statusPlace_ = new StatusPlace(*menuBar(), this);
+  }
+  statusPlace_->setParts(status_.parts());
 }
 
 void MainWindow::tellSize() {

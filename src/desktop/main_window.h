@@ -1,10 +1,13 @@
 #pragma once
 
+#include <QtCore/QTimer>
 #include <QtWidgets/QMainWindow>
 #include <functional>
 #include <memory>
 
+#include "app/disk_watch.h"
 #include "app/principal.h"
+#include "app/status.h"
 #include "desktop/menu_bar.h"
 #include "platform/windowing.h"
 
@@ -14,6 +17,7 @@ class ColorPickDialog;
 class EditBox;
 class ScriptView;
 class SearchBox;
+class StatusPlace;
 
 // The main form's window. The form is the truth: what it has changed is shown when a handler has returned, before each
 // modal call and before the focus moves.
@@ -42,6 +46,7 @@ class MainWindow : public QMainWindow, private Windowing {
   // Runs handlers of the form, then shows what they did. All input comes in by this way.
   void handle(const std::function<void()>& handlers);
   void synchronise();
+  void showStatus();
 
  protected:
   bool eventFilter(QObject* object, QEvent* event) override;
@@ -69,14 +74,17 @@ class MainWindow : public QMainWindow, private Windowing {
   bool keyPressed(const QObject* object, QKeyEvent& event);
   Control focusedControl() const;
   void pick(CommonDialog& dialog, bool saving);
+  bool takesInput() const;
   std::vector<std::u16string> scriptsIn(const QDropEvent& drop);
   void openDropped(const std::vector<std::u16string>& paths);
 
-  TextFiles& files_;
+  DiskWatch disk_;
   Principal principal_;
+  Status status_{principal_, disk_};
   ScriptView* N_ = nullptr;
   EditBox* EDT_ = nullptr;
   std::unique_ptr<MenuBar> menuBar_;
+  StatusPlace* statusPlace_ = nullptr;  // null before the first paint, and where the settings do not want it
   SearchBox* searchBox_ = nullptr;
   ColorPickDialog* colorPick_ = nullptr;
   std::function<void(std::u16string_view)> tellMessage_;
@@ -87,6 +95,8 @@ class MainWindow : public QMainWindow, private Windowing {
   bool loading_ = false;  // the start-up runs: the busy pointer would cost more than it shows
   bool unloaded_ = false;
   bool busyShown_ = false;
+  bool painted_ = false;  // N, for the first time
+  QTimer statusTimer_;    // the status follows when all else is on the screen
 };
 
 }  // namespace dravenna

@@ -27,6 +27,12 @@ bool MainWindow::eventFilter(QObject* object, QEvent* event) {
     case QEvent::Resize:
       if (object == centralWidget()) formResized();
       return false;
+    case QEvent::Paint:
+      if (object == N_->viewport() && !painted_) {
+        painted_ = true;
+        statusTimer_.start();
+      }
+      return false;
     default:
       return false;
   }
@@ -67,6 +73,10 @@ bool MainWindow::keyPressed(const QObject* object, QKeyEvent& event) {
 void MainWindow::changeEvent(QEvent* event) {
   QMainWindow::changeEvent(event);
   if (event->type() == QEvent::WindowStateChange && started_) formResized();
+  if (event->type() == QEvent::ActivationChange && isActiveWindow() && painted_ && running_ == 0) {
+    status_.lookAtDisk();
+    statusTimer_.start();
+  }
 }
 
 void MainWindow::open(const std::u16string& path) {
@@ -76,10 +86,12 @@ void MainWindow::open(const std::u16string& path) {
   answer_.clear();
 }
 
+bool MainWindow::takesInput() const { return running_ == 0 && QApplication::activeModalWidget() == nullptr; }
+
 // The files that a drop brings; none while the window takes no input, or where they would be moved away.
 std::vector<std::u16string> MainWindow::scriptsIn(const QDropEvent& drop) {
   std::vector<std::u16string> paths;
-  if (running_ > 0 || QApplication::activeModalWidget() != nullptr) return paths;
+  if (!takesInput()) return paths;
   if (!drop.possibleActions().testFlag(Qt::CopyAction)) return paths;
   for (const QUrl& url : drop.mimeData()->urls()) {
     if (!url.isLocalFile()) continue;
@@ -88,7 +100,7 @@ std::vector<std::u16string> MainWindow::scriptsIn(const QDropEvent& drop) {
         QDir::separator() == u'/'
             ? fromUtf8(QByteArray::fromPercentEncoding(url.path(QUrl::FullyEncoded).toLatin1()).toStdString())
             : fromQt(QDir::toNativeSeparators(url.toLocalFile()));
-    if (files_.fileExists(path)) paths.push_back(path);
+    if (disk_.fileExists(path)) paths.push_back(path);
   }
   return paths;
 }
@@ -109,8 +121,17 @@ void MainWindow::dropEvent(QDropEvent* event) {
 }
 
 void MainWindow::openDropped(const std::vector<std::u16string>& paths) {
+  if (!takesInput()) return;
   activateWindow();
   open(paths.front());
+  if (paths.size() == 1 || principal_.ScriptPath != paths.front()) return;
+  std::u16string others;
+  for (std::size_t i = 1; i < paths.size(); ++i) {
+    if (i > 1) others += u", ";
+    others += paths[i].substr(paths[i].find_last_of(u"/\\") + 1);
+  }
+  status_.setNotice(readFilled(principal_.registry(), desktop_words::NotOpened, others));
+  statusTimer_.start();
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {

@@ -29,6 +29,7 @@ struct Admission {
   bool HasCode = false;
   std::int16_t Shift = 0;  // 1 widens to titles, 2 to code
   bool admits(std::uint32_t color) const;
+  bool operator==(const Admission&) const = default;
 };
 
 }  // namespace dravenna

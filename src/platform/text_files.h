@@ -56,6 +56,9 @@ class TextFiles {
 
   virtual std::unique_ptr<TextWriter> CreateTextFile(std::u16string_view path, Writing writing) = 0;
 
+  // The number of the code page that files are read and written in; 0 where none is known.
+  virtual int codePage() const { return 0; }
+
   // True for an existing file that is no folder. Never fails.
   virtual bool fileExists(std::u16string_view path) = 0;
 };

@@ -33,7 +33,12 @@ void RichTextBox::clear() {
   table_ = segmentStyles();
   selStart_ = selLength_ = 0;
   appendedFrom_ = 0;
-  if (listener_ != nullptr) listener_->textChanged(0, removed, 0);
+  noteChange(0, removed, 0);
+}
+
+void RichTextBox::noteChange(std::size_t position, std::size_t removed, std::size_t inserted) {
+  ++revision_;
+  if (listener_ != nullptr) listener_->textChanged(position, removed, inserted);
 }
 
 std::u16string_view RichTextBox::SelText() const {
@@ -67,7 +72,7 @@ void RichTextBox::setSelText(std::u16string_view text) {
   styles_.replace(at, removed, text.size(), styleByte(style));
   selStart_ += static_cast<std::int32_t>(text.size());
   selLength_ = 0;
-  if (listener_ != nullptr) listener_->textChanged(at, removed, text.size());
+  noteChange(at, removed, text.size());
 }
 
 std::uint8_t RichTextBox::styleIndex(const CharStyle& style) {
@@ -110,7 +115,7 @@ void RichTextBox::commitAppend() {
   const std::size_t from = appendedFrom_;
   appendedFrom_ = text_.size();
   setSelStart(static_cast<std::int32_t>(text_.size()));
-  if (listener_ != nullptr && from != text_.size()) listener_->textChanged(from, 0, text_.size() - from);
+  if (from != text_.size()) noteChange(from, 0, text_.size() - from);
 }
 
 void RichTextBox::replaceEach(const std::vector<std::int32_t>& starts, std::int32_t length, std::u16string_view text) {
@@ -137,7 +142,7 @@ void RichTextBox::replaceEach(const std::vector<std::int32_t>& starts, std::int3
   text_.swap(newText);
   styles_.swap(newStyles);
   setSelStart(caret);
-  if (listener_ != nullptr) listener_->textChanged(first, last - first, static_cast<std::size_t>(caret) - first);
+  noteChange(first, last - first, static_cast<std::size_t>(caret) - first);
 }
 
 }  // namespace dravenna

@@ -40,7 +40,8 @@ class RichTextBox {
   void setListener(Listener* listener) { listener_ = listener; }
 
   const std::u16string& Text() const { return text_; }
-  void clear();  // Text = "": caret to 0, selection empty
+  std::uint64_t revision() const { return revision_; }  // another one after each change of the text
+  void clear();                                         // Text = "": caret to 0, selection empty
 
   std::int32_t SelStart() const { return selStart_; }
   std::int32_t SelLength() const { return selLength_; }
@@ -78,6 +79,7 @@ class RichTextBox {
 
  private:
   std::uint8_t styleIndex(const CharStyle& style);
+  void noteChange(std::size_t position, std::size_t removed, std::size_t inserted);
 
   std::u16string text_;
   std::string styles_;  // one byte a character
@@ -86,6 +88,7 @@ class RichTextBox {
   std::int32_t selStart_ = 0;
   std::int32_t selLength_ = 0;
   std::size_t appendedFrom_ = 0;
+  std::uint64_t revision_ = 0;
   Listener* listener_ = nullptr;
 };
 

@@ -18,6 +18,7 @@ const Setting AllowedCommands{kCommandsKey, u"AllowedCommands", kDefaultAllowedC
                               u"commands whose quoted texts are for players"};
 const Setting SpecialAllowedCommands{kCommandsKey, u"SpecialAllowedCommands", kDefaultSpecialCommands,
                                      u"allowed commands whose first quoted text is not for players"};
+const Setting StatusPlace{kDesktopKey, u"StatusPlace", u"1", u"0 hides the status at the end of the menu bar"};
 }  // namespace settings
 
 namespace words {

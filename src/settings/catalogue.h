@@ -27,7 +27,7 @@ struct Setting {
 };
 
 namespace settings {
-extern const Setting File, NavMode, LastSearch, AllowedCommands, SpecialAllowedCommands;
+extern const Setting File, NavMode, LastSearch, AllowedCommands, SpecialAllowedCommands, StatusPlace;
 }
 
 // The localised words, under kLangKey.
@@ -40,7 +40,7 @@ extern const Setting mnuFile, mnuOpen, mnuExport, mnuImport, mnuSave, mnuExit, m
 
 // Those under kDesktopLangKey.
 namespace desktop_words {
-extern const Setting ScriptIsTarget;
+extern const Setting ScriptIsTarget, StatusText, StatusLine, StatusModified, ChangedOnDisk, NotOpened;
 }
 
 // All 34 words under kLangKey, and those under kDesktopLangKey, for whoever makes a language pack.

@@ -11,6 +11,7 @@
 #include <QtWidgets/QDialogButtonBox>
 #include <QtWidgets/QFileDialog>
 #include <QtWidgets/QFrame>
+#include <QtWidgets/QLabel>
 #include <QtWidgets/QListView>
 #include <QtWidgets/QMessageBox>
 #include <QtWidgets/QPushButton>
@@ -182,10 +183,12 @@ TEST_F(MainWindowTest, AltIsForMenusAndButtons) {
 
 TEST_F(MainWindowTest, ADroppedFileIsOpened) {
   start(u"sub/gate.txt");
+  const auto local = [this](const char* name) { return QUrl::fromLocalFile(toQt(folder.path(name))); };
   const auto drop = [&](const char* name, QWidget& over) {
     QMimeData data;
     const QUrl url = QUrl::fromEncoded(name);
-    data.setUrls({url.isRelative() ? QUrl::fromLocalFile(toQt(folder.path(name))) : url});
+    data.setUrls({url.isRelative() ? local(name) : url});
+    if (data.urls().constFirst() == local("sub/gate")) data.setUrls({local("sub/gate"), local("sub/gate.txt")});
     QWidget* target = &over;  // the first one that takes it, as the toolkit does
     for (; target != nullptr; target = target->parentWidget()) {
       QDragEnterEvent enter(QPoint(), Qt::CopyAction | Qt::MoveAction, &data, Qt::LeftButton, Qt::NoModifier);
@@ -208,6 +211,37 @@ TEST_F(MainWindowTest, ADroppedFileIsOpened) {
   EXPECT_TRUE(drop("sub/gate", window->editBox()));
   EXPECT_EQ(form.ScriptPath, folder.path("sub/gate"));
   EXPECT_EQ(window->editBox().text(), QStringLiteral("one"));
+  window->showStatus();
+  EXPECT_EQ(window->findChild<QLabel*>(QStringLiteral("Status.Notice"))->accessibleName(),
+            QStringLiteral("Not opened: gate.txt"));
+}
+
+TEST_F(MainWindowTest, TheStatusTellsWhatHappensOnDisk) {
+  start(u"sub/gate.txt");
+  const auto notice = [this] {
+    QEvent activated(QEvent::ActivationChange);
+    QCoreApplication::sendEvent(window.get(), &activated);
+    window->showStatus();
+    return window->findChild<QLabel*>(QStringLiteral("Status.Notice"))->accessibleName();
+  };
+  const QString changed = toQt(desktop_words::ChangedOnDisk.fallback);
+  const auto setTime = [&](int hours) {
+    std::filesystem::last_write_time(folder.file("sub/gate.txt"),
+                                     std::filesystem::file_time_type::clock::now() + std::chrono::hours(hours));
+  };
+  EXPECT_EQ(notice(), QString());
+  setTime(1);  // the same text
+  EXPECT_EQ(notice(), QString());
+  folder.put("sub/gate.txt", "mes \"two\";\r\nmes \"one\";\r\n");  // of the same size
+  EXPECT_EQ(notice(), changed);
+  window->handle([this] { window->principal().Salvar(); });
+  EXPECT_EQ(notice(), QString());
+  setTime(2);
+  EXPECT_EQ(notice(), QString());
+  std::filesystem::remove(folder.file("sub/gate.txt"));
+  EXPECT_EQ(notice(), changed);
+  window->open(folder.path("sub/gate"));
+  EXPECT_EQ(notice(), QString());
 }
 
 }  // namespace

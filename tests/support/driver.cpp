@@ -2,6 +2,9 @@
 
 #include <map>
 
+#include "app/disk_watch.h"
+#include "app/status.h"
+#include "platform/system.h"
 #include "support/scenario.h"
 #include "text/text.h"
 
@@ -18,6 +21,12 @@ Value valueOf(const Shown& shown) {
   } else {
     return std::u16string(shown);
   }
+}
+
+Status::Parts statusOf(Driver& driver) {
+  const auto files = makeTextFiles(codePageByName("1252"));
+  DiskWatch disk(*files);
+  return Status(*driver.form(), disk).parts();
 }
 
 using Reader = Value (*)(Driver&);
@@ -45,6 +54,8 @@ const std::map<std::string, Reader>& readers() {
             SHOWN("btn_Search0.Caption", driver.searchBox().btn_Search[0]),
             SHOWN("btn_Search1.Caption", driver.searchBox().btn_Search[1]),
             SHOWN("CancelButton.Caption", driver.searchBox().CancelButton),
+            SHOWN("Status.Text", statusOf(driver).text), SHOWN("Status.Line", statusOf(driver).line),
+            SHOWN("Status.Modified", statusOf(driver).modified),
             SHOWN("ColorPick", openIf(driver.form()->colorPick != nullptr)), OF_PICKER(RFF.Text()),
             OF_PICKER(HT.Text()), OF_PICKER(txtHexColor.Text()), OF_PICKER(iPreview.BackColor));
   return all;

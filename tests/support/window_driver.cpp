@@ -202,6 +202,11 @@ class WindowDriver : public QObject, public Driver {
     }
     if (what == "Caption")
       value = fromQt(window_->windowTitle().replace(QLatin1String("[*][*]"), QLatin1String("[*]")));
+    if (name == "Status") {
+      window_->showStatus();
+      auto* part = window_->findChild<QWidget*>(QString::fromStdString(what));
+      value = fromQt(QAccessible::queryAccessibleInterface(part)->text(QAccessible::Name));
+    }
     if (what == "frmSearch") value = openIf(window_->searchBox() != nullptr);
     if (what == "ColorPick") value = openIf(window_->colorPickDialog() != nullptr);
     if (what == "frmSearch.Caption") value = fromQt(control("txtSearch").window()->windowTitle());

@@ -44,6 +44,8 @@ class PosixTextFiles : public TextFiles {
     return makeTextWriter(codePage_, writing, std::move(sink));
   }
 
+  int codePage() const override { return codePage_->number(); }
+
   bool fileExists(std::u16string_view path) override {
     const std::string bytes = toUtf8(path);
     struct stat status {};

@@ -34,6 +34,8 @@ class WindowsTextFiles : public TextFiles {
     return makeTextWriter(codePage_, writing, std::move(sink));
   }
 
+  int codePage() const override { return codePage_->number(); }
+
   bool fileExists(std::u16string_view path) override {
     try {
       const DWORD attributes = attributesOf(calls_, extendedPath(path));

@@ -1,0 +1,55 @@
+#include "app/status.h"
+
+#include "app/disk_watch.h"
+#include "app/principal.h"
+#include "text/code_page.h"
+#include "text/text.h"
+
+namespace dravenna {
+
+namespace {
+
+std::u16string number(std::size_t value) { return decimal(static_cast<std::int64_t>(value)); }
+
+std::u16string pageName(int codePage) {
+  if (codePage == 0) return {};
+  return codePage == kUtf8CodePage ? std::u16string(u"UTF-8") : u"Windows-" + decimal(codePage);
+}
+
+}  // namespace
+
+bool Status::wanted() { return numberIn(read(form_.registry(), settings::StatusPlace)) != 0; }
+
+const Status::Words& Status::words() {
+  const auto word = [this](const Setting& setting) { return read(form_.registry(), setting); };
+  if (!words_) {
+    words_ =
+        Words{word(desktop_words::StatusText), word(desktop_words::StatusLine), word(desktop_words::StatusModified)};
+  }
+  return *words_;
+}
+
+Status::Parts Status::parts() {
+  if (!form_.Modified) disk_.noteText(form_.ScriptPath, form_.N.Text());
+  Parts parts;
+  if (noticeUses_ == disk_.uses()) parts.notice = notice_;
+  parts.page = pageName(disk_.codePage());
+  if (form_.Modified) parts.modified = words().modified;
+  if (form_.N.Text().empty()) return parts;
+  const TextCount::Place place = count_.place(form_.N, {form_.NavMode, form_.HasMessages, form_.HasCode, 0}, form_.Ini);
+  parts.text = replaceAll(replaceAll(words().text, u"%2", number(place.count)), u"%1",
+                          place.number == 0 ? u"\u2013" : number(place.number));
+  parts.line = replaceAll(words().line, u"%1", number(place.line));
+  return parts;
+}
+
+void Status::lookAtDisk() {
+  if (disk_.changed(form_.ScriptPath)) setNotice(read(form_.registry(), desktop_words::ChangedOnDisk));
+}
+
+void Status::setNotice(std::u16string notice) {
+  notice_ = std::move(notice);
+  noticeUses_ = disk_.uses();
+}
+
+}  // namespace dravenna

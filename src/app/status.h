@@ -1,0 +1,52 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "editing/text_count.h"
+#include "settings/catalogue.h"
+
+namespace dravenna {
+
+class DiskWatch;
+class Principal;
+
+// What the status place says of the form. It only ever reads: no told flow knows of it.
+class Status {
+ public:
+  // Each is empty where there is nothing to say.
+  struct Parts {
+    std::u16string notice, text, line, page, modified;
+    bool operator==(const Parts&) const = default;
+  };
+
+  // `disk` are the files that the form works on.
+  Status(Principal& form, DiskWatch& disk) : form_(form), disk_(disk) {}
+
+  // Whether the settings want it; asked once.
+  bool wanted();
+
+  Parts parts();
+
+  // Looks whether another program has changed the script's file.
+  void lookAtDisk();
+
+  // A notice that stands until the next file is opened or written.
+  void setNotice(std::u16string notice);
+
+ private:
+  struct Words {
+    std::u16string text, line, modified;
+  };
+  const Words& words();
+
+  Principal& form_;
+  DiskWatch& disk_;
+  TextCount count_;
+  std::optional<Words> words_;  // read at the first use: a step does not go to the store
+  std::u16string notice_;
+  std::uint64_t noticeUses_ = 0;
+};
+
+}  // namespace dravenna

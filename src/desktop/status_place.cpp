@@ -1,0 +1,96 @@
+#include "desktop/status_place.h"
+
+#include <QtCore/QEvent>
+#include <QtWidgets/QLabel>
+#include <QtWidgets/QMenuBar>
+#include <algorithm>
+
+#include "desktop/display_text.h"
+#include "desktop/qt_text.h"
+
+namespace dravenna {
+
+namespace {
+
+constexpr int kGap = 10;          // pixels behind each part, and at the least in front of the first one
+constexpr int kLeastNotice = 60;  // pixels of a notice that are worth showing
+
+}  // namespace
+
+StatusPlace::StatusPlace(QMenuBar& bar, QWidget* window) : QWidget(window), bar_(bar) {
+  setObjectName(QStringLiteral("Status"));
+  const auto part = [this](const char* name) {
+    auto* label = new QLabel(this);
+    label->setObjectName(QLatin1String(name));
+    label->setTextFormat(Qt::PlainText);
+    label->setFont(bar_.font());
+    return label;
+  };
+  notice_ = part("Status.Notice");
+  text_ = part("Status.Text");
+  line_ = part("Status.Line");
+  page_ = part("Status.Page");
+  modified_ = part("Status.Modified");
+  bar_.installEventFilter(this);
+  arrange();
+  show();
+}
+
+void StatusPlace::setParts(const Status::Parts& parts) {
+  if (parts == parts_) return;
+  parts_ = parts;
+  text_->setText(displayText(parts.text));
+  line_->setText(displayText(parts.line));
+  page_->setText(displayText(parts.page));
+  modified_->setText(parts.modified.empty() ? QString() : QStringLiteral("\u25CF"));
+  modified_->setAccessibleName(displayText(parts.modified));
+  modified_->setToolTip(displayText(parts.modified));
+  notice_->setAccessibleName(displayText(parts.notice));
+  notice_->setToolTip(displayText(parts.notice));
+  arrange();
+}
+
+void StatusPlace::arrange() {
+  int left = 0;
+  for (const QAction* menu : bar_.actions()) {
+    const QRect place = bar_.actionGeometry(const_cast<QAction*>(menu));
+    left = place.isEmpty() ? bar_.width() : std::max(left, place.right() + 1);  // a menu without room: none for us
+  }
+  left = std::min(left + kGap, bar_.width());
+  setGeometry(bar_.x() + left, bar_.y(), bar_.width() - left, bar_.height());
+  raise();
+
+  int room = width();
+  const QString notice = displayText(parts_.notice);
+  notice_->setText(notice);
+  const auto give = [&room](QLabel* label) {
+    const int wanted = label->sizeHint().width() + kGap;
+    label->setVisible(!label->text().isEmpty() && wanted <= room);
+    if (label->isVisibleTo(label->parentWidget())) room -= wanted;
+  };
+  give(modified_);
+  give(text_);
+  if (room - kGap >= kLeastNotice) {
+    notice_->setText(notice_->fontMetrics().elidedText(notice, Qt::ElideRight, room - kGap));
+  }
+  give(notice_);
+  give(line_);
+  give(page_);
+  int x = room;
+  for (QLabel* label : {notice_, text_, line_, page_, modified_}) {
+    if (!label->isVisibleTo(this)) continue;
+    label->setGeometry(x, 0, label->sizeHint().width(), height());
+    x += label->width() + kGap;
+  }
+}
+
+bool StatusPlace::eventFilter(QObject*, QEvent* event) {
+  // Queued: the bar arranges its menus first.
+  if (event->type() == QEvent::Resize || event->type() == QEvent::LayoutRequest) {
+    QMetaObject::invokeMethod(
+        this, [this] { arrange(); }, Qt::QueuedConnection);
+  }
+  return false;
+}
+
+}  // namespace dravenna
