@@ -7,7 +7,7 @@
 #include "app/principal.h"
 #include "generated_script.h"
 #include "platform/system.h"
-#include "support/quiet_windowing.h"
+#include "support/quiet_form.h"
 #include "text/text.h"
 
 namespace dravenna {
@@ -22,22 +22,15 @@ struct Editor {
   explicit Editor(const fs::path& source) {
     fs::copy_file(source, script, fs::copy_options::overwrite_existing);
     fs::permissions(script, fs::perms::owner_write, fs::perm_options::add);
-    windowing.pick = fromUtf8((folder / "script.lxf").string());
-    form.AllowedCommands = kDefaultAllowedCommands;
-    form.SpecialAllowedCommands = kDefaultSpecialCommands;
-    form.ScriptPath = fromUtf8(script.string());
-    form.LoadScript();
+    quiet.open(fromUtf8(script.string()));
   }
 
   void press(std::int16_t key, std::int16_t shift = 0) { form.Form_KeyDown(key, shift); }
 
   fs::path folder = fs::path(getenv("DRAVENNA_BENCH_DIR"));
   fs::path script = folder / "script.txt";
-  QuietWindowing windowing;
-  std::unique_ptr<TextFiles> files = makeTextFiles(codePageByName("1252"));
-  std::unique_ptr<RegistryCalls> registry = makeRegistry();
-  std::unique_ptr<Process> process = makeProcess({});
-  Principal form{Platform{*files, *registry, *process, windowing}};
+  QuietForm quiet{makeTextFiles(codePageByName("1252")), makeRegistry()};
+  Principal& form = *quiet;
 };
 
 using State = benchmark::State;
