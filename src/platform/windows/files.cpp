@@ -26,7 +26,8 @@ void replaceBytes(std::u16string_view path, std::string_view bytes) {
 std::optional<FileState> fileState(std::u16string_view path) {
   constexpr DWORD kShared = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
   try {
-    const windows::OpenFile file(windows::extendedPath(path), {0, kShared, OPEN_EXISTING}, std::u16string(path));
+    const windows::OpenFile file(windows::realSystemCalls(), windows::extendedPath(path), {0, kShared, OPEN_EXISTING},
+                                 std::u16string(path));
     BY_HANDLE_FILE_INFORMATION found;
     if (!::GetFileInformationByHandle(file.handle(), &found)) return {};
     const auto joined = [](DWORD high, DWORD low) { return static_cast<std::uint64_t>(high) << 32 | low; };
