@@ -18,7 +18,10 @@ std::u16string pageName(int codePage) {
 
 }  // namespace
 
-bool Status::wanted() { return numberIn(read(form_.registry(), settings::StatusPlace)) != 0; }
+bool Status::wanted() {
+  if (!wanted_) wanted_ = numberIn(read(form_.registry(), settings::StatusPlace)) != 0;
+  return *wanted_;
+}
 
 const Status::Words& Status::words() {
   const auto word = [this](const Setting& setting) { return read(form_.registry(), setting); };

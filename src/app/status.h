@@ -24,7 +24,7 @@ class Status {
   // `disk` are the files that the form works on.
   Status(Principal& form, DiskWatch& disk) : form_(form), disk_(disk) {}
 
-  // Whether the settings want it; asked once.
+  // Whether the settings want it; they are asked once.
   bool wanted();
 
   Parts parts();
@@ -44,6 +44,7 @@ class Status {
   Principal& form_;
   DiskWatch& disk_;
   TextCount count_;
+  std::optional<bool> wanted_;
   std::optional<Words> words_;  // read at the first use: a step does not go to the store
   std::u16string notice_;
   std::uint64_t noticeUses_ = 0;
