@@ -168,6 +168,7 @@ TEST_F(MainWindowTest, ADroppedFileIsOpened) {
   const auto local = [this](const char* name) { return QUrl::fromLocalFile(toQt(folder.path(name))); };
   const auto drop = [&](const char* name, QWidget& over) {
     QMimeData data;
+    data.setText(QLatin1String(name));  // as file managers do
     const QUrl url = QUrl::fromEncoded(name);
     data.setUrls({url.isRelative() ? local(name) : url});
     if (data.urls().constFirst() == local("sub/gate")) data.setUrls({local("sub/gate"), local("sub/gate.txt")});
