@@ -135,6 +135,12 @@ void EditBox::keyPressEvent(QKeyEvent* event) {
   }
 }
 
+void EditBox::inputMethodEvent(QInputMethodEvent* event) {
+  const QString line = joined(event->commitString());
+  event->setCommitString(line, event->replacementStart(), event->replacementLength());
+  QLineEdit::inputMethodEvent(event);
+}
+
 void EditBox::mouseReleaseEvent(QMouseEvent* event) {
   const QClipboard* clipboard = QApplication::clipboard();
   if (event->button() == Qt::MiddleButton && clipboard->supportsSelection()) {

@@ -7,10 +7,9 @@
 
 namespace dravenna {
 
-// A text box over its model. It keeps its selection when it loses the focus, and the lines of what is
-// pasted or dropped into it are joined by blanks. A text of more than a million characters is more than the toolkit can
-// lay out in reasonable time and memory: the box then shows a notice, takes no typing and leaves the model's text as it
-// is.
+// A text box over its model. It keeps its selection when it loses the focus, and the lines of what is pasted, dropped
+// or composed into it are joined by blanks. A text of more than a million characters is more than the toolkit can lay
+// out in reasonable time and memory: the box then shows a notice, takes no typing and leaves the model's text as it is.
 class EditBox : public QLineEdit {
  public:
   explicit EditBox(TextBox& model, QWidget* parent = nullptr);
@@ -29,6 +28,7 @@ class EditBox : public QLineEdit {
  protected:
   void focusInEvent(QFocusEvent* event) override;
   void focusOutEvent(QFocusEvent* event) override;
+  void inputMethodEvent(QInputMethodEvent* event) override;
   void mouseReleaseEvent(QMouseEvent* event) override;
   void dragEnterEvent(QDragEnterEvent* event) override;
   void dropEvent(QDropEvent* event) override;

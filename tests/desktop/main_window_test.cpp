@@ -97,8 +97,11 @@ TEST_F(MainWindowTest, FileDialogsStartBesideTheScriptAndSpareIt) {
 }
 
 TEST_F(MainWindowTest, IsShownWhenItsStartHasEnded) {
+  Registry(store).SetRegValue(HKEY_LOCAL_MACHINE_ID, kDesktopKey, u"StatusPlace", u"0");
   start(u"no such file");
   EXPECT_EQ(saidBefore, 1);
+  window->showStatus();
+  EXPECT_EQ(window->findChild<QWidget*>(QStringLiteral("Status")), nullptr);
   window->resize(1, 1);
   QCoreApplication::processEvents();
   const QWidget& box = window->editBox();
@@ -150,7 +153,7 @@ TEST_F(MainWindowTest, AltIsForMenusAndButtons) {
   press(box, Qt::Key_At, u"@", Qt::GroupSwitchModifier);
   press(box, Qt::Key_E, u"\u20AC", Qt::ControlModifier | Qt::AltModifier);
   QInputMethodEvent composed;
-  composed.setCommitString(QStringLiteral("\u00E9"));
+  composed.setCommitString(QStringLiteral("\u00E9\n"));
   QCoreApplication::sendEvent(&box, &composed);
   EXPECT_EQ(window->principal().EDT.Text(), u"@\u20AC\u00E9");
 
