@@ -75,9 +75,9 @@ class ColorField final : public QFrame {
  private:
   void tell(QMouseEvent* event, void (ColorPick::*handler)(std::int32_t, std::int32_t)) {
     // The place is the corner of a pixel of the screen, and its middle is what the painter looks at; between two pixels
-    // of the picture it takes the first.
+    // of the picture it takes the first. In the window the place is exact, in its widgets it is rounded.
     const double middle = 0.49 / devicePixelRatioF();
-    const QPointF at = event->position() + QPointF(middle, middle);
+    const QPointF at = event->scenePosition() - mapTo(window(), QPoint()) + QPointF(middle, middle);
     (picker_.*handler)(qFloor(at.x()) - kBorder, qFloor(at.y()) - kBorder);
     changed_();
   }

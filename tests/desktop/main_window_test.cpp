@@ -128,7 +128,8 @@ TEST_F(MainWindowTest, ThePickerTakesThePixelUnderThePointer) {
     for (int at = 0; at < 300; ++at) {  // a diagonal of the screen's pixels
       const QPointF place = inner.topLeft() + QPointF(at, at) / scale;
       if (place.x() >= inner.left() + 254 || place.y() >= inner.top() + 254) break;
-      QMouseEvent move(QEvent::MouseMove, place, field.mapToGlobal(place), Qt::NoButton, Qt::NoButton, Qt::NoModifier);
+      QMouseEvent move(QEvent::MouseMove, place.toPoint(), place + field.pos(), field.mapToGlobal(place), Qt::NoButton,
+                       Qt::NoButton, Qt::NoModifier);
       QCoreApplication::sendEvent(&field, &move);
       const auto color = window->principal().colorPick->iPreview.BackColor;
       EXPECT_EQ(toQt(color), seen.pixelColor((place * scale).toPoint())) << place.x();

@@ -162,7 +162,8 @@ class WindowDriver : public QObject, public Driver {
     if (!dragging_) outside_ = !field().rect().contains(at);
     if (outside_) {
       const auto button = step == MouseStep::Move ? Qt::NoButton : Qt::LeftButton;
-      QMouseEvent event(kEvents[which], at, field().mapToGlobal(at), button, Qt::NoButton, Qt::NoModifier);
+      QMouseEvent event(kEvents[which], at, field().mapTo(field().window(), at), field().mapToGlobal(at), button,
+                        Qt::NoButton, Qt::NoModifier);
       QCoreApplication::sendEvent(&field(), &event);
       turn();
     } else {
