@@ -147,7 +147,6 @@ void MainWindow::synchronise() {
 }
 
 void MainWindow::showStatus() {
-  if (running_ > 0) return;
   if (statusPlace_ == nullptr) {
     if (!status_.wanted()) return;
     statusPlace_ = new StatusPlace(*menuBar(), this);

@@ -46,6 +46,7 @@ class MainWindow : public QMainWindow, private Windowing {
   // Runs handlers of the form, then shows what they did. All input comes in by this way.
   void handle(const std::function<void()>& handlers);
   void synchronise();
+  // Brings the status place up to date, which otherwise follows when all else is on the screen.
   void showStatus();
 
  protected:

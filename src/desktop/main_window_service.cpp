@@ -39,6 +39,7 @@ class ModalPointer {
 
 Answer MainWindow::messageBox(std::u16string_view text, int flags, std::u16string_view title) {
   synchronise();
+  if (painted_) showStatus();
   if (tellMessage_) {
     tellMessage_(text);
     return defaultAnswer(flags);
