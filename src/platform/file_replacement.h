@@ -21,9 +21,11 @@ class FileReplacement {
 
   // To disk. Nothing can be written afterwards.
   virtual void flush() = 0;
+  // In its place, for what can be made again: the system brings it to disk when it likes.
+  virtual void close() = 0;
 
-  // Once, behind flush(). With a suffix, the old file stays under its name and that suffix; where such a file exists
-  // already, a number follows the suffix, so that no backup is lost.
+  // Once, behind flush() or close(). With a suffix, the old file stays under its name and that suffix; where such a
+  // file exists already, a number follows the suffix, so that no backup is lost.
   virtual void place(std::u16string_view backupSuffix = {}) = 0;
 };
 

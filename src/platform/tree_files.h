@@ -1,9 +1,11 @@
 #pragma once
 
+#include <compare>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -13,6 +15,14 @@
 namespace dravenna {
 
 enum class PathKind { Missing, File, Folder };
+
+// Which file a path leads to: two paths of one file, links followed, have the same.
+struct FileIdentity {
+  std::uint64_t volume;
+  std::uint64_t file;
+  bool plain;  // no folder, device or pipe
+  auto operator<=>(const FileIdentity&) const = default;
+};
 
 // Files of whole trees, as bytes, for the command line tool. What can fail throws Failure, whose description names
 // the path. Paths are native ones. Several threads may work at once.
@@ -24,6 +34,9 @@ class TreeFiles {
 
   // Links followed; a device or a pipe counts as a file. Fails when the system cannot tell.
   virtual PathKind pathKind(const std::filesystem::path& path) = 0;
+
+  // Nothing for what is missing. Fails when the system cannot tell.
+  virtual std::optional<FileIdentity> identity(const std::filesystem::path& path) = 0;
 
   // The files below a folder, as paths relative to it with `/` between their names, sorted by bytes. Links to files
   // count as files, links to folders are not entered. `enter` says whether a folder below is looked into, `take`

@@ -49,6 +49,7 @@ class FileReplacement : public dravenna::FileReplacement {
   void write(std::string_view bytes) override { file_.writeAll(bytes); }
   void startFlush() override { file_.startFlush(); }
   void flush() override;
+  void close() override { file_.close(); }
 
   // A failure to flush the folder comes when the target is the new one already.
   void place(std::u16string_view backupSuffix = {}) override;

@@ -50,6 +50,14 @@ class PosixTreeFiles : public TreeFiles {
     return S_ISDIR(status.st_mode) ? PathKind::Folder : PathKind::File;
   }
 
+  std::optional<FileIdentity> identity(const fs::path& path) override {
+    struct stat status {};
+    if (calls_.stat(path.c_str(), status) == 0)
+      return FileIdentity{status.st_dev, status.st_ino, S_ISREG(status.st_mode)};
+    if (errno != ENOENT && errno != ENOTDIR) failWithErrno(path.native());
+    return std::nullopt;
+  }
+
   std::vector<std::string> filesBelow(const fs::path& folder, const Chooser& enter, const Chooser& take) override {
     std::vector<std::string> out;
     listFolder(folder, {}, enter, take, out);

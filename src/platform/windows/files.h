@@ -48,6 +48,7 @@ class FileReplacement : public dravenna::FileReplacement {
   const std::u16string& path() const override { return path_; }
   void write(std::string_view bytes) override { file_.writeAll(bytes); }
   void flush() override;
+  void close() override { file_.close(); }
 
   // Should the system have taken the old file away and then failed, the temporary file is kept and the description
   // names it.

@@ -79,6 +79,19 @@ class WindowsTreeFiles : public TreeFiles {
     return isFolder(attributes) ? PathKind::Folder : PathKind::File;
   }
 
+  std::optional<FileIdentity> identity(const fs::path& path) override {
+    if (pathKind(path) == PathKind::Missing) return std::nullopt;
+    const std::u16string text = textOf(path);
+    constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+    // The flag opens folders too.
+    const OpenFile file(calls_, extendedPath(text), {0, kShareAll, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS}, text);
+    BY_HANDLE_FILE_INFORMATION about{};
+    if (::GetFileInformationByHandle(file.handle(), &about) == 0) return FileIdentity{0, 0, false};  // a device
+    return FileIdentity{about.dwVolumeSerialNumber,
+                        std::uint64_t{about.nFileIndexHigh} << 32 | std::uint64_t{about.nFileIndexLow},
+                        !isFolder(about.dwFileAttributes) && ::GetFileType(file.handle()) == FILE_TYPE_DISK};
+  }
+
   std::vector<std::string> filesBelow(const fs::path& folder, const Chooser& enter, const Chooser& take) override {
     std::vector<std::string> out;
     listFolder(folder, {}, enter, take, out);

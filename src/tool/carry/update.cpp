@@ -1,17 +1,13 @@
 #include <fmt/core.h>
 
 #include <array>
-#include <filesystem>
 #include <numeric>
 #include <set>
 
 #include "exchange/records.h"
 #include "platform/failure.h"
-#include "platform/tree_files.h"
 #include "tool/carry/old_version.h"
-#include "tool/run/ordered_pool.h"
-#include "tool/run/output_file.h"
-#include "tool/run/session.h"
+#include "tool/run/for_each_script.h"
 
 namespace dravenna {
 
@@ -46,7 +42,7 @@ struct Outcome {
   std::string report;
   std::string warning;
   bool unfit = false;  // there is a translation, but it could not be used
-  std::string error;
+  std::string error;   // why its exchange file was not written
   std::array<std::size_t, 5> counts{};
   std::size_t gone = 0;
 };
@@ -58,7 +54,7 @@ class Update {
   void run();
 
  private:
-  Outcome updateScript(const Script& script, const std::string& target, const OldVersion& oldVersion) const;
+  Outcome updateScript(const Script& script, const OldVersion& oldVersion) const;
   void reportText(const std::string& path, const LoadedScript& fresh, const OldVersion::Carried& carried,
                   std::size_t record, std::string& out) const;
   void reportGone(const OldVersion::Carried& carried, std::string& out) const;
@@ -126,31 +122,31 @@ void Update::reportGone(const OldVersion::Carried& carried, std::string& out) co
   }
 }
 
-Outcome Update::updateScript(const Script& script, const std::string& target, const OldVersion& oldVersion) const {
+Outcome Update::updateScript(const Script& script, const OldVersion& oldVersion) const {
   Outcome outcome;
-  try {
-    const auto fresh = loadScript(session_, script.path);
-    const OldVersion::Carried carried = oldVersion.carry(script, *fresh);
-    outcome.warning = carried.warning;
-    outcome.unfit = carried.unfit;
-    std::string lxf;
-    for (std::size_t i = 0; i < fresh->records.size(); ++i) {
-      const CarriedText& text = carried.result.texts[i];
-      ++outcome.counts[static_cast<std::size_t>(text.state)];
-      const bool put = text.state == CarryState::Carried || (options_.putUnsure && text.state == CarryState::Unsure &&
-                                                             !text.translation.empty() && !text.ofPage);
-      const std::string_view chosen = put ? std::string_view(text.translation) : fresh->records[i]->text;
-      appendRecord(i + 1, options_.keepCodes ? chosen : withoutColor(chosen), lxf);
-      lxf.append("\r\n", 2);
-      reportText(script.path, *fresh, carried, i, outcome.report);
-    }
-    reportGone(carried, outcome.report);
-    outcome.gone = carried.result.gone.size();
-    std::string buffer;
-    writeExchangeFile(*session_.files, target, session_.codec->toFile(lxf, buffer), options_.force);
-  } catch (const Failure& failure) {
-    outcome.error = shown(failure.description());
+  const auto fresh = loadScript(session_, script.path);
+  const OldVersion::Carried carried = oldVersion.carry(script, *fresh);
+  outcome.warning = carried.warning;
+  outcome.unfit = carried.unfit;
+  std::string lxf;
+  for (std::size_t i = 0; i < fresh->records.size(); ++i) {
+    const CarriedText& text = carried.result.texts[i];
+    ++outcome.counts[static_cast<std::size_t>(text.state)];
+    const bool put = text.state == CarryState::Carried || (options_.putUnsure && text.state == CarryState::Unsure &&
+                                                           !text.translation.empty() && !text.ofPage);
+    const std::string_view chosen = put ? std::string_view(text.translation) : fresh->records[i]->text;
+    appendRecord(i + 1, options_.keepCodes ? std::string(chosen) : withoutColor(chosen), lxf);
+    lxf.append("\r\n", 2);
+    reportText(script.path, *fresh, carried, i, outcome.report);
   }
+  reportGone(carried, outcome.report);
+  outcome.gone = carried.result.gone.size();
+  const auto failure = attempt([&] {
+    std::string buffer;
+    const std::string target = joinPath(options_.out, withExtension(script.relative, ".lxf"));
+    session_.outputs->write(target, session_.codec->toFile(lxf, buffer), Outputs::Kind::ExchangeFile, options_.force);
+  });
+  if (failure) outcome.error = shown(failure->description());
   return outcome;
 }
 
@@ -179,38 +175,32 @@ void Update::summary(const std::array<std::size_t, 5>& counts, std::size_t gone)
 
 void Update::run() {
   session_.prepare();
-  const auto normal = [](const std::string& path) { return std::filesystem::path(path + "/").lexically_normal(); };
-  if (normal(options_.from) == normal(options_.out)) {
+  const auto from = session_.files->identity(options_.from);
+  if (from && from == session_.files->identity(options_.out)) {
     throw UsageError("--out would overwrite the translations of --from");
   }
   const std::vector<Script> scripts = collectScripts(session_, {options_.newTree});
   OldVersion oldVersion(session_, options_.oldTree, options_.from);
   oldVersion.findRenamed(scripts);
   std::set<std::string> folders{options_.out};
-  std::vector<std::string> targets;
-  for (const Script& script : scripts) {
-    targets.push_back(joinPath(options_.out, withExtension(script.relative, ".lxf")));
-    folders.insert(folderOf(targets.back()));
-  }
+  for (const Script& script : scripts) folders.insert(folderOf(joinPath(options_.out, script.relative)));
   for (const std::string& folder : folders) session_.files->makeFolders(folder);
 
-  Output output(*session_.files, options_.report);
+  Output output(*session_.outputs, options_.report, options_.force);
   std::array<std::size_t, 5> counts{};
   std::size_t gone = 0;
-  runOrdered<Outcome>(
-      scripts.size(), session_.jobs, [&](std::size_t i) { return updateScript(scripts[i], targets[i], oldVersion); },
-      [&](std::size_t i, Outcome&& outcome) {
+  forEachScript<Outcome>(
+      session_, scripts, [&](const Script& script, Buffers&) { return updateScript(script, oldVersion); },
+      [&](const Script&, Outcome&& outcome) {
         if (!outcome.warning.empty()) session_.console.warning(outcome.warning);
         if (outcome.unfit) session_.console.fail();
         if (!outcome.error.empty()) session_.console.error(outcome.error);
         for (std::size_t k = 0; k < counts.size(); ++k) counts[k] += outcome.counts[k];
         gone += outcome.gone;
         output.buffer().append(outcome.report);
-        session_.console.progress(i + 1, scripts.size());
         return output.flushSome();
       });
   reportLeft(oldVersion.unclaimed(scripts), output, gone);
-  session_.console.endProgress();
   if (!output.close()) session_.console.fail();
   summary(counts, gone);
 }

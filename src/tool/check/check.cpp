@@ -5,10 +5,8 @@
 #include <unordered_map>
 
 #include "platform/failure.h"
-#include "platform/tree_files.h"
 #include "tool/check/findings.h"
-#include "tool/run/ordered_pool.h"
-#include "tool/run/session.h"
+#include "tool/run/for_each_script.h"
 
 namespace dravenna {
 
@@ -105,14 +103,9 @@ class Check {
   void run();
 
  private:
-  struct Outcome {
-    std::vector<Finding> findings;
-    std::string error;
-  };
-
-  Outcome checkFile(const Script& script) const;
-  void checkOneScript(const Script& script, Findings& findings) const;
-  void checkOneExchangeFile(const Script& script, Findings& findings) const;
+  std::vector<Finding> checkFile(const Script& script, Buffers& buffers) const;
+  void checkOneScript(const Script& script, Buffers& buffers, Findings& findings) const;
+  void checkOneExchangeFile(const Script& script, Buffers& buffers, Findings& findings) const;
   std::string scriptBelow(const std::string& relative) const;
   void gatherFrozen();
   void addMissing(const std::vector<Script>& files, std::string& out);
@@ -133,22 +126,18 @@ bool Check::isWanted(const char* kind) const {
   return (options_.only.empty() || named(options_.only)) && !named(options_.ignore);
 }
 
-void Check::checkOneScript(const Script& script, Findings& findings) const {
-  std::string file;
-  std::string buffer;
-  const std::string_view work = readWork(session_, script.path, file, buffer);
-  if (checkUtf16(findings, file)) return;
+void Check::checkOneScript(const Script& script, Buffers& buffers, Findings& findings) const {
+  const std::string_view work = readWork(session_, script.path, buffers.file, buffers.work);
+  if (checkUtf16(findings, buffers.file)) return;
   const Outline outline = outlineOf(work, *session_.lists);
-  checkScript(findings, outline, file, work);
+  checkScript(findings, outline, buffers.file, work);
   if (options_.against.empty()) return;
   const std::string oldPath = partnerIn(*session_.files, options_.against, script.relative);
   if (session_.files->pathKind(oldPath) != PathKind::File) {
     findings.list().push_back({1, 1, "missing", fmt::format("no original {}", shownName(oldPath))});
     return;
   }
-  std::string oldFile;
-  std::string oldBuffer;
-  const std::string_view oldWork = readWork(session_, oldPath, oldFile, oldBuffer);
+  const std::string_view oldWork = readWork(session_, oldPath, buffers.otherFile, buffers.otherWork);
   checkAgainst(findings, oldWork, outlineOf(oldWork, *session_.lists), work, outline, options_.strict,
                options_.frozen ? &frozen_ : nullptr);
 }
@@ -168,15 +157,14 @@ std::string Check::scriptBelow(const std::string& relative) const {
   return path;
 }
 
-void Check::checkOneExchangeFile(const Script& script, Findings& findings) const {
-  std::string file;
-  std::string buffer;
-  std::string_view lxf = readWork(session_, script.path, file, buffer);
+void Check::checkOneExchangeFile(const Script& script, Buffers& buffers, Findings& findings) const {
+  std::string& file = buffers.file;
+  std::string_view lxf = readWork(session_, script.path, file, buffers.work);
   if (checkUtf16(findings, file)) return;
   if (constexpr std::string_view kMark = "\xEF\xBB\xBF"; file.compare(0, kMark.size(), kMark) == 0) {
     findings.list().push_back({1, 1, "lxf-order", "begins with a byte order mark, which is no part of a number"});
     file.erase(0, kMark.size());
-    lxf = session_.codec->toWork(file, buffer);
+    lxf = session_.codec->toWork(file, buffers.work);
   }
   checkEncoding(findings, file, lxf);
   if (options_.scripts.empty() && (!given_ || given_->empty())) return checkExchangeFile(findings, lxf, nullptr);
@@ -187,41 +175,32 @@ void Check::checkOneExchangeFile(const Script& script, Findings& findings) const
          path.empty() ? "no script of its name among those given" : fmt::format("no script {}", shownName(path))});
     return checkExchangeFile(findings, lxf, nullptr);
   }
-  std::string scriptFile;
-  std::string scriptBuffer;
-  const Outline outline = outlineOf(readWork(session_, path, scriptFile, scriptBuffer), *session_.lists);
+  const std::string_view work = readWork(session_, path, buffers.otherFile, buffers.otherWork);
+  const Outline outline = outlineOf(work, *session_.lists);
   // With --against the scripts are translations, and a record may be as in its script.
   checkExchangeFile(findings, lxf, &outline, options_.against.empty());
 }
 
-Check::Outcome Check::checkFile(const Script& script) const {
-  Outcome outcome;
+std::vector<Finding> Check::checkFile(const Script& script, Buffers& buffers) const {
   Findings findings(*session_.codec);
-  try {
-    isExchangeFile(script.path) ? checkOneExchangeFile(script, findings) : checkOneScript(script, findings);
-  } catch (const Failure& failure) {
-    outcome.error = shown(failure.description());
-  }
-  outcome.findings = std::move(findings.list());
-  std::stable_sort(outcome.findings.begin(), outcome.findings.end(), [](const Finding& a, const Finding& b) {
+  isExchangeFile(script.path) ? checkOneExchangeFile(script, buffers, findings)
+                              : checkOneScript(script, buffers, findings);
+  std::stable_sort(findings.list().begin(), findings.list().end(), [](const Finding& a, const Finding& b) {
     return a.line != b.line ? a.line < b.line : a.column < b.column;
   });
-  return outcome;
+  return std::move(findings.list());
 }
 
 void Check::gatherFrozen() {
-  const std::vector<Script> originals = collectScripts(session_, {options_.against});
-  runOrdered<FrozenNames>(
-      originals.size(), session_.jobs,
-      [&](std::size_t i) {
+  forEachScript<FrozenNames>(
+      session_, collectScripts(session_, {options_.against}),
+      [&](const Script& script, Buffers& buffers) {
         FrozenNames names;
-        std::string file;
-        std::string buffer;
-        const std::string_view work = readWork(session_, originals[i].path, file, buffer);
-        gatherFrozenNames(work, outlineOf(work, *session_.lists), originals[i].relative, names);
+        const std::string_view work = readWork(session_, script.path, buffers.file, buffers.work);
+        gatherFrozenNames(work, outlineOf(work, *session_.lists), script.relative, names);
         return names;
       },
-      [&](std::size_t, FrozenNames&& names) {
+      [&](const Script&, FrozenNames&& names) {
         frozen_.merge(names);
         return true;
       });
@@ -272,17 +251,14 @@ void Check::run() {
   if (std::any_of(files.begin(), files.end(), [](const Script& file) { return isExchangeFile(file.path); })) {
     given_.emplace(files);
   }
-  Output output(*session_.files, options_.output);
-  runOrdered<Outcome>(
-      files.size(), session_.jobs, [&](std::size_t i) { return checkFile(files[i]); },
-      [&](std::size_t i, Outcome&& outcome) {
-        for (const Finding& finding : outcome.findings) write(files[i].path, finding, output.buffer());
-        if (!outcome.error.empty()) session_.console.error(outcome.error);
-        session_.console.progress(i + 1, files.size());
+  Output output(*session_.outputs, options_.output);
+  forEachScript<std::vector<Finding>>(
+      session_, files, [&](const Script& file, Buffers& buffers) { return checkFile(file, buffers); },
+      [&](const Script& file, std::vector<Finding>&& findings) {
+        for (const Finding& finding : findings) write(file.path, finding, output.buffer());
         return output.flushSome();
       });
   addMissing(files, output.buffer());
-  session_.console.endProgress();
   if (!output.close()) session_.console.fail();
   if (found_ > 0) session_.console.fail();
   session_.console.note(fmt::format("{} checked, {}", counted(files.size(), "file"), counted(found_, "finding")));

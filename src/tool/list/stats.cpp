@@ -4,11 +4,10 @@
 #include <unordered_set>
 
 #include "platform/failure.h"
-#include "platform/tree_files.h"
-#include "tool/run/ordered_pool.h"
-#include "tool/run/session.h"
+#include "tool/run/for_each_script.h"
 #include "tool/script/outline.h"
 #include "tool/script/pairing.h"
+#include "tool/script/records.h"
 
 namespace dravenna {
 
@@ -54,7 +53,6 @@ using Figures = std::array<std::size_t, kFigures>;
 using Reasons = std::map<std::pair<std::string, std::string>, std::size_t>;  // reason, command
 
 struct Outcome {
-  std::string error;
   std::string warning;
   Figures figures{};
   Reasons leftOut;
@@ -113,46 +111,31 @@ void addProgress(const Outline& outline, const Outline& old, const Pairing& pair
   }
 }
 
-Outcome measure(const Session& session, const Options& options, const Script& script) {
+Outcome measure(const Session& session, const Options& options, const Script& script, Buffers& buffers) {
   Outcome outcome;
-  try {
-    std::string file;
-    std::string work;
-    const std::string_view bytes = readWork(session, script.path, file, work);
-    const Outline outline = outlineOf(bytes, *session.lists);
-    addTexts(outline, outcome);
-    outcome.figures[LackedBytes] = session.codec->page().countUndefined(file);
-    if (options.against.empty()) return outcome;
-    const std::string oldPath = session.files->pathKind(options.against) == PathKind::File
-                                    ? options.against
-                                    : joinPath(options.against, script.relative);
-    if (session.files->pathKind(oldPath) != PathKind::File) {
-      outcome.warning = fmt::format("{}: no original {}", shownName(script.path), shownName(oldPath));
-      return outcome;
-    }
-    std::string oldFile;
-    std::string oldWork;
-    const std::string_view oldBytes = readWork(session, oldPath, oldFile, oldWork);
-    const Outline old = outlineOf(oldBytes, *session.lists);
-    addProgress(outline, old, pairScripts(oldBytes, old, bytes, outline), outcome.figures);
-  } catch (const Failure& failure) {
-    outcome.error = shown(failure.description());
+  const std::string_view work = readWork(session, script.path, buffers.file, buffers.work);
+  const Outline outline = outlineOf(work, *session.lists);
+  addTexts(outline, outcome);
+  outcome.figures[LackedBytes] = session.codec->page().countUndefined(buffers.file);
+  if (options.against.empty()) return outcome;
+  const std::string oldPath = session.files->pathKind(options.against) == PathKind::File
+                                  ? options.against
+                                  : joinPath(options.against, script.relative);
+  if (session.files->pathKind(oldPath) != PathKind::File) {
+    outcome.warning = fmt::format("{}: no original {}", shownName(script.path), shownName(oldPath));
+    return outcome;
   }
+  const std::string_view oldWork = readWork(session, oldPath, buffers.otherFile, buffers.otherWork);
+  const Outline old = outlineOf(oldWork, *session.lists);
+  addProgress(outline, old, pairScripts(oldWork, old, work, outline), outcome.figures);
   return outcome;
 }
 
 // A script of the original tree that the translated one lacks: all of it remains.
-Outcome measureMissing(const Session& session, const Script& original) {
+Outcome measureMissing(const Session& session, const Script& original, Buffers& buffers) {
   Outcome outcome;
-  try {
-    std::string file;
-    std::string work;
-    for (const OutlineText& text : outlineOf(readWork(session, original.path, file, work), *session.lists).texts) {
-      if (text.record) ++outcome.figures[Remaining];
-    }
-  } catch (const Failure& failure) {
-    outcome.error = shown(failure.description());
-  }
+  const std::string_view work = readWork(session, original.path, buffers.file, buffers.work);
+  forEachRecordText(work, *session.lists, [&](std::string_view, std::string_view) { ++outcome.figures[Remaining]; });
   return outcome;
 }
 
@@ -254,43 +237,34 @@ void run(Session& session, const Options& options) {
     throw Failure(u"No such file or directory: '" + fromUtf8(options.against) + u"'");
   }
   const std::vector<Script> scripts = collectScripts(session, options.paths);
-  Output output(*session.files, options.output);
+  Output output(*session.outputs, options.output);
   Report report(options, output.buffer());
-  runOrdered<Outcome>(
-      scripts.size(), session.jobs, [&](std::size_t i) { return measure(session, options, scripts[i]); },
-      [&](std::size_t i, Outcome&& outcome) {
+  forEachScript<Outcome>(
+      session, scripts,
+      [&](const Script& script, Buffers& buffers) { return measure(session, options, script, buffers); },
+      [&](const Script& script, Outcome&& outcome) {
         if (!outcome.warning.empty()) session.console.warning(outcome.warning);
-        if (outcome.error.empty()) {
-          // A command's word may hold what no terminal should see.
-          Reasons visible;
-          for (const auto& [reason, count] : outcome.leftOut) {
-            std::string command;
-            appendEscaped(*session.codec, reason.second, command);
-            visible[{reason.first, command}] += count;
-          }
-          outcome.leftOut = std::move(visible);
-          report.add(scripts[i].path, outcome);
-        } else {
-          session.console.error(outcome.error);
+        // A command's word may hold what no terminal should see.
+        Reasons visible;
+        for (const auto& [reason, count] : outcome.leftOut) {
+          std::string command;
+          appendEscaped(*session.codec, reason.second, command);
+          visible[{reason.first, command}] += count;
         }
-        session.console.progress(i + 1, scripts.size());
+        outcome.leftOut = std::move(visible);
+        report.add(script.path, outcome);
         return output.flushSome();
       });
-  const std::vector<Script> missing = missingScripts(session, options, scripts);
-  runOrdered<Outcome>(
-      missing.size(), session.jobs, [&](std::size_t i) { return measureMissing(session, missing[i]); },
-      [&](std::size_t i, Outcome&& outcome) {
-        if (outcome.error.empty()) {
-          session.console.warning(fmt::format("{}: not in the translated tree, {} remaining",
-                                              shownName(missing[i].path), counted(outcome.figures[Remaining], "text")));
-          report.add(missing[i].path, outcome);
-        } else {
-          session.console.error(outcome.error);
-        }
+  forEachScript<Outcome>(
+      session, missingScripts(session, options, scripts),
+      [&](const Script& script, Buffers& buffers) { return measureMissing(session, script, buffers); },
+      [&](const Script& script, Outcome&& outcome) {
+        session.console.warning(fmt::format("{}: not in the translated tree, {} remaining", shownName(script.path),
+                                            counted(outcome.figures[Remaining], "text")));
+        report.add(script.path, outcome);
         return output.flushSome();
       });
   report.end();
-  session.console.endProgress();
   if (!output.close()) session.console.fail();
 }
 

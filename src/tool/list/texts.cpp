@@ -1,9 +1,7 @@
 
-#include "platform/failure.h"
 #include "scan/line_scanner.h"
 #include "text/text.h"
-#include "tool/run/ordered_pool.h"
-#include "tool/run/session.h"
+#include "tool/run/for_each_script.h"
 #include "tool/script/script_lines.h"
 
 namespace dravenna {
@@ -97,32 +95,18 @@ class TextsSink {
   std::size_t lineOffset_ = 0;
 };
 
-struct Outcome {
-  std::string out;
-  std::string error;
-};
-
 void run(Session& session, const std::vector<std::string>& paths, bool json) {
   session.prepare();
-  const std::vector<Script> scripts = collectScripts(session, paths);
-  Output output(*session.files, "-");
-  runOrdered<Outcome>(
-      scripts.size(), session.jobs,
-      [&](std::size_t i) {
-        thread_local std::string file;
-        thread_local std::string work;
-        Outcome outcome;
-        try {
-          TextsSink(session, scripts[i].path, json, outcome.out).scan(readWork(session, scripts[i].path, file, work));
-        } catch (const Failure& failure) {
-          outcome.error = shown(failure.description());
-        }
-        return outcome;
+  Output output(*session.outputs, "-");
+  forEachScript<std::string>(
+      session, collectScripts(session, paths),
+      [&](const Script& script, Buffers& buffers) {
+        std::string out;
+        TextsSink(session, script.path, json, out).scan(readWork(session, script.path, buffers.file, buffers.work));
+        return out;
       },
-      [&](std::size_t i, Outcome&& outcome) {
-        if (!outcome.error.empty()) session.console.error(outcome.error);
-        output.buffer().append(outcome.out);
-        session.console.progress(i + 1, scripts.size());
+      [&](const Script&, std::string&& out) {
+        output.buffer().append(out);
         return output.flushSome();
       });
   if (!output.close()) session.console.fail();

@@ -3,13 +3,9 @@
 #include <set>
 #include <unordered_map>
 
-#include "platform/failure.h"
 #include "platform/terminal.h"
-#include "platform/tree_files.h"
+#include "tool/run/for_each_script.h"
 #include "tool/run/globs.h"
-#include "tool/run/ordered_pool.h"
-#include "tool/run/output_file.h"
-#include "tool/run/session.h"
 #include "tool/script/records.h"
 
 namespace dravenna {
@@ -54,79 +50,68 @@ void exportOne(Session& session, const Options& options) {
     if (!writeStandardOutput(bytes)) session.console.fail();
     return;
   }
-  if (session.files->pathKind(target) == PathKind::File && target != script) {
-    if (options.noClobber) return session.console.note(fmt::format("{}: kept", shownName(target)));
-    if (named && !options.force && isNamedLikeAScript(session, target)) {
-      throw UsageError(
-          fmt::format("{} exists and is named like a script; several scripts need --out DIR", shownName(target)));
-    }
+  const auto there = session.files->identity(target);
+  if (there && script != "-" && there == session.files->identity(script)) {
+    throw UsageError("the exchange file would overwrite the script");
   }
-  if (target == script) throw UsageError("the exchange file would overwrite the script");
-  writeExchangeFile(*session.files, target, bytes, options.force || named);
+  if (there && options.noClobber) return session.console.note(fmt::format("{}: kept", shownName(target)));
+  if (there && named && !options.force && isNamedLikeAScript(session, target)) {
+    throw UsageError(
+        fmt::format("{} exists and is named like a script; several scripts need --out DIR", shownName(target)));
+  }
+  session.outputs->write(target, bytes, Outputs::Kind::ExchangeFile, options.force);
 }
 
-struct Outcome {
-  std::string error;
-  std::size_t records = 0;
-  bool kept = false;
-};
+std::string targetOf(const Script& script, const std::string& out) {
+  return joinPath(out, withExtension(script.relative, ".lxf"));
+}
 
-// Where each script's exchange file goes; two scripts must not share one, and none must be a script. Makes the folders.
-std::vector<std::string> targetsOf(TreeFiles& files, const std::vector<Script>& scripts, const std::string& out) {
-  std::vector<std::string> targets;
+// Makes the folders of the exchange files. Two scripts must not share one, and none must be a script.
+void makeFoldersFor(Session& session, const std::vector<Script>& scripts, const std::string& out) {
   std::unordered_map<std::string, std::string> owners;
   std::set<std::string> folders{out};
   for (const Script& script : scripts) {
     if (script.path == "-") throw UsageError("standard input cannot go to --out");
-    targets.push_back(joinPath(out, withExtension(script.relative, ".lxf")));
-    const auto [owner, fresh] = owners.emplace(targets.back(), script.path);
+    const std::string target = targetOf(script, out);
+    const auto [owner, fresh] = owners.emplace(target, script.path);
     if (!fresh) {
       throw UsageError(fmt::format("{} and {} would both go to {}", shownName(owner->second), shownName(script.path),
-                                   shownName(targets.back())));
+                                   shownName(target)));
     }
-    folders.insert(folderOf(targets.back()));
+    folders.insert(folderOf(target));
   }
   for (const Script& script : scripts) {
     if (owners.count(script.path) != 0) {
       throw UsageError(fmt::format("an exchange file would overwrite the script {}", shownName(script.path)));
     }
   }
-  for (const std::string& folder : folders) files.makeFolders(folder);
-  return targets;
+  for (const std::string& folder : folders) session.files->makeFolders(folder);
 }
 
 void exportTree(Session& session, const Options& options) {
   const std::vector<Script> scripts = collectScripts(session, options.paths);
-  const std::vector<std::string> targets = targetsOf(*session.files, scripts, options.out);
+  makeFoldersFor(session, scripts, options.out);
   std::size_t files = 0;
   std::size_t records = 0;
-  runOrdered<Outcome>(
-      scripts.size(), session.jobs,
-      [&](std::size_t i) {
-        thread_local std::string file;
-        thread_local std::string work;
-        thread_local std::string lxf;
-        Outcome outcome;
-        try {
-          if (options.noClobber && session.files->pathKind(targets[i]) == PathKind::File) return Outcome{{}, 0, true};
-          outcome.records =
-              exportWork(readWork(session, scripts[i].path, file, work), *session.lists, options.keepCodes, lxf);
-          writeExchangeFile(*session.files, targets[i], session.codec->toFile(lxf, work), options.force);
-        } catch (const Failure& failure) {
-          outcome.error = shown(failure.description());
-        }
-        return outcome;
+  constexpr std::size_t kKept = static_cast<std::size_t>(-1);
+  forEachScript<std::size_t>(
+      session, scripts,
+      [&](const Script& script, Buffers& buffers) {
+        const std::string target = targetOf(script, options.out);
+        if (options.noClobber && session.files->pathKind(target) == PathKind::File) return kKept;
+        const std::string_view work = readWork(session, script.path, buffers.file, buffers.work);
+        const std::size_t count = exportWork(work, *session.lists, options.keepCodes, buffers.out);
+        session.outputs->write(target, session.codec->toFile(buffers.out, buffers.work), Outputs::Kind::ExchangeFile,
+                               options.force);
+        return count;
       },
-      [&](std::size_t i, Outcome&& outcome) {
-        if (!outcome.error.empty()) {
-          session.console.error(outcome.error);
-        } else if (outcome.kept) {
-          session.console.note(fmt::format("{}: kept", shownName(targets[i])));
+      [&](const Script& script, std::size_t&& count) {
+        if (count == kKept) {
+          session.console.note(fmt::format("{}: kept", shownName(targetOf(script, options.out))));
         } else {
           ++files;
-          records += outcome.records;
+          records += count;
         }
-        session.console.progress(i + 1, scripts.size());
         return true;
       });
   session.console.note(fmt::format("{} exported, {}", counted(files, "script"), counted(records, "record")));

@@ -65,11 +65,8 @@ void importOne(Session& session, const ImportOptions& options) {
     return;
   }
   if (!options.dryRun && bytes != file) {
-    Replacements replacements(*session.files, options.backup);
-    replacements.stage(path, bytes);
-    const std::u16string failed = replacements.commit()[0];
-    if (!failed.empty()) throw Failure(failed);
-    session.files->flushFolder(folderOf(path));
+    replaceScript(session, path, bytes, options.backup);
+    flushFolders(session, {folderOf(path)});
   }
   session.console.note(fmt::format("{}: {} of {} {}{}", shownName(path), merge.changed, counted(merge.texts, "text"),
                                    options.dryRun ? "would change" : "changed",

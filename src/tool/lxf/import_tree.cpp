@@ -123,16 +123,17 @@ std::vector<Outcome> TreeImport::mergeGroup(const Group& group) {
   std::vector<std::size_t> staged;
   for (std::size_t i = group.begin; i < group.end && !interrupted(); ++i) {
     Outcome& outcome = outcomes[i - group.begin];
-    try {
+    const auto failure = attempt([&] {
       std::string bytes;
       outcome = mergeScript(scripts_[i], bytes);
       if (outcome.fate == Fate::Replaced && !options_.dryRun) {
         replacements.stage(scripts_[i].path, bytes);
         staged.push_back(i - group.begin);
       }
-    } catch (const Failure& failure) {
+    });
+    if (failure) {
       outcome.fate = Fate::Failed;
-      outcome.message = shown(failure.description());
+      outcome.message = shown(failure->description());
     }
   }
   if (staged.empty()) return outcomes;
@@ -191,13 +192,7 @@ void TreeImport::run() {
         session_.console.progress(groups[i].end, scripts_.size());
         return true;
       });
-  for (const std::string& folder : folders_) {
-    try {
-      session_.files->flushFolder(folder);
-    } catch (const Failure& failure) {
-      session_.console.error(shown(failure.description()));
-    }
-  }
+  flushFolders(session_, folders_);
   if (interrupted()) return session_.console.error("Interrupted; every script is the old or the new one");
   const auto count = [&](Fate fate) { return fates_[static_cast<std::size_t>(fate)]; };
   // A whole tree has scripts that nobody translates; a folder of exchange files is seldom left over.

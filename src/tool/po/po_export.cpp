@@ -10,7 +10,7 @@
 #include "tool/po/po.h"
 #include "tool/po/po_file.h"
 #include "tool/po/po_text.h"
-#include "tool/run/ordered_pool.h"
+#include "tool/run/for_each_script.h"
 
 namespace dravenna {
 
@@ -26,7 +26,6 @@ struct Outcome {
   std::vector<std::string> left;  // what the PO file lacks: "file:line: why"
   std::string warning;
   bool unfit = false;
-  std::string error;
 };
 
 // A message as the server reads it: msgctxt and msgid lines, and the translation.
@@ -55,7 +54,6 @@ class PoExport {
                              ServerEntries& entries) const;
   void write(const std::string& path, const Outcome& outcome);
   void placeStaged();
-  void refuseToOverwrite(const std::string& path) const;
   void tellLeft(const std::vector<std::string>& left);
 
   Session& session_;
@@ -63,7 +61,6 @@ class PoExport {
   std::set<std::string> folders_;
   Replacements replacements_{*session_.files};
   std::size_t left_ = 0;
-  bool unread_ = false;  // a script could not be read
 };
 
 PoEntry PoExport::entryOf(const Script& script, const OutlineText& text, std::string context,
@@ -120,62 +117,42 @@ std::string PoExport::addServerEntry(const LoadedScript& script, const OutlineTe
 
 Outcome PoExport::readScript(const Script& script, const OldVersion* oldVersion) const {
   Outcome outcome;
-  try {
-    const auto loaded = loadScript(session_, script.path);
-    OldVersion::Carried version;
-    version.result.texts.resize(loaded->records.size());
-    if (oldVersion != nullptr) version = oldVersion->carry(script, *loaded);
-    outcome.warning = version.warning;
-    outcome.unfit = version.unfit;
-    PoContexts contexts(*session_.codec, script.relative);
-    ServerEntries serverEntries;
-    for (std::size_t i = 0; i < loaded->records.size(); ++i) {
-      const OutlineText& text = *loaded->records[i];
-      std::string context = contexts.next(*loaded, text);
-      if (text.text.empty()) continue;
-      std::string why;
-      if (!fitsPo(text.text)) {
-        why = "left out: control characters";
-      } else if (options_.forServer) {
-        why = addServerEntry(*loaded, text, version.result.texts[i], serverEntries);
-      } else {
-        outcome.entries.push_back(entryOf(script, text, std::move(context), version.result.texts[i], version));
-      }
-      if (!why.empty()) {
-        outcome.left.push_back(fmt::format("{}:{}: {}", shownName(script.path), text.lineNumber + 1, why));
-      }
+  const auto loaded = loadScript(session_, script.path);
+  OldVersion::Carried version;
+  version.result.texts.resize(loaded->records.size());
+  if (oldVersion != nullptr) version = oldVersion->carry(script, *loaded);
+  outcome.warning = version.warning;
+  outcome.unfit = version.unfit;
+  PoContexts contexts(*session_.codec, script.relative);
+  ServerEntries serverEntries;
+  for (std::size_t i = 0; i < loaded->records.size(); ++i) {
+    const OutlineText& text = *loaded->records[i];
+    std::string context = contexts.next(*loaded, text);
+    if (text.text.empty()) continue;
+    std::string why;
+    if (!fitsPo(text.text)) {
+      why = "left out: control characters";
+    } else if (options_.forServer) {
+      why = addServerEntry(*loaded, text, version.result.texts[i], serverEntries);
+    } else {
+      outcome.entries.push_back(entryOf(script, text, std::move(context), version.result.texts[i], version));
     }
-    for (const ServerEntry& entry : serverEntries.list) outcome.serverEntries += entry.key + entry.translation + "\n";
-  } catch (const Failure& failure) {
-    outcome.error = shown(failure.description());
+    if (!why.empty()) {
+      outcome.left.push_back(fmt::format("{}:{}: {}", shownName(script.path), text.lineNumber + 1, why));
+    }
   }
+  for (const ServerEntry& entry : serverEntries.list) outcome.serverEntries += entry.key + entry.translation + "\n";
   return outcome;
 }
 
-// In a PO file the translator's work itself may stand.
-void PoExport::refuseToOverwrite(const std::string& path) const {
-  if (options_.force || path == "-" || session_.files->pathKind(path) != PathKind::File) return;
-  std::string bytes;
-  session_.files->readWhole(path, bytes);
-  bool translated = false;
-  if (options_.forServer || !poFilesBuiltIn()) {
-    for (std::size_t at = bytes.find("\nmsgstr \""); at != std::string::npos; at = bytes.find("\nmsgstr \"", at + 1)) {
-      translated |= bytes.compare(at + 9, 1, "\"") != 0;
-    }
-  } else {
-    for (const PoEntry& entry : readPoFile(*session_.files, path)) translated |= !entry.text.empty();
-  }
-  if (translated) throw Failure(fromUtf8(path) + u": holds translations; --force overwrites it");
-}
-
 void PoExport::write(const std::string& path, const Outcome& outcome) {
-  refuseToOverwrite(path);
   const std::string bytes =
       options_.forServer ? outcome.serverEntries : poFileBytes(options_.language, outcome.entries);
   if (path == "-") {
     if (!writeStandardOutput(bytes)) session_.console.fail();
     return;
   }
+  if (!session_.outputs->mayWrite(path, bytes, Outputs::Kind::PoFile, options_.force)) return;
   const std::string folder = folderOf(path);
   if (folders_.insert(folder).second) session_.files->makeFolders(folder);
   replacements_.stage(path, bytes);
@@ -202,9 +179,11 @@ void PoExport::run() {
   if (!options_.from.empty() && options_.old.empty() && options_.paths.size() != 1) {
     throw UsageError("--from without --old takes one tree");
   }
-  if (!options_.split) refuseToOverwrite(options_.out);
   const std::vector<Script> scripts = collectScripts(session_, options_.paths);
-  unread_ = session_.console.failed();
+  if (!options_.split && options_.out != "-") {
+    session_.outputs->mayWrite(options_.out, {}, Outputs::Kind::PoFile, options_.force);  // told before the long work
+  }
+  bool whole = !session_.console.failed();
   std::unique_ptr<OldVersion> oldVersion;
   if (!options_.from.empty()) {
     oldVersion =
@@ -213,34 +192,28 @@ void PoExport::run() {
   }
   Outcome all;
   std::size_t messages = 0;
-  runOrdered<Outcome>(
-      scripts.size(), session_.jobs, [&](std::size_t i) { return readScript(scripts[i], oldVersion.get()); },
-      [&](std::size_t i, Outcome&& outcome) {
+  whole &= forEachScript<Outcome>(
+      session_, scripts, [&](const Script& script, Buffers&) { return readScript(script, oldVersion.get()); },
+      [&](const Script& script, Outcome&& outcome) {
         if (!outcome.warning.empty()) session_.console.warning(outcome.warning);
         if (outcome.unfit) session_.console.fail();
-        if (!outcome.error.empty()) session_.console.error(outcome.error);
-        unread_ |= !outcome.error.empty();
         tellLeft(outcome.left);
         messages += outcome.entries.size();
         if (!options_.split) {
           std::move(outcome.entries.begin(), outcome.entries.end(), std::back_inserter(all.entries));
           all.serverEntries += outcome.serverEntries;
         } else if (!outcome.entries.empty() || !outcome.serverEntries.empty()) {
-          try {
-            write(joinPath(options_.out, withExtension(scripts[i].relative, ".po")), outcome);
-          } catch (const Failure& failure) {
-            session_.console.error(shown(failure.description()));
-          }
+          const auto failure =
+              attempt([&] { write(joinPath(options_.out, withExtension(script.relative, ".po")), outcome); });
+          if (failure) session_.console.error(shown(failure->description()));
         }
-        session_.console.progress(i + 1, scripts.size());
         return true;
       });
-  session_.console.endProgress();
   if (interrupted()) return;
-  if (!options_.split && unread_) throw Failure(fromUtf8(options_.out) + u": not written, for it would lack a script");
+  if (!options_.split && !whole) throw Failure(fromUtf8(options_.out) + u": not written, for it would lack a script");
   if (!options_.split) write(options_.out, all);
   placeStaged();
-  for (const std::string& folder : folders_) session_.files->flushFolder(folder);
+  flushFolders(session_, folders_);
   if (left_ > kMostWarnings) session_.console.warning(fmt::format("and {} more left out", left_ - kMostWarnings));
   session_.console.note(fmt::format("{}, {}", counted(scripts.size(), "script"),
                                     options_.forServer ? "written for the server" : counted(messages, "message")));

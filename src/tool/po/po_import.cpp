@@ -10,7 +10,7 @@
 #include "tool/po/po.h"
 #include "tool/po/po_file.h"
 #include "tool/po/po_text.h"
-#include "tool/script/loaded_script.h"
+#include "tool/run/for_each_script.h"
 #include "tool/script/script_lines.h"
 
 namespace dravenna {
@@ -36,14 +36,13 @@ class PoImport {
  private:
   Entries readEntries(const std::string& path);
   void importAll(const std::vector<Script>& scripts);
-  void importScript(const Script& script, Entries& entries);
+  void importScript(const Script& script, const LoadedScript& loaded, Entries& entries);
+  void importSplit(const Script& script, const LoadedScript& loaded, std::set<std::string>& taken);
   void apply(const Script& script, Entries& entries, const LoadedScript& loaded, std::string& work);
-  bool hasMessages(const Script& script) const;
   void tellUnplaced(const Entries& entries);
   void tellLeftFiles(const std::set<std::string>& taken);
   void warn(const std::string& text);
   void summary();
-  void replace(const std::string& path, std::string_view bytes);
 
   Session& session_;
   const PoImportOptions& options_;
@@ -139,18 +138,9 @@ void PoImport::apply(const Script& script, Entries& entries, const LoadedScript&
   work.append(loaded.work.substr(copied));
 }
 
-void PoImport::replace(const std::string& path, std::string_view bytes) {
-  Replacements replacements(*session_.files, options_.backup);
-  replacements.stage(path, bytes);
-  const std::u16string failed = replacements.commit()[0];
-  if (!failed.empty()) throw Failure(failed);
-  folders_.insert(folderOf(path));
-}
-
-void PoImport::importScript(const Script& script, Entries& entries) {
-  const auto loaded = loadScript(session_, script.path);
+void PoImport::importScript(const Script& script, const LoadedScript& loaded, Entries& entries) {
   std::string work;
-  apply(script, entries, *loaded, work);
+  apply(script, entries, loaded, work);
   if (inScript_ == 0) return;
   if (options_.crlf) {
     std::string lines;
@@ -158,45 +148,43 @@ void PoImport::importScript(const Script& script, Entries& entries) {
     work.swap(lines);
   }
   std::string buffer;
-  if (!options_.dryRun) replace(script.path, session_.codec->toFile(work, buffer));
   if (options_.dryRun) {
     session_.console.note(fmt::format("{}: {} would change", shownName(script.path), counted(inScript_, "text")));
+  } else {
+    replaceScript(session_, script.path, session_.codec->toFile(work, buffer), options_.backup);
+    folders_.insert(folderOf(script.path));
   }
   ++written_;
   changed_ += inScript_;
 }
 
-// Whether an export makes a PO file of the script.
-bool PoImport::hasMessages(const Script& script) const {
-  const auto loaded = loadScript(session_, script.path);
-  return std::any_of(loaded->records.begin(), loaded->records.end(),
-                     [](const OutlineText* text) { return fitsPo(text->text); });
+// With the PO file of its own, if it has one.
+void PoImport::importSplit(const Script& script, const LoadedScript& loaded, std::set<std::string>& taken) {
+  const std::string path = joinPath(options_.from, withExtension(script.relative, ".po"));
+  if (session_.files->pathKind(path) == PathKind::File) {
+    taken.insert(path);
+    Entries entries = readEntries(path);
+    importScript(script, loaded, entries);
+    tellUnplaced(entries);
+  } else if (std::any_of(loaded.records.begin(), loaded.records.end(),
+                         [](const OutlineText* text) { return fitsPo(text->text); })) {
+    ++withoutFile_;  // an export makes one of such a script
+  }
 }
 
 void PoImport::importAll(const std::vector<Script>& scripts) {
   Entries whole;
   std::set<std::string> taken;
   if (!split_) whole = readEntries(options_.from);
-  for (std::size_t i = 0; i < scripts.size() && !interrupted(); ++i) {
-    try {
-      const std::string path = joinPath(options_.from, withExtension(scripts[i].relative, ".po"));
-      if (!split_) {
-        importScript(scripts[i], whole);
-      } else if (session_.files->pathKind(path) == PathKind::File) {
-        taken.insert(path);
-        Entries entries = readEntries(path);
-        importScript(scripts[i], entries);
-        tellUnplaced(entries);
-      } else if (hasMessages(scripts[i])) {
-        ++withoutFile_;
-      }
-    } catch (const Failure& failure) {
-      session_.console.error(shown(failure.description()));
-    }
-    session_.console.progress(i + 1, scripts.size());
-  }
-  for (const std::string& folder : folders_) session_.files->flushFolder(folder);
-  session_.console.endProgress();
+  forEachScript<std::unique_ptr<LoadedScript>>(
+      session_, scripts, [&](const Script& script, Buffers&) { return loadScript(session_, script.path); },
+      [&](const Script& script, std::unique_ptr<LoadedScript>&& loaded) {
+        const auto failure =
+            attempt([&] { split_ ? importSplit(script, *loaded, taken) : importScript(script, *loaded, whole); });
+        if (failure) session_.console.error(shown(failure->description()));
+        return true;
+      });
+  flushFolders(session_, folders_);
   if (interrupted()) return;
   if (!split_) tellUnplaced(whole);
   if (split_ && wholeFolders_) tellLeftFiles(taken);

@@ -70,6 +70,11 @@ void Console::endProgress() {
   barShown_ = false;
 }
 
+Output::Output(Outputs& outputs, std::string path, bool force)
+    : outputs_(outputs), path_(std::move(path)), force_(force) {
+  if (!toStandardOutput()) outputs_.mayWrite(path_, {}, Outputs::Kind::Report, force_);
+}
+
 bool Output::flushSome() {
   if (!toStandardOutput() || buffer_.size() < kWriteFrom) return !readerGone_;
   if (!readerGone_) readerGone_ = !writeStandardOutput(buffer_);
@@ -79,7 +84,7 @@ bool Output::flushSome() {
 
 bool Output::close() {
   if (!toStandardOutput()) {
-    files_.writeWhole(path_, buffer_);
+    outputs_.write(path_, buffer_, Outputs::Kind::Report, force_);
   } else if (!readerGone_) {
     readerGone_ = !writeStandardOutput(buffer_);
   }

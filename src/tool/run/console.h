@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/tree_files.h"
+#include "tool/run/outputs.h"
 
 namespace dravenna {
 
@@ -38,11 +38,11 @@ class Console {
   std::chrono::steady_clock::time_point barDrawn_;
 };
 
-// Standard output or a file, in large writes. The file is replaced at close().
+// A report on standard output or in a file, in large writes. The file is replaced at close().
 class Output {
  public:
-  // With an empty path or "-" standard output is meant.
-  Output(TreeFiles& files, std::string path) : files_(files), path_(std::move(path)) {}
+  // With an empty path or "-" standard output is meant. Throws Failure where a report may not stand (see Outputs).
+  Output(Outputs& outputs, std::string path, bool force = false);
 
   std::string& buffer() { return buffer_; }
   // Writes when enough has gathered; false once nobody reads on. Throws Failure when it cannot be written.
@@ -52,9 +52,10 @@ class Output {
  private:
   bool toStandardOutput() const { return path_.empty() || path_ == "-"; }
 
-  TreeFiles& files_;
+  Outputs& outputs_;
   std::string path_;
   std::string buffer_;
+  bool force_;
   bool readerGone_ = false;
 };
 

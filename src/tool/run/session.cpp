@@ -65,6 +65,7 @@ void Session::prepare() {
   };
   lists.emplace(listOf("--allowed-commands", allowedCommands, found->allowed),
                 listOf("--special-commands", specialCommands, found->special), codec->wordPage());
+  outputs = std::make_unique<Outputs>(*files, *lists);
 }
 
 std::vector<Script> collectScripts(Session& session, const std::vector<std::string>& arguments,
@@ -74,6 +75,7 @@ std::vector<Script> collectScripts(Session& session, const std::vector<std::stri
   std::unordered_set<std::string> seen;
   const auto add = [&](Script script) {
     if (seen.insert(std::filesystem::path(script.path).lexically_normal().string()).second) {
+      session.outputs->addInput(script.path);
       scripts.push_back(std::move(script));
     }
   };
@@ -102,6 +104,7 @@ void readFile(const Session& session, const std::string& path, std::string& file
   if (path == "-") {
     file = readStandardInput();
   } else {
+    session.outputs->addInput(path);
     session.files->readWhole(path, file);
   }
 }
@@ -115,6 +118,20 @@ std::unique_ptr<LoadedScript> loadScript(const Session& session, const std::stri
   std::string file;
   readFile(session, path, file);
   return std::make_unique<LoadedScript>(std::move(file), *session.codec, *session.lists);
+}
+
+void replaceScript(const Session& session, const std::string& path, std::string_view bytes, const std::string& backup) {
+  Replacements replacements(*session.files, backup);
+  replacements.stage(path, bytes);
+  const std::u16string failed = replacements.commit()[0];
+  if (!failed.empty()) throw Failure(failed);
+}
+
+void flushFolders(Session& session, const std::set<std::string>& folders) {
+  for (const std::string& folder : folders) {
+    const auto failure = attempt([&] { session.files->flushFolder(folder); });
+    if (failure) session.console.error(shown(failure->description()));
+  }
 }
 
 void addBackupOption(Verb verb, std::string& suffix) {

@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -11,6 +12,7 @@
 #include "text/text.h"
 #include "tool/run/console.h"
 #include "tool/run/options.h"
+#include "tool/run/outputs.h"
 #include "tool/script/codec.h"
 #include "tool/script/loaded_script.h"
 #include "tool/script/shown.h"
@@ -34,9 +36,10 @@ struct Session {
   Console console;
   std::optional<Codec> codec;
   std::optional<CommandLists> lists;
+  std::unique_ptr<Outputs> outputs;
 
   void addOptions(Verb verb);
-  // Makes codec and lists. Throws UsageError.
+  // Makes codec, lists and outputs. Throws UsageError.
   void prepare();
 };
 
@@ -61,6 +64,11 @@ void readFile(const Session& session, const std::string& path, std::string& file
 std::string_view readWork(const Session& session, const std::string& path, std::string& file, std::string& work);
 
 std::unique_ptr<LoadedScript> loadScript(const Session& session, const std::string& path);
+
+// Puts new bytes in the place of a script, whole or not at all. Its folder is left for flushFolders.
+void replaceScript(const Session& session, const std::string& path, std::string_view bytes, const std::string& backup);
+// Brings the renames in these folders to disk; tells what fails.
+void flushFolders(Session& session, const std::set<std::string>& folders);
 
 // `--backup SUFFIX`, for verbs that replace scripts.
 void addBackupOption(Verb verb, std::string& suffix);

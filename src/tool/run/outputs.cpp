@@ -1,0 +1,59 @@
+#include "tool/run/outputs.h"
+
+#include "platform/failure.h"
+#include "text/text.h"
+#include "tool/script/contents.h"
+
+namespace dravenna {
+
+void Outputs::addInput(const std::string& path) {
+  if (path == "-") return;
+  const std::lock_guard lock(mutex_);
+  inputs_.push_back(path);
+}
+
+// The system is asked only when an output is about to take the place of a file.
+bool Outputs::isInput(const FileIdentity& file) {
+  const std::lock_guard lock(mutex_);
+  for (const std::string& input : inputs_) {
+    if (const auto identity = files_.identity(input)) known_.insert(*identity);
+  }
+  inputs_.clear();
+  return known_.count(file) != 0;
+}
+
+bool Outputs::mayWrite(const std::string& path, std::string_view bytes, Kind kind, bool force) {
+  const auto there = files_.identity(path);
+  return !there || !there->plain || mayReplace(path, *there, bytes, kind, force);
+}
+
+bool Outputs::mayReplace(const std::string& path, const FileIdentity& there, std::string_view bytes, Kind kind,
+                         bool force) {
+  thread_local std::string old;
+  files_.readWhole(path, old);
+  if (old == bytes && kind != Kind::Report) return false;
+  const auto refuse = [&](std::string_view why) { throw Failure(fromUtf8(path) + u": " + fromUtf8(why)); };
+  if (isInput(there)) refuse("the run reads this file and does not write over it");
+  const Contents contents = contentsOf(old, lists_);
+  if (force || contents == Contents::Empty) return true;
+  if (kind == Kind::ExchangeFile) refuse("exists with other contents; --force overwrites it");
+  if (kind == Kind::PoFile) {
+    if (contents != Contents::PoFile) refuse("is no PO file; --force overwrites it");
+    if (holdsTranslations(old)) refuse("holds translations; --force overwrites it");
+  } else if (contents != Contents::Other) {
+    refuse(std::string("is ") + nameOf(contents) + ": a report does not take its place");
+  }
+  return true;
+}
+
+void Outputs::write(const std::string& path, std::string_view bytes, Kind kind, bool force) {
+  const auto there = files_.identity(path);
+  if (there && !there->plain) return files_.writeWhole(path, bytes);
+  if (there && !mayReplace(path, *there, bytes, kind, force)) return;
+  const auto replacement = files_.replace(path);
+  replacement->write(bytes);
+  replacement->close();
+  replacement->place();
+}
+
+}  // namespace dravenna

@@ -1,0 +1,75 @@
+#include "tool/script/contents.h"
+
+#include "scan/line_scanner.h"
+#include "tool/script/exchange_file.h"
+#include "tool/script/script_lines.h"
+
+namespace dravenna {
+
+namespace {
+
+// A text of an allowed command, or the head of an NPC.
+class ScriptSign {
+ public:
+  explicit ScriptSign(const CommandLists& lists) : scanner_(lists) {}
+
+  bool in(std::string_view bytes) {
+    if (bytes.find("\tscript\t") != std::string_view::npos) return true;
+    forEachQuoteLine(bytes, [&](std::string_view line) {
+      if (!found_) scanner_.scan(line, *this);
+    });
+    return found_;
+  }
+
+  void plain(std::size_t, std::size_t) {}
+  void quote(std::size_t) {}
+  void error(std::size_t, std::size_t) {}
+  void comment(std::size_t, std::size_t) {}
+  void text(const QuotedText& quoted) { found_ |= quoted.allowed; }
+
+ private:
+  ByteLineScanner scanner_;
+  bool found_ = false;
+};
+
+bool isExchangeFile(std::string_view bytes) { return bearsNumber(cutRecord(bytes.substr(0, bytes.find('\n'))), 1); }
+
+bool isPoFile(std::string_view bytes) {
+  bool found = false;
+  forEachLine(bytes, [&](const ScriptLine& line) { found |= line.text.starts_with("msgid \""); });
+  return found;
+}
+
+}  // namespace
+
+Contents contentsOf(std::string_view bytes, const CommandLists& lists) {
+  if (bytes.find_first_not_of(" \t\r\n") == std::string_view::npos) return Contents::Empty;
+  if (isExchangeFile(bytes)) return Contents::ExchangeFile;
+  if (isPoFile(bytes)) return Contents::PoFile;
+  return ScriptSign(lists).in(bytes) ? Contents::Script : Contents::Other;
+}
+
+bool holdsTranslations(std::string_view poFile) {
+  bool header = false;       // of an entry with an empty msgid
+  bool translation = false;  // the strings are those of a msgstr
+  bool found = false;
+  forEachLine(poFile, [&](const ScriptLine& line) {
+    std::string_view text = line.text;
+    if (text.starts_with("#~ ")) text.remove_prefix(3);
+    const std::size_t quote = text.find('"');
+    if (quote == std::string_view::npos || text.starts_with('#')) return;
+    const bool empty = text.substr(quote) == "\"\"";
+    if (text.starts_with("msgid ")) header = empty;
+    if (quote > 0) translation = text.starts_with("msgstr");
+    if (quote == 0 && !empty && !translation) header = false;
+    found |= translation && !header && !empty;
+  });
+  return found;
+}
+
+const char* nameOf(Contents contents) {
+  constexpr const char* kNames[] = {"an empty file", "a script", "an exchange file", "a PO file", "another file"};
+  return kNames[static_cast<int>(contents)];
+}
+
+}  // namespace dravenna
