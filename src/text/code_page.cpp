@@ -245,6 +245,14 @@ std::size_t CodePage::encode(std::u16string_view text, std::string& out) const {
 
 std::size_t CodePage::countUndefined(std::string_view bytes) const {
   std::size_t count = 0;
+  if (kind_ == Kind::SingleByte) {
+    for (std::size_t at = 0; at < bytes.size(); at += kBlock) {
+      const std::string_view block = bytes.substr(at, kBlock);
+      if (block.size() == kBlock && isAsciiBlock(block.data())) continue;
+      for (const char c : block) count += isLowSurrogate(single_[static_cast<unsigned char>(c)]) ? 1 : 0;
+    }
+    return count;
+  }
   std::u16string text;
   decode(bytes, text);
   for (std::size_t at = 0; at < text.size(); ++at) {

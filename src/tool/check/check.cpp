@@ -129,7 +129,8 @@ bool Check::isWanted(const char* kind) const {
 void Check::checkOneScript(const Script& script, Buffers& buffers, Findings& findings) const {
   const std::string_view work = readWork(session_, script.path, buffers.file, buffers.work);
   if (checkUtf16(findings, buffers.file)) return;
-  const Outline outline = outlineOf(work, *session_.lists);
+  const auto what = options_.against.empty() ? OutlineOf::Texts : OutlineOf::Dialogue;
+  const Outline outline = outlineOf(work, *session_.lists, what);
   checkScript(findings, outline, buffers.file, work);
   if (options_.against.empty()) return;
   const std::string oldPath = partnerIn(*session_.files, options_.against, script.relative);

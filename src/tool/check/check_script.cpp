@@ -14,6 +14,7 @@ namespace {
 
 constexpr std::size_t kShownCharacters = 60;
 constexpr std::size_t kMostInText = 20;  // findings of one sort
+constexpr std::string_view kBlack = "000000";
 
 bool isHex(char c) { return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F'); }
 bool isAlnum(char c) { return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
@@ -134,7 +135,7 @@ void checkEncoding(Findings& findings, std::string_view file, std::string_view w
     });
     return done;
   };
-  if (!page.isUtf8() && CodePage::utf8()->countUndefined(file) == 0) {
+  if (!page.isUtf8() && isUtf8(file)) {
     firstHigh([](std::string_view) { return true; }, "utf8",
               fmt::format("the whole file is UTF-8 but is read in code page {}", page.number()));
     return;
@@ -183,7 +184,6 @@ std::vector<SpoiltCode> findSpoiltCodes(std::string_view text) {
       spoilt.push_back({at, "color-blank", "a blank between ^ and the six digits"});
     }
   }
-  constexpr std::string_view kBlack = "000000";
   for (std::size_t at = text.find(kBlack); at != std::string_view::npos; at = text.find(kBlack, at + kBlack.size())) {
     const bool standsAlone = at == 0 || (!isAlnum(text[at - 1]) && text[at - 1] != '^' && text[at - 1] != '#');
     // Behind "^ " it was told above; in a number or a longer code it is none.
@@ -202,14 +202,18 @@ void checkScript(Findings& findings, const Outline& outline, std::string_view fi
     checkOddQuotes(findings, error);
     checkEscapedQuotes(findings, error.lineNumber, error.line, error.code);
   }
+  // Most scripts have neither.
+  const bool escapes = work.find("\\\"") != std::string_view::npos;
+  const bool codes = work.find('^') != std::string_view::npos || work.find(kBlack) != std::string_view::npos;
   std::size_t lastLine = static_cast<std::size_t>(-1);
   for (const OutlineText& text : outline.texts) {
-    if (text.lineNumber != lastLine) {
+    if (!escapes && !codes) break;
+    if (escapes && text.lineNumber != lastLine) {
       lastLine = text.lineNumber;
       const std::string_view code = text.line.substr(0, std::min(text.line.find("//"), text.line.size()));
       checkEscapedQuotes(findings, text.lineNumber, text.line, code);
     }
-    if (text.segment != Segment::Message && text.segment != Segment::Title) continue;
+    if (!codes || (text.segment != Segment::Message && text.segment != Segment::Title)) continue;
     for (const SpoiltCode& spoilt : findSpoiltCodes(text.text))
       findings.add(spoilt.kind, text, spoilt.offset, spoilt.text);
   }

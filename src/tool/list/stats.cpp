@@ -4,6 +4,7 @@
 #include <unordered_set>
 
 #include "platform/failure.h"
+#include "text/ascii.h"
 #include "tool/run/for_each_script.h"
 #include "tool/script/outline.h"
 #include "tool/script/pairing.h"
@@ -58,17 +59,18 @@ struct Outcome {
   Reasons leftOut;
 };
 
-std::size_t countWords(std::string_view text) {
-  const std::string plain = withoutColor(text);
+bool isSolid(char c) {
+  const char folded = lowerAscii(c);
+  return static_cast<unsigned char>(c) >= 0x80 || (folded >= 'a' && folded <= 'z') || (c >= '0' && c <= '9');
+}
+
+std::size_t countWords(std::string_view text, std::string& buffer) {
   std::size_t words = 0;
-  bool inWord = false;
   bool counted = false;
-  for (const char c : plain) {
+  for (const char c : withoutColor(text, buffer)) {
     const bool blank = c == ' ' || c == '\t';
-    const bool solid = static_cast<unsigned char>(c) >= 0x80 || std::isalnum(static_cast<unsigned char>(c)) != 0;
-    if (blank) inWord = counted = false;
-    if (!blank && !inWord) inWord = true;
-    if (solid && inWord && !counted) {
+    if (blank) counted = false;
+    if (!counted && isSolid(c)) {
       ++words;
       counted = true;
     }
@@ -84,7 +86,7 @@ std::pair<std::string, std::string> reasonOf(const OutlineText& text, const Outl
   return {"bracket at one end", {}};
 }
 
-void addTexts(const Outline& outline, Outcome& outcome) {
+void addTexts(const Outline& outline, bool leftOut, std::string& buffer, Outcome& outcome) {
   for (const OutlineText& text : outline.texts) {
     const bool readable = text.segment == Segment::Message || text.segment == Segment::Title;
     ++outcome.figures[text.segment == Segment::Title     ? Titles
@@ -92,14 +94,15 @@ void addTexts(const Outline& outline, Outcome& outcome) {
                       : text.segment == Segment::Code    ? Code
                                                          : Plain];
     if (text.record) ++outcome.figures[Records];
-    if (!text.record) ++outcome.leftOut[reasonOf(text, outline)];
+    if (!text.record && leftOut) ++outcome.leftOut[reasonOf(text, outline)];
     if (!readable) continue;
-    outcome.figures[Words] += countWords(text.text);
+    outcome.figures[Words] += countWords(text.text, buffer);
     outcome.figures[ColorCodes] += countColorCodes(text.text);
   }
   outcome.figures[Lines] = outline.lines;
   outcome.figures[ErrorLines] = outline.errors.size();
-  if (!outline.errors.empty()) outcome.leftOut[{"line with an odd number of quote marks", {}}] += outline.errors.size();
+  if (!outline.errors.empty() && leftOut)
+    outcome.leftOut[{"line with an odd number of quote marks", {}}] += outline.errors.size();
 }
 
 void addProgress(const Outline& outline, const Outline& old, const Pairing& pairing, Figures& figures) {
@@ -114,8 +117,8 @@ void addProgress(const Outline& outline, const Outline& old, const Pairing& pair
 Outcome measure(const Session& session, const Options& options, const Script& script, Buffers& buffers) {
   Outcome outcome;
   const std::string_view work = readWork(session, script.path, buffers.file, buffers.work);
-  const Outline outline = outlineOf(work, *session.lists);
-  addTexts(outline, outcome);
+  const Outline outline = outlineOf(work, *session.lists, OutlineOf::Texts);
+  addTexts(outline, options.leftOut, buffers.out, outcome);
   outcome.figures[LackedBytes] = session.codec->page().countUndefined(buffers.file);
   if (options.against.empty()) return outcome;
   const std::string oldPath = session.files->pathKind(options.against) == PathKind::File
@@ -126,7 +129,7 @@ Outcome measure(const Session& session, const Options& options, const Script& sc
     return outcome;
   }
   const std::string_view oldWork = readWork(session, oldPath, buffers.otherFile, buffers.otherWork);
-  const Outline old = outlineOf(oldWork, *session.lists);
+  const Outline old = outlineOf(oldWork, *session.lists, OutlineOf::Texts);
   addProgress(outline, old, pairScripts(oldWork, old, work, outline), outcome.figures);
   return outcome;
 }

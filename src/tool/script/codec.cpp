@@ -95,6 +95,15 @@ bool isAscii(std::string_view bytes) {
   return any < 0x80;
 }
 
+bool isUtf8(std::string_view bytes) {
+  for (std::size_t at = 0; at < bytes.size();) {
+    const int length = readUtf8(bytes.substr(at)).length;
+    if (length == 0) return false;
+    at += static_cast<std::size_t>(length);
+  }
+  return true;
+}
+
 std::string_view Codec::toWork(std::string_view file, std::string& buffer) const {
   if (direct() || isAscii(file)) return file;
   buffer.clear();

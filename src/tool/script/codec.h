@@ -56,6 +56,7 @@ class PlaceCounter {
 };
 
 bool isAscii(std::string_view bytes);
+bool isUtf8(std::string_view bytes);  // every byte of it
 
 // UTF-8 for terminals, tables and JSON. A byte that the page lacks and a control character stand as \xHH in escaped
 // text; tab, line ends and the backslash as \t, \n, \r, \\. In JSON the byte is the lone surrogate \udcXX.

@@ -46,10 +46,8 @@ std::string whyNoFit(const ExchangeFile& file, std::size_t texts) {
 }
 
 bool isUtf8InAnotherPage(const CodePage& page, std::string_view exchangeFile, std::string_view script) {
-  const auto isUtf8 = [](std::string_view bytes) {
-    return !isAscii(bytes) && CodePage::utf8()->countUndefined(bytes) == 0;
-  };
-  return !page.isUtf8() && isUtf8(exchangeFile) && !isUtf8(script);
+  const auto isWide = [](std::string_view bytes) { return !isAscii(bytes) && isUtf8(bytes); };
+  return !page.isUtf8() && isWide(exchangeFile) && !isWide(script);
 }
 
 }  // namespace dravenna

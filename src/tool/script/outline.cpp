@@ -20,9 +20,15 @@ constexpr std::array<std::string_view, 21> kPageEnds = {
     "next",    "close", "close2", "close3", "end",     "return",   "goto", "if",    "else", "switch", "case",
     "default", "menu",  "select", "prompt", "callsub", "callfunc", "for",  "while", "do",   "break"};
 
-bool isWordByte(char c) {
-  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_';
-}
+constexpr auto kWordBytes = [] {
+  std::array<bool, 256> bytes{};
+  for (const char c : std::string_view("abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_")) {
+    bytes[static_cast<unsigned char>(c)] = true;
+  }
+  return bytes;
+}();
+
+bool isWordByte(char c) { return kWordBytes[static_cast<unsigned char>(c)]; }
 
 bool endsPage(std::string_view word) {
   if (word.size() > 8) return false;
@@ -33,7 +39,8 @@ bool endsPage(std::string_view word) {
 
 class OutlineBuilder {
  public:
-  OutlineBuilder(const CommandLists& lists, Outline& outline) : scanner_(lists), outline_(outline) {
+  OutlineBuilder(const CommandLists& lists, OutlineOf what, Outline& outline)
+      : scanner_(lists), dialogue_(what == OutlineOf::Dialogue), outline_(outline) {
     outline_.commands.emplace_back();
     outline_.npcs.emplace_back();
     commandIndex_.emplace(std::string(), 0);
@@ -41,26 +48,25 @@ class OutlineBuilder {
 
   void add(const ScriptLine& line) {
     line_ = line;
-    ++outline_.lines;
-    npcHeader();
-    label();
+    if (dialogue_) npcHeader();
+    if (dialogue_) label();
     scanner_.scan(line.text, *this);
   }
 
   void plain(std::size_t begin, std::size_t end) {
+    if (!dialogue_) return;
     for (std::size_t at = begin; at < end;) {
       const char c = line_.text[at];
       if (!isWordByte(c)) {
         if (c == '}') pageEnds_ = true;
         followMenu(c);
-        if (c != ' ' && c != '\t') codeBefore_.push_back(c);
+        if (c != ' ' && c != '\t') addCode(c);
         ++at;
         continue;
       }
       const std::size_t start = at;
-      while (at < end && isWordByte(line_.text[at])) ++at;
+      while (at < end && isWordByte(line_.text[at])) addCode(line_.text[at++]);
       const std::string_view word = line_.text.substr(start, at - start);
-      codeBefore_.append(word);
       if (!endsPage(word)) continue;
       pageEnds_ = true;
       const char first = lowerAscii(word[0]);
@@ -84,19 +90,18 @@ class OutlineBuilder {
     text.segment = classOf(text.text, quoted);
     text.allowed = quoted.allowed;
     text.firstOfSpecial = quoted.firstOfSpecial;
-    buffer_.clear();
-    appendWithoutColor(text.text, buffer_);
-    text.record = takesRecord(std::string_view(buffer_), quoted);
+    text.record = takesRecord(withoutColor(text.text, buffer_), quoted);
     text.inMenu = menu_ != Menu::None;
     text.command = commandNumber();
     text.npc = static_cast<std::uint32_t>(outline_.npcs.size() - 1);
-    if (text.record || text.segment == Segment::Title) enterPage();
+    if (dialogue_ && (text.record || text.segment == Segment::Title)) enterPage();
     text.page = outline_.pages == 0 ? 0 : outline_.pages - 1;
     outline_.texts.push_back(text);
   }
 
  private:
   enum class Menu { None, Call, Statement };
+  static constexpr std::uint64_t kNoCode = 0xCBF29CE484222325;
 
   void beginMenu(Menu menu) {
     menu_ = menu;
@@ -110,20 +115,23 @@ class OutlineBuilder {
     if (c == ';') menu_ = Menu::None;
   }
 
+  void addCode(char c) { codeBefore_ = (codeBefore_ ^ static_cast<unsigned char>(c)) * 0x100000001B3; }
+
   void enterPage() {
     if (pageEnds_ || outline_.pages == 0) {
       ++outline_.pages;
-      outline_.pageKeys.push_back(hashOf(codeBefore_));
+      outline_.pageKeys.push_back(codeBefore_);
       pageEnds_ = false;
     }
-    codeBefore_.clear();
+    codeBefore_ = kNoCode;
   }
 
   std::uint32_t commandNumber() {
-    const std::string command(scanner_.tracker().activeCommand());
+    const std::string_view command = scanner_.tracker().activeCommand();
+    if (command == outline_.commands[lastCommand_]) return lastCommand_;
     const auto [found, fresh] = commandIndex_.emplace(command, static_cast<std::uint32_t>(outline_.commands.size()));
-    if (fresh) outline_.commands.push_back(command);
-    return found->second;
+    if (fresh) outline_.commands.emplace_back(command);
+    return lastCommand_ = found->second;
   }
 
   // place TAB script TAB name TAB ...
@@ -151,11 +159,13 @@ class OutlineBuilder {
   }
 
   ByteLineScanner scanner_;
+  bool dialogue_;
   Outline& outline_;
   std::unordered_map<std::string, std::uint32_t> commandIndex_;
   std::string buffer_;
   ScriptLine line_{};
-  std::string codeBefore_;  // without blanks, since the last text of a page
+  std::uint32_t lastCommand_ = 0;
+  std::uint64_t codeBefore_ = kNoCode;  // a number for the code since the last text of a page, blanks aside
   bool pageEnds_ = false;
   Menu menu_ = Menu::None;
   int depth_ = 0;
@@ -163,10 +173,31 @@ class OutlineBuilder {
 
 }  // namespace
 
-Outline outlineOf(std::string_view work, const CommandLists& lists) {
+Outline outlineOf(std::string_view work, const CommandLists& lists, OutlineOf what) {
   Outline outline;
-  OutlineBuilder builder(lists, outline);
-  forEachLine(work, [&](const ScriptLine& line) { builder.add(line); });
+  outline.texts.reserve(work.size() / 128);  // a rough guess; growing it copies
+  OutlineBuilder builder(lists, what, outline);
+  if (what == OutlineOf::Dialogue) {
+    forEachLine(work, [&](const ScriptLine& line) {
+      builder.add(line);
+      ++outline.lines;
+    });
+    return outline;
+  }
+  std::size_t counted = 0;  // bytes whose line feeds are counted
+  std::size_t feeds = 0;
+  const auto countTo = [&](std::size_t end) {
+    feeds += static_cast<std::size_t>(std::count(work.begin() + static_cast<std::ptrdiff_t>(counted),
+                                                 work.begin() + static_cast<std::ptrdiff_t>(end), '\n'));
+    counted = end;
+  };
+  forEachQuoteLine(work, [&](std::string_view line) {
+    const auto begin = static_cast<std::size_t>(line.data() - work.data());
+    countTo(begin);
+    builder.add({line, feeds, begin, {}});
+  });
+  countTo(work.size());
+  outline.lines = feeds + (work.empty() || work.back() == '\n' ? 0 : 1);
   return outline;
 }
 
@@ -174,6 +205,14 @@ std::string withoutColor(std::string_view text) {
   std::string out;
   appendWithoutColor(text, out);
   return out;
+}
+
+std::string_view withoutColor(std::string_view text, std::string& buffer) {
+  constexpr char kCaretMark = 1;  // becomes a caret
+  if (text.find('^') == std::string_view::npos && text.find(kCaretMark) == std::string_view::npos) return text;
+  buffer.clear();
+  appendWithoutColor(text, buffer);
+  return buffer;
 }
 
 std::size_t countColorCodes(std::string_view text) {

@@ -45,10 +45,16 @@ struct Outline {
   std::vector<std::uint64_t> pageKeys;  // for each page, a number for the code in front of its first text
 };
 
-Outline outlineOf(std::string_view work, const CommandLists& lists);
+// How much of it: for the texts alone only lines with quote marks are looked at, and NPCs, labels, pages and menus stay
+// empty.
+enum class OutlineOf { Texts, Dialogue };
+
+Outline outlineOf(std::string_view work, const CommandLists& lists, OutlineOf what = OutlineOf::Dialogue);
 
 // `text` without its colour codes.
 std::string withoutColor(std::string_view text);
+// The same; into a buffer that is used again where there is something to take out.
+std::string_view withoutColor(std::string_view text, std::string& buffer);
 std::size_t countColorCodes(std::string_view text);
 
 // Whether there is anything to translate: a letter of any script, colour codes aside.
