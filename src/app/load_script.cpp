@@ -6,27 +6,33 @@ namespace dravenna {
 
 namespace {
 
-// Lets the scanner colour one line of N: the line is added as a whole in clrPlain, its other segments are painted over.
+// Adds one line to N, segment by segment; its line end belongs to the comment, or else is a segment of its own.
 class LoadSink {
  public:
-  LoadSink(Principal& form, TextView line) : form_(form), line_(line), at_(form.N.appendLine(line, Segment::Plain)) {}
+  LoadSink(Principal& form, TextView line) : form_(form), line_(line) {}
 
-  void plain(std::size_t, std::size_t) {}
-  void quote(std::size_t at) { paint(at, at + 1, Segment::Quote); }
-  void error(std::size_t begin, std::size_t end) { paint(begin, end, Segment::Error); }
-  void comment(std::size_t begin, std::size_t end) { paint(begin, end + 2, Segment::Comment); }  // with its CR LF
+  void plain(std::size_t begin, std::size_t end) { add(begin, end, clrPlain); }
+  void quote(std::size_t) { form_.N.AddSegment(u"\"", clrQuote); }
+  void error(std::size_t begin, std::size_t end) { add(begin, end, clrError); }
+  void comment(std::size_t begin, std::size_t end) {
+    add(begin, end, clrComment);
+    endColor_ = clrComment;
+  }
   void text(const QuotedText& quoted) {
     const Segment segment = classOf(line_.substr(quoted.begin, quoted.end - quoted.begin), quoted);
-    if (segment != Segment::Plain) paint(quoted.begin, quoted.end, segment);
+    add(quoted.begin, quoted.end, colorOf(segment));
     if (segment != Segment::Title) (quoted.allowed ? form_.HasMessages : form_.HasCode) = true;
   }
+  void lineEnd() { form_.N.AddSegment(u"\r\n", endColor_); }
 
  private:
-  void paint(std::size_t begin, std::size_t end, Segment segment) { form_.N.paint(at_ + begin, at_ + end, segment); }
+  void add(std::size_t begin, std::size_t end, std::uint32_t Color) {
+    form_.N.AddSegment(line_.substr(begin, end - begin), Color);
+  }
 
   Principal& form_;
   TextView line_;
-  std::size_t at_;
+  std::uint32_t endColor_ = clrPlain;
 };
 
 }  // namespace
@@ -48,11 +54,13 @@ void Principal::LoadScript() {
     EDT.Visible = false;
     while (!stream->AtEndOfStream()) {
       const TextView line = stream->ReadLine();
-      scanner.scan(line, LoadSink(*this, line));
+      LoadSink sink(*this, line);
+      scanner.scan(line, sink);
+      sink.lineEnd();
     }
     stream->Close();
   });
-  if (stream) N.commitAppend();
+  if (stream) N.endSegments();
   ScriptLoaded = HasCode || HasMessages;
   mnu_Guardar.Enabled = mnu_Export.Enabled = mnu_Import.Enabled = mnu_Search.Enabled = ScriptLoaded;
   stream.reset();
@@ -77,8 +85,8 @@ void Principal::LoadScript() {
   } else if (!ScriptLoaded) {
     say(words::NothingToEdit, kInformation);
   }
-  if (scanner.errorLines() > 0) {
-    say(readFilled(registry_, words::FileWithErrors, decimal(scanner.errorLines())), kWarning);
+  if (scanner.ErrorLines > 0) {
+    say(readFilled(registry_, words::FileWithErrors, decimal(scanner.ErrorLines)), kWarning);
   }
 }
 

@@ -22,34 +22,21 @@ constexpr bool isDropped(Char c) {
 }  // namespace
 
 template <class Char>
-void cleanWordInto(std::basic_string_view<Char> word, bool dropSemicolon, std::basic_string<Char>& out) {
-  out.clear();
-  for (const Char c : word) {
-    if (isDropped(c) || (dropSemicolon && c == ';')) continue;
-    if (c == ' ' && out.empty()) continue;
-    out.push_back(c);
+std::basic_string_view<Char> CleanWord(std::basic_string_view<Char> Word, bool DropSemicolon,
+                                       std::basic_string<Char>& cleaned) {
+  if (cleaned.size() < Word.size()) cleaned.resize(Word.size());
+  Char* const begin = cleaned.data();
+  Char* end = begin;
+  for (const Char c : Word) {
+    if (isDropped(c) || (DropSemicolon && c == ';')) continue;
+    if (c == ' ' && end == begin) continue;
+    *end++ = c;
   }
-  while (!out.empty() && out.back() == ' ') out.pop_back();
+  while (end > begin && end[-1] == ' ') --end;
+  return {begin, static_cast<std::size_t>(end - begin)};
 }
 
-std::u16string CleanWord(std::u16string_view word, bool dropSemicolon) {
-  std::u16string cleaned;
-  cleanWordInto(word, dropSemicolon, cleaned);
-  return cleaned;
-}
-
-template <class Char>
-bool endsStatement(std::basic_string_view<Char> word) {
-  for (std::size_t at = word.size(); at > 0; --at) {
-    const Char c = word[at - 1];
-    if (!isDropped(c) && c != ' ') return c == ';';
-  }
-  return false;
-}
-
-template void cleanWordInto<char>(std::string_view, bool, std::string&);
-template void cleanWordInto<char16_t>(std::u16string_view, bool, std::u16string&);
-template bool endsStatement<char>(std::string_view);
-template bool endsStatement<char16_t>(std::u16string_view);
+template std::string_view CleanWord<char>(std::string_view, bool, std::string&);
+template std::u16string_view CleanWord<char16_t>(std::u16string_view, bool, std::u16string&);
 
 }  // namespace dravenna

@@ -5,15 +5,10 @@
 
 namespace dravenna {
 
-// `word` without every `,` `[` `]` `+` tab `-` (and `;` if told so), then without the blanks at both ends.
-std::u16string CleanWord(std::u16string_view word, bool dropSemicolon);
-
-// The same into a buffer that is used again.
+// `Word` without every `,` `[` `]` `+` tab `-` (and `;` if told so), then without the blanks at both ends. It is made
+// at the front of `cleaned`, which grows as needed and serves from call to call.
 template <class Char>
-void cleanWordInto(std::basic_string_view<Char> word, bool dropSemicolon, std::basic_string<Char>& out);
-
-// Whether CleanWord(word, false) ends in `;`.
-template <class Char>
-bool endsStatement(std::basic_string_view<Char> word);
+std::basic_string_view<Char> CleanWord(std::basic_string_view<Char> Word, bool DropSemicolon,
+                                       std::basic_string<Char>& cleaned);
 
 }  // namespace dravenna

@@ -58,7 +58,7 @@ unsigned marksIn(const Char* at) {
 
 template <class Char>
 CommandTracker<Char>::CommandTracker(const CommandLists& lists) : lists_(lists), emptyTraits_(lists.traits(View())) {
-  active_.traits = prior_.traits = emptyTraits_;
+  ActiveCommand.traits = PriorCommand.traits = emptyTraits_;
 }
 
 template <class Char>
@@ -72,69 +72,63 @@ CommandTraits CommandTracker<Char>::traits(View word) {
 
 template <class Char>
 void CommandTracker<Char>::setActive(View word) {
-  active_.traits = traits(word);
-  active_.word.assign(word);
+  ActiveCommand.traits = traits(word);
+  ActiveCommand.word.assign(word);
 }
 
 template <class Char>
 void CommandTracker<Char>::codePiece(View piece, std::size_t index) {
-  const bool opens = index == 0 && active_.word.empty() && prior_.word.empty() && !emptyTraits_.allowed;
+  const bool opens = index == 0 && ActiveCommand.word.empty() && PriorCommand.word.empty() && !emptyTraits_.allowed;
   if (opens && !piece.empty() && piece.size() <= kLongestKnown) {
     Opening& known = openings_[slotOf(piece)];
     if (known.piece != piece) {
       findCommand(piece, false);
       known.piece.assign(piece);
-      known.command = active_;
+      known.command = ActiveCommand;
     } else {
-      active_.word.assign(known.command.word);
-      active_.traits = known.command.traits;
+      ActiveCommand.word.assign(known.command.word);
+      ActiveCommand.traits = known.command.traits;
     }
   } else {
-    findCommand(piece, (!active_.traits.fixed && prior_.traits.allowed) || (active_.word.empty() && index > 0));
+    findCommand(piece, (!ActiveCommand.traits.fixed && PriorCommand.traits.allowed) ||
+                           (ActiveCommand.word.empty() && index > 0));
   }
-  if (!active_.traits.allowed && prior_.traits.allowed) {
-    active_ = prior_;
-  } else if (active_.word != prior_.word) {
-    textsInCommand_ = 0;
+  if (!ActiveCommand.traits.allowed && PriorCommand.traits.allowed) {
+    ActiveCommand = PriorCommand;
+  } else if (ActiveCommand.word != PriorCommand.word) {
+    TextsInCommand = 0;
   }
 }
 
 template <class Char>
 void CommandTracker<Char>::findCommand(View piece, bool keepsPrior) {
   if (keepsPrior) {
-    cleanWordInto(View(prior_.word), true, buffer_);
+    piece = PriorCommand.word;
   } else {
-    std::swap(prior_, active_);
-    cleanWordInto(piece, true, buffer_);
+    std::swap(PriorCommand, ActiveCommand);
   }
-  if (!buffer_.empty()) digBehindParentheses();
-  setActive(buffer_);
+  const View word = CleanWord(piece, true, cleaned_);
+  setActive(word.empty() ? word : behindParentheses(word));
   digBehindBlanks();
 }
 
-// Cuts the word in buffer_ out of forms such as `if (@a == 1) mes`.
+// The command in forms such as `if (@a == 1) mes`.
 template <class Char>
-void CommandTracker<Char>::digBehindParentheses() {
-  const View word = buffer_;
+std::basic_string_view<Char> CommandTracker<Char>::behindParentheses(View word) {
   const std::size_t open = word.find(Char('('));
   const std::size_t lastClose = word.rfind(Char(')'));
-  View result = trimmed(word.substr(0, open));
-  if (lastClose != View::npos) {
-    const View behind = trimmed(word.substr(lastClose + 1));
-    const bool behindAllowed = traits(behind).allowed;
-    if (open != View::npos) {
-      if (behindAllowed && !traits(result).allowed) result = behind;
-    } else {
-      result = behindAllowed && !prior_.traits.allowed ? behind : View(prior_.word);
-    }
-  }
-  if (result.data() != word.data() || result.size() != word.size()) buffer_ = std::basic_string<Char>(result);
+  const View first = trimmed(word.substr(0, open));
+  if (lastClose == View::npos) return first;
+  const View behind = trimmed(word.substr(lastClose + 1));
+  const bool behindAllowed = traits(behind).allowed;
+  if (open != View::npos) return behindAllowed && !traits(first).allowed ? behind : first;
+  return behindAllowed && !PriorCommand.traits.allowed ? behind : View(PriorCommand.word);
 }
 
 // Cuts the active command out of forms such as `give 5011 mes`.
 template <class Char>
 void CommandTracker<Char>::digBehindBlanks() {
-  const View word = active_.word;
+  const View word = ActiveCommand.word;
   const std::size_t firstBlank = word.find(Char(' '));
   if (firstBlank == View::npos) return;
   const View first = word.substr(0, firstBlank);
@@ -145,10 +139,10 @@ void CommandTracker<Char>::digBehindBlanks() {
 
 template <class Char>
 void CommandTracker<Char>::lastPiece(View piece) {
-  if (!endsStatement(piece)) return;
-  active_.word.clear();
-  prior_.word.clear();
-  active_.traits = prior_.traits = emptyTraits_;
+  if (!CleanWord(piece, false, cleaned_).ends_with(Char(';'))) return;
+  ActiveCommand.word.clear();
+  PriorCommand.word.clear();
+  ActiveCommand.traits = PriorCommand.traits = emptyTraits_;
 }
 
 template <class Char>

@@ -24,20 +24,20 @@ class CommandTracker {
   void codePiece(View piece, std::size_t index);
   // The last piece of a line with quotes.
   void lastPiece(View piece);
-  void countText() { ++textsInCommand_; }
 
-  View activeCommand() const { return active_.word; }
-  View priorCommand() const { return prior_.word; }
-  std::int32_t textsInCommand() const { return textsInCommand_; }
-  bool allowed() const { return active_.traits.allowed; }
-  // The text just counted is the first one of a special command.
-  bool firstOfSpecial() const { return active_.traits.special && textsInCommand_ == 1; }
-
- private:
   struct Command {
     std::basic_string<Char> word;
     CommandTraits traits;
   };
+  Command ActiveCommand;            // that the next quoted text belongs to
+  Command PriorCommand;             // what ActiveCommand was before it last took a new piece
+  std::int32_t TextsInCommand = 0;  // quoted texts since the command last changed
+
+  bool allowed() const { return ActiveCommand.traits.allowed; }
+  // The text just counted is the first one of a special command.
+  bool firstOfSpecial() const { return ActiveCommand.traits.special && TextsInCommand == 1; }
+
+ private:
   // A piece that opened a statement, and the command that was found in it.
   struct Opening {
     std::basic_string<Char> piece;
@@ -46,7 +46,7 @@ class CommandTracker {
   CommandTraits traits(View word);
   void findCommand(View piece, bool keepsPrior);
   void setActive(View word);
-  void digBehindParentheses();
+  View behindParentheses(View word);
   void digBehindBlanks();
 
   const CommandLists& lists_;
@@ -54,10 +54,7 @@ class CommandTracker {
   // What was looked up lately: a script uses few commands, and most of its statements begin alike.
   std::array<Command, 16> known_;
   std::array<Opening, 16> openings_;
-  Command active_;
-  Command prior_;
-  std::basic_string<Char> buffer_;
-  std::int32_t textsInCommand_ = 0;
+  std::basic_string<Char> cleaned_;
 };
 
 // A quoted text as the sink gets it. Offsets count characters of the line from 0, quote marks left out.
@@ -91,7 +88,7 @@ class BasicLineScanner {
     if (quotes_.empty()) {
       sink.plain(std::size_t{0}, codeEnd);
     } else if (quotes_.size() % 2 != 0) {
-      ++errorLines_;
+      ++ErrorLines;
       sink.error(std::size_t{0}, codeEnd);
     } else {
       scanPieces(line, codeEnd, sink);
@@ -99,7 +96,7 @@ class BasicLineScanner {
     if (codeEnd < line.size()) sink.comment(codeEnd, line.size());
   }
 
-  std::int32_t errorLines() const { return errorLines_; }
+  std::int32_t ErrorLines = 0;  // lines with an odd number of quote marks
   const CommandTracker<Char>& tracker() const { return tracker_; }
 
  private:
@@ -115,7 +112,7 @@ class BasicLineScanner {
       tracker_.codePiece(line.substr(begin, open - begin), i);
       sink.plain(begin, open);
       sink.quote(open);
-      tracker_.countText();
+      ++tracker_.TextsInCommand;
       sink.text(QuotedText{open + 1, close, tracker_.allowed(), tracker_.firstOfSpecial()});
       sink.quote(close);
       begin = close + 1;
@@ -126,7 +123,6 @@ class BasicLineScanner {
 
   CommandTracker<Char> tracker_;
   std::vector<std::size_t> quotes_;
-  std::int32_t errorLines_ = 0;
 };
 
 using LineScanner = BasicLineScanner<char16_t>;

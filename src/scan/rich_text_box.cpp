@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <limits>
 #include <stdexcept>
+#include <utility>
 
 namespace dravenna {
 
@@ -17,6 +18,7 @@ const std::vector<CharStyle>& segmentStyles() {
   return styles;
 }
 
+constexpr std::size_t kRoom = 4096;  // characters
 constexpr std::size_t kMostStyles = 256;
 constexpr std::size_t kMostCharacters = std::numeric_limits<std::int32_t>::max() / 2;  // offsets are 32-bit
 
@@ -32,7 +34,7 @@ void RichTextBox::clear() {
   styles_.clear();
   table_ = segmentStyles();
   selStart_ = selLength_ = 0;
-  appendedFrom_ = 0;
+  added_ = 0;
   noteChange(0, removed, 0);
 }
 
@@ -92,30 +94,20 @@ void RichTextBox::reserve(std::size_t characters) {
   styles_.reserve(characters);
 }
 
-std::size_t RichTextBox::appendLine(std::u16string_view line, Segment segment) {
-  const std::size_t at = text_.size();
-  if (line.size() + 2 > kMostCharacters - at) throw std::length_error("document");
-  styles_.append(line.size() + 2, styleByte(static_cast<std::size_t>(segment)));
-  try {
-    text_.append(line).append(u"\r\n", 2);
-  } catch (...) {
-    text_.resize(at);
-    styles_.resize(at);
-    throw;
-  }
-  return at;
+void RichTextBox::makeRoom(std::size_t characters) {
+  if (characters > kMostCharacters - added_) throw std::length_error("document");
+  const std::size_t size = added_ + std::max(characters, kRoom);
+  styles_.resize(size);
+  text_.resize(size);
 }
 
-void RichTextBox::paint(std::size_t begin, std::size_t end, Segment segment) {
-  std::fill(styles_.begin() + static_cast<std::ptrdiff_t>(begin), styles_.begin() + static_cast<std::ptrdiff_t>(end),
-            styleByte(static_cast<std::size_t>(segment)));
-}
-
-void RichTextBox::commitAppend() {
-  const std::size_t from = appendedFrom_;
-  appendedFrom_ = text_.size();
-  setSelStart(static_cast<std::int32_t>(text_.size()));
-  if (from != text_.size()) noteChange(from, 0, text_.size() - from);
+void RichTextBox::endSegments() {
+  const std::size_t added = std::exchange(added_, 0);
+  text_.resize(added);
+  styles_.resize(added);
+  if (added > 0) insertion_ = table_[styleAt(added - 1)];
+  setSelStart(static_cast<std::int32_t>(added));
+  if (added > 0) noteChange(0, 0, added);
 }
 
 void RichTextBox::replaceEach(const std::vector<std::int32_t>& starts, std::int32_t length, std::u16string_view text) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -65,19 +66,30 @@ class RichTextBox {
   const CharStyle& style(std::uint8_t index) const { return table_[index]; }
   std::uint32_t colorAt(std::size_t offset) const { return table_[styleAt(offset)].color; }
 
-  // The bulk form of the operations above, for the scanner and for titles: the listener hears of each run once.
+  // Appends a text in a segment colour with the attributes that go with it, for the scanner: reserve(), segments,
+  // endSegments(). Until then nothing else may be asked of the box; then the caret stands at the end, and the listener
+  // hears of them all at once. Throws std::length_error for more than 2^30 characters.
   void reserve(std::size_t characters);
-  // Appends a line and its CR LF, all in one segment; returns the offset of the line. paint() gives a part of it
-  // another one. Throws std::length_error for more than 2^30 characters. Ends with commitAppend(), which puts the caret
-  // to the end.
-  std::size_t appendLine(std::u16string_view line, Segment segment);
-  void paint(std::size_t begin, std::size_t end, Segment segment);
-  void commitAppend();
+  void AddSegment(std::u16string_view Text, std::uint32_t Color) {
+    const std::size_t size = Text.size();
+    if (size + kFill > text_.size() - added_) makeRoom(size + kFill);
+    char16_t* const to = text_.data() + added_;
+    char* const styles = styles_.data() + added_;
+    added_ += size;
+    std::copy_n(Text.data(), size, to);
+    // In steps of a fixed length: what is too much lies in the room behind.
+    for (std::size_t at = 0; at < size; at += kFill) {
+      std::fill_n(styles + at, kFill, static_cast<char>(segmentOf(Color)));
+    }
+  }
+  void endSegments();
   // Replaces the same number of characters at each of the offsets (ascending, not overlapping, above 0) by `text`,
   // which looks like the first character that it replaces; where that is none, like the one in front.
   void replaceEach(const std::vector<std::int32_t>& starts, std::int32_t length, std::u16string_view text);
 
  private:
+  static constexpr std::size_t kFill = 16;
+  void makeRoom(std::size_t characters);
   std::uint8_t styleIndex(const CharStyle& style);
   void noteChange(std::size_t position, std::size_t removed, std::size_t inserted);
 
@@ -87,7 +99,7 @@ class RichTextBox {
   CharStyle insertion_;
   std::int32_t selStart_ = 0;
   std::int32_t selLength_ = 0;
-  std::size_t appendedFrom_ = 0;
+  std::size_t added_ = 0;  // where the next segment goes; what text_ holds behind is room for more
   std::uint64_t revision_ = 0;
   Listener* listener_ = nullptr;
 };

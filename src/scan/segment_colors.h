@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 // What a character of the script is. The colours are data: selection, stepping and search read them back.
@@ -17,6 +18,26 @@ constexpr std::uint32_t kNoColor = 0xFFFFFFFF;  // a selection of several colour
 
 // The segments in the order of the table above.
 enum class Segment : std::uint8_t { Plain, Comment, Quote, Error, Title, Message, Code };
+constexpr std::uint32_t kSegmentColors[] = {clrPlain, clrComment, clrQuote, clrError, clrTitle, clrMessage, clrCode};
+constexpr std::uint32_t colorOf(Segment segment) { return kSegmentColors[static_cast<std::size_t>(segment)]; }
+constexpr Segment segmentOf(std::uint32_t segmentColor) {
+  switch (segmentColor) {
+    case clrComment:
+      return Segment::Comment;
+    case clrQuote:
+      return Segment::Quote;
+    case clrError:
+      return Segment::Error;
+    case clrTitle:
+      return Segment::Title;
+    case clrMessage:
+      return Segment::Message;
+    case clrCode:
+      return Segment::Code;
+    default:
+      return Segment::Plain;
+  }
+}
 
 constexpr bool isTextColor(std::uint32_t color) { return color == clrMessage || color == clrTitle || color == clrCode; }
 

@@ -89,7 +89,7 @@ TEST(Scanner, ClassesEachLineAndFollowsTheCommand) {
     EXPECT_EQ(scanned(scanner, TextView(fromUtf8(line))), rows[i + 1].cells[0]) << rows[i].line << ": " << line;
     EXPECT_EQ(scanned(bytes, std::string_view(line)), rows[i + 1].cells[0]) << rows[i].line << ": " << line;
   }
-  EXPECT_EQ(scanner.errorLines(), 2);
+  EXPECT_EQ(scanner.ErrorLines, 2);
 }
 
 TEST(Words, CaseNeverMattersInAnyScript) {

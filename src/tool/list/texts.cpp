@@ -57,7 +57,7 @@ class TextsSink {
   void error(std::size_t begin, std::size_t end) { write(Segment::Error, begin, end, {}); }
   void text(const QuotedText& quoted) {
     const std::string_view text = line_.text.substr(quoted.begin, quoted.end - quoted.begin);
-    write(classOf(text, quoted), quoted.begin, quoted.end, scanner_.tracker().activeCommand());
+    write(classOf(text, quoted), quoted.begin, quoted.end, scanner_.tracker().ActiveCommand.word);
   }
 
  private:

@@ -127,7 +127,7 @@ class OutlineBuilder {
   }
 
   std::uint32_t commandNumber() {
-    const std::string_view command = scanner_.tracker().activeCommand();
+    const std::string_view command = scanner_.tracker().ActiveCommand.word;
     if (command == outline_.commands[lastCommand_]) return lastCommand_;
     const auto [found, fresh] = commandIndex_.emplace(command, static_cast<std::uint32_t>(outline_.commands.size()));
     if (fresh) outline_.commands.emplace_back(command);
