@@ -2,11 +2,23 @@
 
 namespace dravenna {
 
+namespace {
+
+template <class Char>
+bool hasColorCode(std::basic_string_view<Char> text) {
+  for (std::size_t at = text.find(Char{'^'}); at != text.npos; at = text.find(Char{'^'}, at + 1)) {
+    if (isColorCode(text, at)) return true;
+  }
+  return false;
+}
+
+}  // namespace
+
 template <class Char>
 bool LxfMerger<Char>::addLine(View line, std::basic_string<Char>& out) {
   const bool unchanged = done();
   std::size_t copied = 0;
-  scan_.line(line, [&](const QuotedText& quoted, View) {
+  scan_.line(line, [&](const QuotedText& quoted, View plain) {
     ++texts_;
     if (unchanged || status_ != MergeStatus::Merged) return;
     const Record<Char> record = cutRecord(current_);
@@ -14,9 +26,14 @@ bool LxfMerger<Char>::addLine(View line, std::basic_string<Char>& out) {
       status_ = behind_ ? MergeStatus::RanOut : MergeStatus::NoColon;
       return;
     }
-    out.append(line.substr(copied, quoted.begin - copied)).append(record.text);
-    if (record.text != line.substr(quoted.begin, quoted.end - quoted.begin)) ++changed_;
-    copied = quoted.end;
+    const View before = line.substr(quoted.begin, quoted.end - quoted.begin);
+    const bool keeps = codes_ == Codes::Keep && record.text == plain;
+    if (!keeps && record.text != before) {
+      ++changed_;
+      if (plain.size() < before.size() && !hasColorCode(record.text)) ++withoutCodes_;
+      out.append(line.substr(copied, quoted.begin - copied)).append(record.text);
+      copied = quoted.end;
+    }
     ++index_;
     next();
   });

@@ -17,7 +17,12 @@ class LxfMerger {
  public:
   using View = std::basic_string_view<Char>;
 
-  LxfMerger(View exchangeFile, const CommandLists& lists) : scan_(lists), pieces_(exchangeFile) { next(); }
+  // The window puts every record in. With `KeepCodes`, one that is its text without colour codes leaves the text alone.
+  enum class Codes { Replace, Keep };
+  LxfMerger(View exchangeFile, const CommandLists& lists, Codes codes = Codes::Replace)
+      : scan_(lists), pieces_(exchangeFile), codes_(codes) {
+    next();
+  }
 
   // No further line of the document will change.
   bool done() const { return behind_ || pieces_.atLast(); }
@@ -26,9 +31,10 @@ class LxfMerger {
   bool addLine(View line, std::basic_string<Char>& out);
 
   MergeStatus status() const { return status_; }
-  std::size_t recordIndex() const { return index_; }  // from 0: records used, or the one at fault
-  std::size_t texts() const { return texts_; }        // that take a record, in the lines so far
-  std::size_t changed() const { return changed_; }    // of these, that are not what they were
+  std::size_t recordIndex() const { return index_; }          // from 0: records used, or the one at fault
+  std::size_t texts() const { return texts_; }                // that take a record, in the lines so far
+  std::size_t changed() const { return changed_; }            // of these, that are not what they were
+  std::size_t withoutCodes() const { return withoutCodes_; }  // of these, that had colour codes and have none now
 
  private:
   void next() { behind_ = !pieces_.next(current_); }
@@ -36,11 +42,13 @@ class LxfMerger {
   RecordScan<Char> scan_;
   CrLfPieces<Char> pieces_;
   View current_;
+  Codes codes_;
   bool behind_ = false;
   MergeStatus status_ = MergeStatus::Merged;
   std::size_t index_ = 0;
   std::size_t texts_ = 0;
   std::size_t changed_ = 0;
+  std::size_t withoutCodes_ = 0;
 };
 
 struct MergeResult {

@@ -19,9 +19,9 @@ static Text exchangeFileOf(TextView document, const CommandLists& lists) {
 
 // What the tool's merge gives, nothing for a failure.
 static std::optional<Merge> mergeOrFail(const CommandLists& lists, std::string_view script, std::string_view lxf,
-                                        bool keepEol) {
+                                        MergeWay way) {
   try {
-    return mergeWork(lists, script, lxf, "", keepEol);
+    return mergeWork(lists, script, lxf, "", way);
   } catch (const Failure&) {
     return std::nullopt;
   }
@@ -71,15 +71,17 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   require(codec.toFile(work, outBuffer) == script, "work bytes come back");
   require(codec.decode(work) == raw && codec.units(work) == raw.size(), "characters of the work bytes");
   exportWork(work, byteLists, true, out);
-  const auto same = mergeOrFail(byteLists, work, out, true);
+  const auto same = mergeOrFail(byteLists, work, out, {.keepEol = true});
   require(same && same->work == work && same->changed == 0, "a file with its codes changes nothing");
   out.clear();
   exportWork(work, byteLists, false, out);
   std::string fromWindow;
   page->encode(exchangeFileOf(document, lists), fromWindow);
   require(codec.toFile(out, outBuffer) == fromWindow, "tool and window export the same");
+  const auto kept = mergeOrFail(byteLists, work, out, {.keepEol = true, .keepCodes = true});
+  require(kept && kept->work == work, "an export changes nothing where codes are kept");
   const MergeResult inWindow = mergeLxf(document, exchangeFile, lists);
-  const auto merge = mergeOrFail(byteLists, work, codec.toWork(lxf, lxfBuffer), false);
+  const auto merge = mergeOrFail(byteLists, work, codec.toWork(lxf, lxfBuffer), {});
   require(merge.has_value() == (inWindow.status == MergeStatus::Merged), "tool and window refuse the same");
   std::string bytes;
   page->encode(inWindow.text, bytes);

@@ -18,7 +18,7 @@ constexpr char kFooter[] =
     "Examples:\n"
     "  dravenna-lxf import guard.txt guard.lxf               puts the translated texts into the script\n"
     "  dravenna-lxf import guard.txt - < guard.lxf           the exchange file from standard input\n"
-    "  dravenna-lxf import npc --from lxf --eol keep         a tree, line ends as they are\n"
+    "  dravenna-lxf import npc --from lxf                    a tree; what is not translated stays as it is\n"
     "  dravenna-lxf import npc --from lxf --dry-run          only tells what would happen\n"
     "  dravenna-lxf import npc --from lxf --backup .orig     keeps each old script beside the new one\n"
     "A tree's script whose exchange file does not fit is left alone unless --force says otherwise.";
@@ -56,7 +56,7 @@ void importOne(Session& session, const ImportOptions& options) {
     throw Failure(fromUtf8(lxfPath) + u": no exchange file: none of its lines has a number and a colon");
   }
 
-  const Merge merge = mergeWork(*session.lists, script, lxf, lxfPath, options.keepEol);
+  const Merge merge = mergeWork(*session.lists, script, lxf, lxfPath, {.keepEol = options.eol == "keep"});
   std::string buffer;
   const std::string_view bytes = session.codec->toFile(merge.work, buffer);
   warnOfOddities(session, lxfPath, cut, merge.texts, isUtf8InAnotherPage(session.codec->page(), lxfFile, file));
@@ -90,8 +90,11 @@ void addImport(Verb program, Session& session) {
   verb.text("--from", options->from, "DIR", "Folder with one exchange file a script");
   verb.flag("--dry-run", options->dryRun, "Change nothing, tell what would change");
   addBackupOption(verb, options->backup);
-  verb.choice("--eol", [options](const std::string& eol) { options->keepEol = eol == "keep"; }, "KIND",
-              "Line ends of a script that is written: crlf (throughout) or keep (default crlf)", {"crlf", "keep"});
+  verb.choice("--eol", [options](const std::string& eol) { options->eol = eol; }, "KIND",
+              "Line ends of a script that is written: crlf (throughout) or keep (default keep with --from, else crlf)",
+              {"crlf", "keep"});
+  verb.flag("--like-window", options->likeWindow,
+            "With --from: CR LF throughout, and untranslated texts lose their colour codes");
   verb.flag("-f,--force", options->force, "Merge exchange files that do not fit too, as the window does");
   session.addOptions(verb);
   verb.footer(kFooter);

@@ -100,15 +100,21 @@ Outcome TreeImport::mergeScript(const Script& script, std::string& bytes) {
   }
   if (lxf.empty()) return outcome;  // a script without texts, or forced with nothing to merge
 
+  const bool likeWindow = options_.likeWindow;
+  const MergeWay way{.keepEol = options_.eol.empty() ? !likeWindow : options_.eol == "keep", .keepCodes = !likeWindow};
   Merge merge;
   try {
-    merge = mergeWork(*session_.lists, scriptWork, lxf, lxfPath, options_.keepEol);
+    merge = mergeWork(*session_.lists, scriptWork, lxf, lxfPath, way);
   } catch (const Failure& failure) {
     return refuse(shown(failure.description()));
   }
   for (std::size_t i = 0; i < cut.records.size() && i < texts; ++i) {
     const char* const what = whatSpoilsScan(cut.records[i].text);
     if (what != nullptr) outcome.warnings.push_back(fmt::format("{}:{}: {}", shownName(lxfPath), i + 1, what));
+  }
+  if (merge.withoutCodes > 0 && !likeWindow) {
+    outcome.warnings.push_back(fmt::format("{}: {} lost all colour codes by translation", shownName(script.path),
+                                           counted(merge.withoutCodes, "text")));
   }
   outcome.texts = merge.texts;
   outcome.changed = merge.changed;

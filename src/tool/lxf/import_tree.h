@@ -12,7 +12,8 @@ struct ImportOptions {
   std::string from;
   std::string backup;
   bool dryRun = false;
-  bool keepEol = false;
+  std::string eol;  // "keep", "crlf", empty for what is usual
+  bool likeWindow = false;
   bool force = false;
 };
 

@@ -21,16 +21,18 @@ namespace {
 }  // namespace
 
 Merge mergeWork(const CommandLists& lists, std::string_view script, std::string_view lxf, const std::string& lxfName,
-                bool keepEol) {
+                MergeWay way) {
   Merge merge;
   merge.work.reserve(script.size() + lxf.size());
-  LxfMerger<char> merger(lxf, lists);
+  using Codes = LxfMerger<char>::Codes;
+  LxfMerger<char> merger(lxf, lists, way.keepCodes ? Codes::Keep : Codes::Replace);
   forEachLine(script, [&](const ScriptLine& line) {
     if (!merger.addLine(line.text, merge.work)) failAt(lxfName, merger.status(), merger.recordIndex(), line.number);
-    merge.work.append(keepEol ? line.ending : "\r\n");
+    merge.work.append(way.keepEol ? line.ending : "\r\n");
   });
   merge.texts = merger.texts();
   merge.changed = merger.changed();
+  merge.withoutCodes = merger.withoutCodes();
   return merge;
 }
 
