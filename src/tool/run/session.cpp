@@ -11,6 +11,7 @@
 #include "platform/system.h"
 #include "platform/terminal.h"
 #include "platform/tree_files.h"
+#include "text/ascii.h"
 #include "text/text.h"
 #include "tool/run/command_names.h"
 #include "tool/run/globs.h"
@@ -87,11 +88,19 @@ std::vector<Script> collectScripts(Session& session, const std::vector<std::stri
         add({argument, std::string(fileNameOf(argument))});
         continue;
       }
+      bool found = false;
       const auto wanted = [&](const std::string& relative) { return !matchesAny(session.exclude, relative); };
       for (std::string& relative : session.files->filesBelow(argument, wanted, [&](const std::string& relative) {
-             return matchesAny(include, relative) && wanted(relative);
+             // Without --include, UP.TXT is a script as any other.
+             return matchesAny(include, session.include.empty() ? lowerAsciiOf(relative) : relative) &&
+                    wanted(relative);
            })) {
         add({joinPath(argument, relative), relative});
+        found = true;
+      }
+      if (!found) {
+        session.console.warning(fmt::format("{}: no file in it is taken", shownName(argument)));
+        session.console.fail();
       }
     } catch (const Failure& failure) {
       session.console.error(shown(failure.description()));
