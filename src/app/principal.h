@@ -9,6 +9,7 @@
 #include "app/frm_search.h"
 #include "color/color_pick.h"
 #include "editing/quote_walk.h"
+#include "editing/quoted_text.h"
 #include "platform/controls.h"
 #include "platform/platform.h"
 #include "scan/rich_text_box.h"
@@ -51,7 +52,7 @@ struct KeyOutcome {
   bool characterPasses;  // there is a character, and no handler dropped it
 };
 
-// The main form: controls, menus, members and handlers. The handlers stand in the folder of their subject.
+// The main form: controls, menus, members and handlers. Each subject has a file of this folder.
 // Positions count the characters of N from 1, SelStart counts from 0.
 class Principal {
  public:
@@ -83,7 +84,7 @@ class Principal {
   std::int32_t Ini = 0, Fin = 0;  // quote marks around the current text; 0 while there is none
   std::int32_t xIni = 0;          // where the next search goes on
 
-  // app/
+  // Start-up, layout, file flows.
   void Form_Load();
   void Form_Resize();
   void Form_Unload();
@@ -97,10 +98,10 @@ class Principal {
   void mnu_Guardar_Click();
   void mnu_Salir_Click();
 
-  // scan/
+  // Load.
   void LoadScript();
 
-  // editing/
+  // Selection, commit, stepping, keys, search.
   void Seleccionar(bool ShowContextWarning = false, bool SetEdt = false, bool Focus = false);
   void Buscar(std::u16string_view Texto, bool bForward = false);
   void ReturnFromSearch();
@@ -115,21 +116,21 @@ class Principal {
   // The whole way of a key through the handlers, in their order. What passes is left to the control with the focus.
   KeyOutcome dispatchKey(const KeyEvent& key);
 
-  // exchange/
+  // Exchange files.
   void mnu_Export_Click();
   void mnu_Import_Click();
 
-  // settings/
+  // Shell verb.
   void mnu_Shell_Click();
 
-  // color/
+  // Colour codes.
   std::u16string RemoveColor(std::u16string_view T) const;
 
   Registry& registry() { return registry_; }
   Windowing& windowing() { return platform_.windowing; }
 
  private:
-  // app/
+  // Start-up, layout, file flows.
   void ArrangeEditBox();
   void readFileCaptions();
   void setNavMode(std::int16_t mode);
@@ -142,30 +143,26 @@ class Principal {
   // `ScriptPath` up to and including its last "." with "lxf" behind it.
   std::u16string lxfPath() const;
 
-  // editing/
+  // Selection, commit, stepping, keys, search.
   void commit();
   void cancel();
   void ShowCurrentText();
-  void ReplaceTitle(std::u16string_view text);
+  void ReplaceTitle(std::u16string_view Text);
   void GoNextText(std::int16_t Shift);
   void GoPrevText(std::int16_t Shift);
   void MoveToText(bool Forward, std::int16_t Shift);
   void openSearch();
   void openColorPick();
   void closeSearch();
-  // Selects what stands between the quote marks of the current text; a bracket pair around it is left out, under
-  // `titlesOnly` only if the text is a title.
-  void selectCurrent(bool titlesOnly);
+  void selectCurrent(Brackets brackets);
   void showEditBox(bool visible);  // and makes room for it
   void selectEditBox();            // all of it; hides the box exactly if it is empty
   void colorEditBox();
-  // Puts a selection of N that has gone elsewhere back on the current text.
-  void backToCurrentText();
+  // Puts a selection of N that has gone elsewhere back on the current text; whether it had.
+  bool backToCurrentText();
   Admission admission(std::int16_t Shift) const;
-  // Whether the text at xIni, selected on the way, holds the word.
-  bool holdsWord(std::u16string_view Texto);
 
-  // exchange/
+  // Exchange files.
   void ExportLxf(std::u16string_view LxfFile);
   void ImportLxf(std::u16string_view LxfFile);
 

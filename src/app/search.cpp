@@ -37,17 +37,8 @@ void Principal::Buscar(std::u16string_view Texto, bool bForward) {
   setScreenMousePointer(kHourglass);
   N.Visible = false;
   LastSearch = Texto;
-  const Admission admitted = admission(0);
-  bool hit = false;
-  for (;;) {
-    const std::int32_t last = xIni;
-    xIni = stepQuote(N.Text(), xIni, bForward);
-    if (bForward ? xIni <= start : xIni >= start || last == 0) break;
-    if (!admitted.admits(colorBehind(N, xIni))) continue;
-    hit = holdsWord(Texto);
-    if (hit) break;
-  }
-  if (!hit) {
+  const std::int32_t hit = nextHit(N, start, bForward, admission(0), Texto);
+  if (hit == 0) {
     platform_.windowing.beep();
     setScreenMousePointer(0);
     N.setSelStart(0);  // on no text, so that the selection goes back to the current one and EDT keeps what it holds
@@ -56,6 +47,7 @@ void Principal::Buscar(std::u16string_view Texto, bool bForward) {
     xIni = start;
     return;
   }
+  xIni = hit;
   Fin = nextQuote(N.Text(), xIni);
   Ini = xIni;
   Seleccionar(false, true, false);
@@ -65,18 +57,6 @@ void Principal::Buscar(std::u16string_view Texto, bool bForward) {
   EDT.setSelLength(place == TextView::npos ? 0 : static_cast<std::int32_t>(Texto.size()));
   N.Visible = true;
   setScreenMousePointer(0);
-}
-
-bool Principal::holdsWord(std::u16string_view Texto) {
-  const std::int32_t end = nextQuote(N.Text(), xIni);
-  N.setSelStart(xIni);
-  N.setSelLength(end - xIni - 1);
-  const TextView text = N.SelText();
-  if (!text.empty() && text.front() == u'[' && text.back() == u']' && N.SelColor() == clrTitle) {
-    N.setSelStart(xIni + 1);
-    N.setSelLength(end - xIni - 3);
-  }
-  return findIgnoringCase(N.SelText(), Texto) != TextView::npos;
 }
 
 FrmSearch::FrmSearch(Principal& owner) : owner_(owner) {

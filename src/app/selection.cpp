@@ -9,17 +9,16 @@ constexpr std::uint32_t kWhite = 0xFFFFFF;
 constexpr std::uint32_t kCyan = 0xFFFF00;
 constexpr std::int16_t kAdvanced = 2;
 
-bool wrappedInBrackets(TextView text) { return !text.empty() && text.front() == u'[' && text.back() == u']'; }
-
 }  // namespace
 
 void Principal::Seleccionar(bool ShowContextWarning, bool SetEdt, bool Focus) {
   if (!ScriptLoaded) return;
   if (isTextColor(N.SelColor())) {
     const std::int32_t before = Ini;
-    Ini = previousQuote(N.Text(), N.SelStart() + 1);
-    Fin = nextQuote(N.Text(), Ini);
-    selectCurrent(false);
+    const QuoteMarks marks = quoteMarksAround(N);
+    Ini = marks.Ini;
+    Fin = marks.Fin;
+    selectCurrent(Brackets::OfAnyText);
     if (SetEdt) {
       EDT.setText(N.SelText());
       selectEditBox();
@@ -31,7 +30,7 @@ void Principal::Seleccionar(bool ShowContextWarning, bool SetEdt, bool Focus) {
   } else {
     if (N.SelColor() == clrError) say(words::LineWithErrors, kInformation);
     if (Ini + Fin == 0) return;
-    selectCurrent(false);
+    selectCurrent(Brackets::OfAnyText);
     if (SetEdt) {
       selectEditBox();
       showEditBox(N.SelLength() > 0);
@@ -41,21 +40,17 @@ void Principal::Seleccionar(bool ShowContextWarning, bool SetEdt, bool Focus) {
   if (EDT.Visible && Focus) SetFocus(Control::EDT);
 }
 
-void Principal::selectCurrent(bool titlesOnly) {
-  N.setSelStart(Ini);
-  N.setSelLength(Fin - Ini - 1);
-  if (wrappedInBrackets(N.SelText()) && (!titlesOnly || N.SelColor() == clrTitle)) {
-    N.setSelStart(Ini + 1);
-    N.setSelLength(Fin - Ini - 3);
-  }
+void Principal::selectCurrent(Brackets brackets) {
+  selectBetween(N, {Ini, Fin}, brackets);
   currentStart_ = N.SelStart();
   currentLength_ = N.SelLength();
 }
 
-void Principal::backToCurrentText() {
-  if (N.SelStart() == currentStart_ && N.SelLength() == currentLength_) return;
+bool Principal::backToCurrentText() {
+  if (N.SelStart() == currentStart_ && N.SelLength() == currentLength_) return false;
   N.setSelStart(currentStart_);
   N.setSelLength(currentLength_);
+  return true;
 }
 
 void Principal::showEditBox(bool visible) {

@@ -15,19 +15,10 @@ void Principal::GoPrevText(std::int16_t Shift) {
 void Principal::MoveToText(bool Forward, std::int16_t Shift) {
   N.Visible = false;
   setMousePointer(kHourglass);
-  const Admission admitted = admission(Shift);
   const std::int32_t start = Ini;
-  for (;;) {
-    const std::int32_t last = Ini;
-    Ini = stepQuote(N.Text(), Ini, Forward);
-    if (Ini == last || Ini == start) {  // once around: Ini is the start again
-      ShowCurrentText();
-      return;
-    }
-    if (admitted.admits(colorBehind(N, Ini))) break;
-  }
+  Ini = nextAdmitted(N, start, Forward, admission(Shift));
   ShowCurrentText();
-  xIni = Ini;
+  if (Ini != start) xIni = Ini;
 }
 
 }  // namespace dravenna

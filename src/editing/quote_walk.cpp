@@ -1,5 +1,8 @@
 #include "editing/quote_walk.h"
 
+#include "editing/quoted_text.h"
+#include "text/case_fold.h"
+
 namespace dravenna {
 
 namespace {
@@ -32,6 +35,28 @@ bool Admission::admits(std::uint32_t color) const {
   if (color == clrTitle) return NavMode > 0 || Shift == 1 || onlyInternal;
   if (color == clrCode) return NavMode == 2 || Shift == 2 || onlyInternal;
   return false;
+}
+
+std::int32_t nextAdmitted(const RichTextBox& N, std::int32_t from, bool forward, const Admission& admitted) {
+  std::int32_t at = from;
+  for (;;) {
+    const std::int32_t last = at;
+    at = stepQuote(N.Text(), at, forward);
+    if (at == last || at == from) return from;  // once around
+    if (admitted.admits(colorBehind(N, at))) return at;
+  }
+}
+
+std::int32_t nextHit(RichTextBox& N, std::int32_t from, bool forward, const Admission& admitted,
+                     std::u16string_view word) {
+  for (std::int32_t at = from;;) {
+    const std::int32_t last = at;
+    at = stepQuote(N.Text(), at, forward);
+    if (forward ? at <= from : at >= from || last == 0) return 0;
+    if (!admitted.admits(colorBehind(N, at))) continue;
+    selectBetween(N, {at, nextQuote(N.Text(), at)}, Brackets::OfTitles);
+    if (findIgnoringCase(N.SelText(), word) != std::u16string_view::npos) return at;
+  }
 }
 
 }  // namespace dravenna

@@ -32,4 +32,12 @@ struct Admission {
   bool operator==(const Admission&) const = default;
 };
 
+// The next text of a step from a position, around the ends; `from` itself when there is no other.
+std::int32_t nextAdmitted(const RichTextBox& N, std::int32_t from, bool forward, const Admission& admitted);
+
+// The next text with a word in it, letter case ignored, brackets of titles left out; not around the ends. The selection
+// of N wanders; on a hit it covers the text. 0 without a hit.
+std::int32_t nextHit(RichTextBox& N, std::int32_t from, bool forward, const Admission& admitted,
+                     std::u16string_view word);
+
 }  // namespace dravenna

@@ -158,10 +158,9 @@ class Editor {
     std::replace(text.begin(), text.end(), u'"', u'\'');
     const Text old = doc_.text.substr(begin_, length_);
     const std::uint32_t color = doc_.colors[length_ > 0 ? begin_ : begin_ - 1];
-    // What stands in brackets may be typed with them.
-    const Text whole =
-        doc_.text.substr(static_cast<std::size_t>(ini_), static_cast<std::size_t>(form_->Fin - ini_ - 1));
-    if (text == old || (color != clrTitle && text == whole) || !isTextColor(color)) return;
+    const bool elsewhere = static_cast<std::size_t>(form_->N.SelStart()) != begin_ ||
+                           static_cast<std::size_t>(form_->N.SelLength()) != length_;
+    if (text == old || (!elsewhere && form_->EDT.BackColor == 0)) return;
     if (text.empty()) text = u" ";
     if (color != clrTitle) return replace(begin_, text);
     const auto title = [](const Text& inside) { return u"\"[" + inside + u"]\""; };
