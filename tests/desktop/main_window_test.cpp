@@ -67,7 +67,9 @@ class MainWindowTest : public testing::Test {
 };
 
 TEST_F(MainWindowTest, FileDialogsStartBesideTheScriptAndSpareIt) {
-  for (const auto& [script, name] : {std::pair(u"sub/gate.txt", "gate.lxf"), std::pair(u"sub/gate", "lxf")}) {
+  for (const auto& pair : {std::pair(u"sub/gate.txt", "gate.lxf"), std::pair(u"sub/gate", "lxf")}) {
+    const char16_t* const script = pair.first;
+    const char* const name = pair.second;
     start(script);
     inDialog(&Principal::mnu_Export_Click, [&](QFileDialog& dialog) {
       EXPECT_EQ(fromQt(dialog.directory().absolutePath()), folder.path("sub"));

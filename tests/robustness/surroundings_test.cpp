@@ -122,7 +122,7 @@ void comesBack(const std::string& script, bool hasTexts) {
   const ScratchFolder folder;
   folder.put("guard.txt", script);
   inChild([&] {
-#ifndef __SANITIZE_ADDRESS__
+#ifndef DRAVENNA_ASAN  // which takes address space of its own
     const rlim_t most = addressSpace() + (32U << 20) + 20 * script.size();
     const rlimit limit{most, most};
     ::setrlimit(RLIMIT_AS, &limit);
