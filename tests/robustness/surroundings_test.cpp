@@ -111,7 +111,7 @@ TEST(BadInput, FileThatShrinksOrBreaksWhileItIsRead) {
 }
 
 // Bytes of address space that this process has now.
-std::size_t addressSpace() {
+[[maybe_unused]] std::size_t addressSpace() {
   std::size_t pages = 0;
   std::ifstream("/proc/self/statm") >> pages;
   return pages * static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
