@@ -47,8 +47,8 @@ class TreeFiles {
   // The whole file into a buffer that is used again.
   virtual void readWhole(const std::filesystem::path& path, std::string& bytes) = 0;
 
-  // Empties or makes the file and writes into it. A failure leaves what was written so far.
-  virtual void writeWhole(const std::filesystem::path& path, std::string_view bytes) = 0;
+  // Into a device or a pipe that is there; what is a plain file is replaced.
+  virtual void writeDevice(const std::filesystem::path& path, std::string_view bytes) = 0;
 
   // The folder and all missing ones above it.
   virtual void makeFolders(const std::filesystem::path& folder) = 0;

@@ -63,7 +63,7 @@ class FaultyCalls : public posix::SystemCalls {
 
   bool kills() const { return fault_ == Fault::KillBefore || fault_ == Fault::KillAfter; }
   bool canFail(const std::string& name) const {
-    static const std::set<std::string> interruptible{"open", "close", "read", "write", "fsync", "ftruncate", "flock"};
+    static const std::set<std::string> interruptible{"open", "close", "read", "write", "fsync", "flock"};
     if (fault_ == Fault::Interrupted) return interruptible.contains(name);
     // Where something cannot be removed it stays behind, and rightly so.
     return fault_ == Fault::Error && name != "unlink";

@@ -8,6 +8,7 @@
 
 #include "platform/file_state.h"
 #include "platform/system.h"
+#include "text/path_names.h"
 #include "text/text.h"
 
 namespace dravenna {
@@ -44,8 +45,6 @@ std::string newTemporaryName(const std::string& folder) {
   return folder + "/.dravenna-" + std::to_string(::getpid()) + "-" + std::to_string(seed + count++) + ".tmp";
 }
 
-std::string nameOf(const std::string& path) { return path.substr(path.rfind('/') + 1); }
-
 }  // namespace
 
 std::string pathBytes(std::u16string_view path) {
@@ -56,9 +55,8 @@ std::string pathBytes(std::u16string_view path) {
 }
 
 std::string folderOf(const std::string& path) {
-  const std::size_t slash = path.rfind('/');
-  if (slash == std::string::npos) return ".";
-  return slash == 0 ? "/" : path.substr(0, slash);
+  std::string folder = dravenna::folderOf(path);
+  return folder.empty() ? "." : folder;
 }
 
 std::string resolveTarget(SystemCalls& calls, const std::string& path) {
@@ -75,13 +73,13 @@ std::string resolveTarget(SystemCalls& calls, const std::string& path) {
     if (calls.lstat(at.c_str(), status) < 0) {
       if (errno != ENOENT || at.empty() || at.back() == '/') failWithErrno(path);
       if (calls.realpath(folderOf(at).c_str(), resolved) < 0) failWithErrno(path);
-      return (resolved == "/" ? "" : resolved) + "/" + nameOf(at);
+      return joinPath(resolved, fileNameOf(at));
     }
     // A link to a missing file: that file is meant.
     std::string link;
     if (!S_ISLNK(status.st_mode)) throw SystemFailure(ENOENT, path);
     if (calls.readlink(at.c_str(), link) < 0) failWithErrno(path);
-    at = link.starts_with('/') ? link : folderOf(at).append("/").append(link);
+    at = link.starts_with('/') ? link : joinPath(folderOf(at), link);
   }
   throw SystemFailure(ELOOP, path);
 }

@@ -26,7 +26,6 @@ ssize_t SystemCalls::write(int file, const void* from, std::size_t size) {
   return made("write", ::write, file, from, size);
 }
 int SystemCalls::fsync(int file) { return made("fsync", ::fsync, file); }
-int SystemCalls::ftruncate(int file, off_t size) { return made("ftruncate", ::ftruncate, file, size); }
 int SystemCalls::fstat(int file, struct stat& status) { return made("fstat", ::fstat, file, &status); }
 int SystemCalls::stat(const char* path, struct stat& status) { return made("stat", ::stat, path, &status); }
 int SystemCalls::lstat(const char* path, struct stat& status) { return made("lstat", ::lstat, path, &status); }

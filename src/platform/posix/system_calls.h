@@ -24,7 +24,6 @@ class SystemCalls {
   virtual ssize_t write(int file, const void* from, std::size_t size);
   int fsync(int file);
   int startFlush(int file);  // lets the system begin to bring the file to disk, where it can be asked to
-  int ftruncate(int file, off_t size);
   virtual int fstat(int file, struct stat& status);
   int stat(const char* path, struct stat& status);
   int lstat(const char* path, struct stat& status);

@@ -81,22 +81,9 @@ class PosixTreeFiles : public TreeFiles {
     bytes.resize(filled);
   }
 
-  void writeWhole(const fs::path& path, std::string_view bytes) override {
-    // The old contents are cut off behind the new ones, not before: a file that was emptied and written again is
-    // brought to disk at its close by some file systems, which makes a tree many times slower.
-    OpenFile file(calls_, path.native(), O_WRONLY | O_CREAT, 0666, path.native());
-    const struct stat old = file.status();
-    const auto cutAt = [&](off_t end) {
-      if (!S_ISREG(old.st_mode) || old.st_size <= end) return 0;
-      return uninterrupted([&] { return calls_.ftruncate(file.number(), end); });
-    };
-    try {
-      file.writeAll(bytes);
-    } catch (const Failure&) {
-      static_cast<void>(cutAt(::lseek(file.number(), 0, SEEK_CUR)));
-      throw;
-    }
-    if (cutAt(static_cast<off_t>(bytes.size())) != 0) failWithErrno(path.native());
+  void writeDevice(const fs::path& path, std::string_view bytes) override {
+    OpenFile file(calls_, path.native(), O_WRONLY, 0, path.native());
+    file.writeAll(bytes);
     file.close();
   }
 

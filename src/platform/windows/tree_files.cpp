@@ -104,7 +104,7 @@ class WindowsTreeFiles : public TreeFiles {
     readRest(file, bytes);
   }
 
-  void writeWhole(const fs::path& path, std::string_view bytes) override {
+  void writeDevice(const fs::path& path, std::string_view bytes) override {
     OpenFile file = openForWriting(calls_, textOf(path));
     file.writeAll(bytes);
     file.close();

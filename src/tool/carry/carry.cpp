@@ -162,11 +162,11 @@ std::vector<std::size_t> matchPages(const Outline& original, const Outline& tran
 
 }  // namespace
 
-std::vector<Translation> translationsFromExchange(const LoadedScript& script, std::string_view lxf, std::string& why) {
+std::vector<Translation> translationsFromExchange(const LoadedScript& script, std::string_view lxf,
+                                                  const std::string& name) {
   std::vector<Translation> translations(script.records.size());
   const ExchangeFile file = cutExchangeFile(lxf);
-  why = whyNoFit(file, script.records.size());
-  if (!why.empty()) return translations;
+  if (const auto misfit = misfitOf(file, name, script.records.size())) throw Failure(*misfit);
   for (std::size_t i = 0; i < translations.size(); ++i) {
     translations[i] = {Translation::State::Known, std::string(file.records[i].text), ""};
   }

@@ -18,8 +18,9 @@ struct Translation {
   bool ofPage = false;  // `text` is that of a whole page of dialogue, only to be shown
 };
 
-// From an exchange file that fits the script; `why` tells when it does not and all entries are None.
-std::vector<Translation> translationsFromExchange(const LoadedScript& script, std::string_view lxf, std::string& why);
+// From an exchange file of that name. Throws Failure when it does not fit the script.
+std::vector<Translation> translationsFromExchange(const LoadedScript& script, std::string_view lxf,
+                                                  const std::string& name);
 
 // From a translated copy of the script. Pages of dialogue are matched; a page whose number of texts differs gives
 // unsure ones.

@@ -88,11 +88,11 @@ std::vector<Translation> OldVersion::translationsFor(const std::string& relative
   if (session_.files->pathKind(lxfPath) == PathKind::File) {
     std::string file;
     std::string buffer;
-    std::string why;
-    std::vector<Translation> translations =
-        translationsFromExchange(old, readWork(session_, lxfPath, file, buffer), why);
-    carried.unfit = !why.empty();
-    if (carried.unfit) carried.warning = fmt::format("{}: not used: {}", shownName(lxfPath), why);
+    std::vector<Translation> translations(old.records.size());
+    const std::string_view lxf = readWork(session_, lxfPath, file, buffer);
+    const auto misfit = attempt([&] { translations = translationsFromExchange(old, lxf, lxfPath); });
+    carried.unfit = misfit.has_value();
+    if (misfit) carried.warning = fmt::format("not used: {}", shown(misfit->description()));
     return translations;
   }
   if (!old.records.empty())

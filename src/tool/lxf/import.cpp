@@ -26,8 +26,7 @@ constexpr char kFooter[] =
 // What is odd about the file although it is merged all the same.
 void warnOfOddities(Session& session, const std::string& path, const ExchangeFile& lxf, std::size_t texts,
                     bool wrongPage) {
-  const std::string why = whyNoFit(lxf, texts);
-  if (!why.empty()) session.console.warning(fmt::format("{}: {}", shownName(path), why));
+  if (const auto misfit = misfitOf(lxf, path, texts)) session.console.warning(shown(misfit->description()));
   if (wrongPage) session.console.warning(fmt::format("{}: {}", shownName(path), kUtf8InAnotherPage));
   for (std::size_t i = 0; i < lxf.records.size() && i < texts; ++i) {
     const char* const what = whatSpoilsScan(lxf.records[i].text);

@@ -2,13 +2,12 @@
 
 #include <fmt/core.h>
 
-#include <mutex>
 #include <set>
 
 #include "platform/failure.h"
 #include "platform/tree_files.h"
 #include "text/text.h"
-#include "tool/run/ordered_pool.h"
+#include "tool/run/for_each_script.h"
 #include "tool/script/exchange_file.h"
 #include "tool/script/merge.h"
 #include "tool/script/records.h"
@@ -17,7 +16,7 @@ namespace dravenna {
 
 namespace {
 
-enum class Fate { Replaced, Unchanged, NoExchangeFile, Refused, Failed };
+enum class Fate { Replaced, Unchanged, NoExchangeFile, Refused };
 
 struct Outcome {
   Fate fate = Fate::Unchanged;
@@ -27,24 +26,6 @@ struct Outcome {
   std::size_t changed = 0;
 };
 
-// Scripts of one folder that are replaced together: one wait for the disk instead of one each.
-struct Group {
-  std::size_t begin;
-  std::size_t end;
-};
-constexpr std::size_t kMostInGroup = 64;  // each keeps a file open
-
-std::vector<Group> groupsOf(const std::vector<Script>& scripts) {
-  std::vector<Group> groups;
-  for (std::size_t i = 0; i < scripts.size(); ++i) {
-    const bool same = !groups.empty() && i - groups.back().begin < kMostInGroup &&
-                      folderOf(scripts[groups.back().begin].path) == folderOf(scripts[i].path);
-    if (!same) groups.push_back({i, i});
-    groups.back().end = i + 1;
-  }
-  return groups;
-}
-
 class TreeImport {
  public:
   TreeImport(Session& session, const ImportOptions& options)
@@ -53,34 +34,27 @@ class TreeImport {
   void run();
 
  private:
-  std::vector<Outcome> mergeGroup(const Group& group);
-  Outcome mergeScript(const Script& script, std::string& bytes);
+  Outcome mergeScript(const Script& script, Buffers& buffers, std::optional<std::string>& bytes) const;
   void report(const Script& script, const Outcome& outcome);
   void findStrays();
 
   Session& session_;
   const ImportOptions& options_;
   std::vector<Script> scripts_;
-  std::mutex foldersMutex_;
-  std::set<std::string> folders_;  // with renames that are not on disk yet
-  std::size_t fates_[5] = {};
+  std::size_t fates_[4] = {};
   std::size_t changed_ = 0;
 };
 
-Outcome TreeImport::mergeScript(const Script& script, std::string& bytes) {
-  thread_local std::string file;
-  thread_local std::string work;
-  thread_local std::string lxfFile;
-  thread_local std::string lxfWork;
+Outcome TreeImport::mergeScript(const Script& script, Buffers& buffers, std::optional<std::string>& bytes) const {
+  const std::string& file = buffers.file;
   Outcome outcome;
-  if (script.path == "-") throw UsageError("standard input cannot be merged with --from");
   const std::string lxfPath = joinPath(options_.from, withExtension(script.relative, ".lxf"));
   if (session_.files->pathKind(lxfPath) != PathKind::File) {
     outcome.fate = Fate::NoExchangeFile;
     return outcome;
   }
-  const std::string_view lxf = readWork(session_, lxfPath, lxfFile, lxfWork);
-  const std::string_view scriptWork = readWork(session_, script.path, file, work);
+  const std::string_view lxf = readWork(session_, lxfPath, buffers.otherFile, buffers.otherWork);
+  const std::string_view scriptWork = readWork(session_, script.path, buffers.file, buffers.work);
   const auto refuse = [&](std::string_view why) {
     outcome.fate = Fate::Refused;
     outcome.message = fmt::format("{}: left alone: {}", shownName(script.path), why);
@@ -89,13 +63,11 @@ Outcome TreeImport::mergeScript(const Script& script, std::string& bytes) {
   const ExchangeFile cut = cutExchangeFile(lxf);
   std::size_t texts = 0;
   forEachRecordText(scriptWork, *session_.lists, [&](std::string_view, std::string_view) { ++texts; });
-  const std::string why = whyNoFit(cut, texts);
-  if (!why.empty()) {
-    const std::string told = fmt::format("{}: {}", shownName(lxfPath), why);
-    if (!options_.force) return refuse(told);
-    outcome.warnings.push_back(told);
+  if (const auto misfit = misfitOf(cut, lxfPath, texts)) {
+    if (!options_.force) return refuse(shown(misfit->description()));
+    outcome.warnings.push_back(shown(misfit->description()));
   }
-  if (isUtf8InAnotherPage(session_.codec->page(), lxfFile, file)) {
+  if (isUtf8InAnotherPage(session_.codec->page(), buffers.otherFile, file)) {
     outcome.warnings.push_back(fmt::format("{}: {}", shownName(lxfPath), kUtf8InAnotherPage));
   }
   if (lxf.empty()) return outcome;  // a script without texts, or forced with nothing to merge
@@ -118,51 +90,17 @@ Outcome TreeImport::mergeScript(const Script& script, std::string& bytes) {
   }
   outcome.texts = merge.texts;
   outcome.changed = merge.changed;
-  bytes = session_.codec->toFile(merge.work, lxfFile);
-  outcome.fate = bytes == file ? Fate::Unchanged : Fate::Replaced;
+  const std::string_view now = session_.codec->toFile(merge.work, buffers.out);
+  if (now == file) return outcome;
+  outcome.fate = Fate::Replaced;
+  bytes = now;
   return outcome;
-}
-
-std::vector<Outcome> TreeImport::mergeGroup(const Group& group) {
-  std::vector<Outcome> outcomes(group.end - group.begin);
-  Replacements replacements(*session_.files, options_.backup);
-  std::vector<std::size_t> staged;
-  for (std::size_t i = group.begin; i < group.end && !interrupted(); ++i) {
-    Outcome& outcome = outcomes[i - group.begin];
-    const auto failure = attempt([&] {
-      std::string bytes;
-      outcome = mergeScript(scripts_[i], bytes);
-      if (outcome.fate == Fate::Replaced && !options_.dryRun) {
-        replacements.stage(scripts_[i].path, bytes);
-        staged.push_back(i - group.begin);
-      }
-    });
-    if (failure) {
-      outcome.fate = Fate::Failed;
-      outcome.message = shown(failure->description());
-    }
-  }
-  if (staged.empty()) return outcomes;
-  const std::vector<std::u16string> failures = replacements.commit();
-  for (std::size_t i = 0; i < staged.size(); ++i) {
-    if (failures[i].empty()) {
-      const std::lock_guard lock(foldersMutex_);
-      folders_.insert(folderOf(scripts_[group.begin + staged[i]].path));
-    } else {
-      outcomes[staged[i]].fate = Fate::Failed;
-      outcomes[staged[i]].message = shown(failures[i]);
-    }
-  }
-  return outcomes;
 }
 
 void TreeImport::report(const Script& script, const Outcome& outcome) {
   ++fates_[static_cast<std::size_t>(outcome.fate)];
   for (const std::string& warning : outcome.warnings) session_.console.warning(warning);
-  const bool told = interrupted() && outcome.message.starts_with("Interrupted");  // once, at the end
-  if ((outcome.fate == Fate::Refused || outcome.fate == Fate::Failed) && !told) {
-    session_.console.error(outcome.message);
-  }
+  if (outcome.fate == Fate::Refused) session_.console.error(outcome.message);
   if (outcome.fate != Fate::Replaced) return;
   changed_ += outcome.changed;
   if (options_.dryRun) {
@@ -190,15 +128,20 @@ void TreeImport::run() {
   if (session_.files->pathKind(options_.from) != PathKind::Folder) {
     throw Failure(u"No such folder: '" + fromUtf8(options_.from) + u"'");
   }
-  const std::vector<Group> groups = groupsOf(scripts_);
-  runOrdered<std::vector<Outcome>>(
-      groups.size(), session_.jobs, [&](std::size_t i) { return mergeGroup(groups[i]); },
-      [&](std::size_t i, std::vector<Outcome>&& outcomes) {
-        for (std::size_t k = 0; k < outcomes.size(); ++k) report(scripts_[groups[i].begin + k], outcomes[k]);
-        session_.console.progress(groups[i].end, scripts_.size());
+  for (const Script& script : scripts_) {
+    if (script.path == "-") throw UsageError("standard input cannot be merged with --from");
+  }
+  std::size_t done = 0;
+  rewriteEachScript<Outcome>(
+      session_, scripts_, options_.backup, options_.dryRun,
+      [&](const Script& script, Buffers& buffers, std::optional<std::string>& bytes) {
+        return mergeScript(script, buffers, bytes);
+      },
+      [&](const Script& script, Outcome&& outcome) {
+        report(script, outcome);
+        ++done;
         return true;
       });
-  flushFolders(session_, folders_);
   if (interrupted()) return session_.console.error("Interrupted; every script is the old or the new one");
   const auto count = [&](Fate fate) { return fates_[static_cast<std::size_t>(fate)]; };
   // A whole tree has scripts that nobody translates; a folder of exchange files is seldom left over.
@@ -207,7 +150,7 @@ void TreeImport::run() {
       fmt::format("{}{} {} ({} changed), {} unchanged, {} without exchange file, {} left alone, {} failed",
                   options_.dryRun ? "dry run: " : "", counted(count(Fate::Replaced), "script"),
                   options_.dryRun ? "would be written" : "written", counted(changed_, "text"), count(Fate::Unchanged),
-                  count(Fate::NoExchangeFile), count(Fate::Refused), count(Fate::Failed)));
+                  count(Fate::NoExchangeFile), count(Fate::Refused), scripts_.size() - done));
 }
 
 }  // namespace

@@ -125,9 +125,8 @@ void PoImport::apply(const Script& script, Entries& entries, const LoadedScript&
       continue;
     }
     std::string translation;
-    const std::string why = fromPoText(*session_.codec, entry.text, translation);
-    if (!why.empty()) {
-      warn(fmt::format("{}: left as it is: {}", place, why));
+    if (const auto failure = attempt([&] { translation = fromPoText(*session_.codec, entry.text); })) {
+      warn(fmt::format("{}: left as it is: {}", place, shown(failure->description())));
       continue;
     }
     const auto begin = static_cast<std::size_t>(text->text.data() - loaded.work.data());

@@ -4,9 +4,9 @@
 
 #include <algorithm>
 
+#include "platform/failure.h"
 #include "text/text.h"
 #include "tool/script/merge.h"
-#include "tool/script/shown.h"
 
 namespace dravenna {
 
@@ -32,19 +32,18 @@ std::string poTextOf(const Codec& codec, std::string_view work) { return utf8Of(
 
 std::string poNameOf(std::string_view name) { return utf8Of(fromUtf8(name)); }
 
-std::string fromPoText(const Codec& codec, std::string_view text, std::string& work) {
-  const std::size_t start = work.size();
+std::string fromPoText(const Codec& codec, std::string_view text) {
   std::u16string wide = fromUtf8(text);
   for (char16_t& unit : wide) {
     if (unit >= kFirstOpaque && unit <= kLastOpaque) unit = static_cast<char16_t>(0xDC80 + (unit - kFirstOpaque));
   }
+  std::string work;
   const std::size_t bad = codec.encode(wide, work);
   if (bad != std::u16string::npos) {
-    const std::size_t length = isHighSurrogate(wide[bad]) ? 2 : 1;
-    return fmt::format("the code page has no {}", shown(wide.substr(bad, length)));
+    throw Failure(u"the code page has no " + wide.substr(bad, isHighSurrogate(wide[bad]) ? 2 : 1));
   }
-  const char* const spoils = whatSpoilsScan(std::string_view(work).substr(start));
-  return spoils == nullptr ? std::string() : std::string(spoils);
+  if (const char* const spoils = whatSpoilsScan(work)) throw Failure(fromUtf8(spoils));
+  return work;
 }
 
 bool fitsPo(std::string_view work) {

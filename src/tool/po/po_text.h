@@ -13,8 +13,8 @@ namespace dravenna {
 std::string poTextOf(const Codec& codec, std::string_view work);
 std::string poNameOf(std::string_view name);
 
-// The way back, appended to `work`: empty, or why the text cannot stand in a script.
-std::string fromPoText(const Codec& codec, std::string_view text, std::string& work);
+// The way back. Throws Failure that says why the text cannot stand in a script.
+std::string fromPoText(const Codec& codec, std::string_view text);
 
 // Whether a text can be a message at all.
 bool fitsPo(std::string_view work);

@@ -1,7 +1,9 @@
 #pragma once
 
 #include <functional>
+#include <mutex>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -18,6 +20,56 @@ struct Buffers {
   std::string out;
 };
 
+// What came of one script: a result, or why there is none.
+template <class Result>
+struct Attempted {
+  std::optional<Result> result;
+  std::string error;
+};
+
+// Scripts begin to end - 1 of a run.
+struct ScriptGroup {
+  std::size_t begin;
+  std::size_t end;
+};
+
+// The loop of both functions below: work(group, buffers) gives what came of each script of the group.
+template <class Result>
+bool forEachGroup(Session& session, const std::vector<Script>& scripts, const std::vector<ScriptGroup>& groups,
+                  const std::function<std::vector<Attempted<Result>>(ScriptGroup, Buffers&)>& work,
+                  const std::function<bool(const Script&, Result&&)>& take) {
+  bool allWell = true;
+  const bool whole = runOrdered<std::vector<Attempted<Result>>>(
+      groups.size(), session.jobs,
+      [&](std::size_t i) {
+        thread_local Buffers buffers;
+        return work(groups[i], buffers);
+      },
+      [&](std::size_t i, std::vector<Attempted<Result>>&& group) {
+        bool goOn = true;
+        for (std::size_t k = 0; k < group.size() && goOn; ++k) {
+          if (group[k].result) {
+            goOn = take(scripts[groups[i].begin + k], std::move(*group[k].result));
+          } else {
+            if (!group[k].error.empty()) session.console.error(group[k].error);
+            allWell = false;
+          }
+        }
+        session.console.progress(groups[i].end, scripts.size());
+        return goOn;
+      });
+  session.console.endProgress();
+  return whole && allWell;
+}
+
+template <class Result>
+Attempted<Result> attemptWork(const std::function<Result()>& work) {
+  Attempted<Result> done;
+  const auto failure = attempt([&] { done.result.emplace(work()); });
+  if (failure) done.error = shown(failure->description());
+  return done;
+}
+
 // Runs work(script, buffers) for each script on the session's threads and hands each result to take(script, result) on
 // the calling thread, in order. A script whose work fails is told and sets the exit status; the others go on. Ends
 // early when take() gives false or the process was interrupted. Gives whether every script was done.
@@ -25,34 +77,63 @@ template <class Result>
 bool forEachScript(Session& session, const std::vector<Script>& scripts,
                    const std::function<Result(const Script&, Buffers&)>& work,
                    const std::function<bool(const Script&, Result&&)>& take) {
-  struct Outcome {
-    std::optional<Result> result;
-    std::string error;
-  };
-  std::size_t done = 0;
-  bool allWell = true;
-  const bool whole = runOrdered<Outcome>(
-      scripts.size(), session.jobs,
-      [&](std::size_t i) {
-        thread_local Buffers buffers;
-        Outcome outcome;
-        const auto failure = attempt([&] { outcome.result.emplace(work(scripts[i], buffers)); });
-        if (failure) outcome.error = shown(failure->description());
-        return outcome;
+  std::vector<ScriptGroup> groups;
+  for (std::size_t i = 0; i < scripts.size(); ++i) groups.push_back({i, i + 1});
+  return forEachGroup<Result>(
+      session, scripts, groups,
+      [&](ScriptGroup group, Buffers& buffers) {
+        std::vector<Attempted<Result>> done;
+        done.push_back(attemptWork<Result>([&] { return work(scripts[group.begin], buffers); }));
+        return done;
       },
-      [&](std::size_t i, Outcome&& outcome) {
-        bool goOn = true;
-        if (outcome.result) {
-          goOn = take(scripts[i], std::move(*outcome.result));
-        } else {
-          session.console.error(outcome.error);
-          allWell = false;
+      take);
+}
+
+// Groups of scripts of one folder, each small enough that its new files can be open together.
+std::vector<ScriptGroup> groupsByFolder(const std::vector<Script>& scripts);
+
+// The same for work that may give its script new bytes, in `bytes`. These take the place of the old ones before
+// take(), with one wait for the disk a group instead of one a script, unless it is a dry run. A script that keeps its
+// old bytes because it cannot be replaced has failed; those that an interrupt keeps are not told.
+template <class Result>
+bool rewriteEachScript(Session& session, const std::vector<Script>& scripts, const std::string& backup, bool dryRun,
+                       const std::function<Result(const Script&, Buffers&, std::optional<std::string>& bytes)>& work,
+                       const std::function<bool(const Script&, Result&&)>& take) {
+  std::mutex mutex;
+  std::set<std::string> folders;  // with renames that are not on disk yet
+  const bool whole = forEachGroup<Result>(
+      session, scripts, groupsByFolder(scripts),
+      [&](ScriptGroup group, Buffers& buffers) {
+        std::vector<Attempted<Result>> done(group.end - group.begin);
+        Replacements replacements(*session.files, backup);
+        std::vector<std::size_t> staged;
+        for (std::size_t i = group.begin; i < group.end && !interrupted(); ++i) {
+          done[i - group.begin] = attemptWork<Result>([&] {
+            std::optional<std::string> bytes;
+            Result result = work(scripts[i], buffers, bytes);
+            if (bytes && !dryRun) {
+              replacements.stage(scripts[i].path, *bytes);
+              staged.push_back(i - group.begin);
+            }
+            return result;
+          });
         }
-        session.console.progress(++done, scripts.size());
-        return goOn;
-      });
-  session.console.endProgress();
-  return whole && allWell;
+        if (staged.empty()) return done;
+        const std::vector<std::u16string> failures = replacements.commit();
+        const std::lock_guard lock(mutex);
+        for (std::size_t i = 0; i < staged.size(); ++i) {
+          if (failures[i].empty()) {
+            folders.insert(folderOf(scripts[group.begin + staged[i]].path));
+          } else {
+            const bool told = interrupted() && failures[i].starts_with(u"Interrupted");  // once, by the verb
+            done[staged[i]] = {std::nullopt, told ? std::string() : shown(failures[i])};
+          }
+        }
+        return done;
+      },
+      take);
+  flushFolders(session, folders);
+  return whole;
 }
 
 }  // namespace dravenna

@@ -48,7 +48,7 @@ bool Outputs::mayReplace(const std::string& path, const FileIdentity& there, std
 
 void Outputs::write(const std::string& path, std::string_view bytes, Kind kind, bool force) {
   const auto there = files_.identity(path);
-  if (there && !there->plain) return files_.writeWhole(path, bytes);
+  if (there && !there->plain) return files_.writeDevice(path, bytes);
   if (there && !mayReplace(path, *there, bytes, kind, force)) return;
   const auto replacement = files_.replace(path);
   replacement->write(bytes);

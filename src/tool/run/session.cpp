@@ -14,6 +14,7 @@
 #include "text/ascii.h"
 #include "text/text.h"
 #include "tool/run/command_names.h"
+#include "tool/run/for_each_script.h"
 #include "tool/run/globs.h"
 
 namespace dravenna {
@@ -107,6 +108,18 @@ std::vector<Script> collectScripts(Session& session, const std::vector<std::stri
     }
   }
   return scripts;
+}
+
+std::vector<ScriptGroup> groupsByFolder(const std::vector<Script>& scripts) {
+  constexpr std::size_t kMostInGroup = 64;  // each keeps a file open
+  std::vector<ScriptGroup> groups;
+  for (std::size_t i = 0; i < scripts.size(); ++i) {
+    const bool same = !groups.empty() && i - groups.back().begin < kMostInGroup &&
+                      folderOf(scripts[groups.back().begin].path) == folderOf(scripts[i].path);
+    if (!same) groups.push_back({i, i});
+    groups.back().end = i + 1;
+  }
+  return groups;
 }
 
 void readFile(const Session& session, const std::string& path, std::string& file) {

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "text/text.h"
 #include "tool/script/codec.h"
 #include "tool/script/shown.h"
 
@@ -28,6 +29,8 @@ bool bearsNumber(const ByteRecord& record, std::size_t number) {
   return record.hasColon && record.number == std::to_string(number);
 }
 
+namespace {
+
 std::string whyNoFit(const ExchangeFile& file, std::size_t texts) {
   if (file.bareFeeds > 0 && file.records.empty()) return "its lines end in LF, not in CR LF: nothing would be merged";
   if (file.bareFeeds > 0) return "some of its lines end in LF, not in CR LF";
@@ -43,6 +46,14 @@ std::string whyNoFit(const ExchangeFile& file, std::size_t texts) {
     return fmt::format("it has {}, the script {}", counted(file.records.size(), "record"), counted(texts, "text"));
   }
   return {};
+}
+
+}  // namespace
+
+std::optional<Failure> misfitOf(const ExchangeFile& file, const std::string& name, std::size_t texts) {
+  const std::string why = whyNoFit(file, texts);
+  if (why.empty()) return std::nullopt;
+  return Failure(fromUtf8(name) + u": " + fromUtf8(why));
 }
 
 bool isUtf8InAnotherPage(const CodePage& page, std::string_view exchangeFile, std::string_view script) {

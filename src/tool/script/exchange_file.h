@@ -1,10 +1,12 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "exchange/records.h"
+#include "platform/failure.h"
 #include "text/code_page.h"
 
 namespace dravenna {
@@ -23,9 +25,9 @@ ExchangeFile cutExchangeFile(std::string_view bytes);
 // Whether a record bears that number, in plain decimal.
 bool bearsNumber(const ByteRecord& record, std::size_t number);
 
-// Why the file would not fit a script with so many texts, in a few words; empty when it fits: as many records as
-// texts, numbered from 1 in order, every line ended by CR LF.
-std::string whyNoFit(const ExchangeFile& file, std::size_t texts);
+// Why the file of that name would not fit a script with so many texts, and where; nothing when it fits: as many
+// records as texts, numbered from 1 in order, every line ended by CR LF.
+std::optional<Failure> misfitOf(const ExchangeFile& file, const std::string& name, std::size_t texts);
 
 // Whether an exchange file is UTF-8 whole, `page` is another code page, and the script gives no reason for that; and
 // what to tell then. Both are the bytes on disk.
