@@ -38,6 +38,9 @@ void checkText(Findings& findings, const OutlineText& before, const OutlineText&
                  fmt::format("{} in a menu's text, {} in the original", counted(countColons(text.text), "colon"),
                              countColons(before.text)));
   }
+  for (Break& found : breaksOf(findings.codec(), before.text, text.text)) {
+    findings.add(found.kind, text, found.offset, std::move(found.why));
+  }
   if (!isReadable(text)) return;
   const std::string plainBefore = withoutColor(before.text);
   const std::string plain = withoutColor(text.text);
@@ -212,7 +215,7 @@ class OutsideCheck {
       std::size_t count = 0;
       std::size_t first = 0;
       for (std::size_t at = text.find('"'); at != std::string_view::npos; at = text.find('"', at + 1)) {
-        if (isEscaped(text, at)) continue;
+        if (isEscaped(findings_.codec(), text, at)) continue;
         if (count++ == 0) first = at;
       }
       if (count == 0) continue;

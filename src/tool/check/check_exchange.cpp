@@ -48,7 +48,8 @@ class Numbers {
   std::size_t other_ = 1;
 };
 
-void checkRecord(Findings& findings, const ByteRecord& record, std::size_t index, Numbers& numbers) {
+void checkRecord(Findings& findings, const ByteRecord& record, std::size_t index, Numbers& numbers,
+                 std::optional<std::string_view> before) {
   const std::size_t due = numbers.due();
   const bool fits = numbers.take(record);
   if (!record.hasColon) {
@@ -61,12 +62,8 @@ void checkRecord(Findings& findings, const ByteRecord& record, std::size_t index
   }
   const std::size_t begin = record.number.size() + 1;
   const std::string_view text = record.text;
-  if (const std::size_t at = text.find('"'); at != std::string_view::npos) {
-    findings.add("quote-mark", index, record.line, begin + at, "a quote mark breaks the script's line");
-  }
-  if (const std::size_t at = text.find("//"); at != std::string_view::npos) {
-    findings.add("comment-in-text", index, record.line, begin + at,
-                 "// turns the rest of the script's line into a comment");
+  for (Break& found : breaksOf(findings.codec(), before, text)) {
+    findings.add(found.kind, index, record.line, begin + found.offset, std::move(found.why));
   }
   const std::string plain = withoutColor(text);
   if (!plain.empty() && (plain.front() == '[' || plain.back() == ']')) {
@@ -115,13 +112,17 @@ void checkExchangeFile(Findings& findings, std::string_view lxf, const Outline* 
     findings.add("lxf-last-line", file.records.size(), file.rest, 0,
                  "no CR LF behind the last record: an import loses it");
   }
+  std::vector<const OutlineText*> texts;
+  if (script != nullptr) texts = recordTexts(*script);
+  const bool isWhole = texts.size() == file.records.size();
   Numbers numbers;
-  for (std::size_t i = 0; i < file.records.size(); ++i) checkRecord(findings, file.records[i], i, numbers);
+  for (std::size_t i = 0; i < file.records.size(); ++i) {
+    checkRecord(findings, file.records[i], i, numbers,
+                isWhole ? std::optional<std::string_view>(texts[i]->text) : std::nullopt);
+  }
   if (script == nullptr) return;
 
-  const std::vector<const OutlineText*> texts = recordTexts(*script);
   // A record that only lacks its line end is told above.
-  const bool isWhole = texts.size() == file.records.size();
   if (!isWhole && (file.rest.empty() || file.bareFeeds > 0 || texts.size() != file.records.size() + 1)) {
     findings.list().push_back(
         {file.records.size() + 1, 1, "lxf-count",

@@ -49,7 +49,7 @@ void checkOddQuotes(Findings& findings, const OutlineError& error) {
 void checkEscapedQuotes(Findings& findings, std::size_t lineNumber, std::string_view line, std::string_view code) {
   std::size_t count = 0;
   for (std::size_t at = code.find("\\\""); at != std::string_view::npos; at = code.find("\\\"", at + 2)) {
-    if (!isEscaped(code, at + 1)) continue;
+    if (!isEscaped(findings.codec(), code, at + 1)) continue;
     if (++count > kMostInText) return;
     findings.add("escaped-quote", lineNumber, line, at,
                  "\\\" stays inside the text for the server, but cuts it for the translation");
@@ -86,6 +86,8 @@ const std::vector<FindingKind>& findingKinds() {
       {"menu-count", "another number of : in a menu's text than in the original"},
       {"bracket", "a bracket at an end that takes the text out of the exchange file"},
       {"quote-mark", "a quote mark in a record, or more of them in a text than the original has"},
+      {"backslash", "a text that servers end elsewhere, for a backslash at its end that came or went"},
+      {"control", "a control character in a text"},
       {"untranslated", "a text that is as in the original"},
       {"utf8", "a file that is UTF-8 whole but is read in another code page"},
       {"utf16", "a file that is UTF-16"},
@@ -161,12 +163,6 @@ void checkEncoding(Findings& findings, std::string_view file, std::string_view w
       }
     }
   });
-}
-
-bool isEscaped(std::string_view text, std::size_t quote) {
-  std::size_t backslashes = 0;
-  while (backslashes < quote && text[quote - backslashes - 1] == '\\') ++backslashes;
-  return backslashes % 2 != 0;
 }
 
 std::vector<SpoiltCode> findSpoiltCodes(std::string_view text) {

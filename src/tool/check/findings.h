@@ -5,6 +5,7 @@
 #include <unordered_set>
 #include <vector>
 
+#include "tool/script/breaks.h"
 #include "tool/script/codec.h"
 #include "tool/script/outline.h"
 
@@ -69,9 +70,6 @@ void checkAgainst(Findings& findings, std::string_view oldWork, const Outline& o
 // What is wrong with an exchange file; `script` is the outline of its script or null. Records that are as in the script
 // are untranslated only if the script is an original.
 void checkExchangeFile(Findings& findings, std::string_view lxf, const Outline* script, bool scriptIsOriginal = true);
-
-// Whether the quote mark at `quote` has an odd number of backslashes in front: `\\"` is a backslash and the mark.
-bool isEscaped(std::string_view text, std::size_t quote);
 
 // Spoilt colour codes of a text, as kind and message by offset; the first ones only, if there are very many.
 struct SpoiltCode {

@@ -7,7 +7,7 @@
 #include "platform/tree_files.h"
 #include "tool/lxf/import_tree.h"
 #include "tool/run/session.h"
-#include "tool/script/exchange_file.h"
+#include "tool/script/breaks.h"
 #include "tool/script/merge.h"
 
 namespace dravenna {
@@ -29,7 +29,7 @@ void warnOfOddities(Session& session, const std::string& path, const ExchangeFil
   if (const auto misfit = misfitOf(lxf, path, texts)) session.console.warning(shown(misfit->description()));
   if (wrongPage) session.console.warning(fmt::format("{}: {}", shownName(path), kUtf8InAnotherPage));
   for (std::size_t i = 0; i < lxf.records.size() && i < texts; ++i) {
-    const char* const what = whatSpoilsScan(lxf.records[i].text);
+    const char* const what = whatLeavesExport(lxf.records[i].text);
     if (what != nullptr) session.console.warning(fmt::format("{}:{}: {}", shownName(path), i + 1, what));
   }
 }
@@ -55,6 +55,13 @@ void importOne(Session& session, const ImportOptions& options) {
     throw Failure(fromUtf8(lxfPath) + u": no exchange file: none of its lines has a number and a colon");
   }
 
+  // As in the window a text goes in whatever it breaks, but not unheard.
+  for (const BrokenRecord& record : breaksOf(*session.codec, *session.lists, script, cut, false).list) {
+    const std::string told = fmt::format("{}:{}: {}:{}: {}", shownName(path), record.scriptLine, shownName(lxfPath),
+                                         record.record, record.why);
+    if (options.strict) throw Failure(fromUtf8(told));
+    session.console.error(told);
+  }
   const Merge merge = mergeWork(*session.lists, script, lxf, lxfPath, {.keepEol = options.eol == "keep"});
   std::string buffer;
   const std::string_view bytes = session.codec->toFile(merge.work, buffer);
@@ -94,6 +101,7 @@ void addImport(Verb program, Session& session) {
               {"crlf", "keep"});
   verb.flag("--like-window", options->likeWindow,
             "With --from: CR LF throughout, and untranslated texts lose their colour codes");
+  verb.flag("--strict", options->strict, "Leave one script alone, too, when a text would break one of its lines");
   verb.flag("-f,--force", options->force, "Merge exchange files that do not fit too, as the window does");
   session.addOptions(verb);
   verb.footer(kFooter);

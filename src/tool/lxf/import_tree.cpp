@@ -8,9 +8,8 @@
 #include "platform/tree_files.h"
 #include "text/text.h"
 #include "tool/run/for_each_script.h"
-#include "tool/script/exchange_file.h"
+#include "tool/script/breaks.h"
 #include "tool/script/merge.h"
-#include "tool/script/records.h"
 
 namespace dravenna {
 
@@ -61,9 +60,8 @@ Outcome TreeImport::mergeScript(const Script& script, Buffers& buffers, std::opt
     return outcome;
   };
   const ExchangeFile cut = cutExchangeFile(lxf);
-  std::size_t texts = 0;
-  forEachRecordText(scriptWork, *session_.lists, [&](std::string_view, std::string_view) { ++texts; });
-  if (const auto misfit = misfitOf(cut, lxfPath, texts)) {
+  const RecordBreaks breaks = breaksOf(*session_.codec, *session_.lists, scriptWork, cut, !options_.likeWindow);
+  if (const auto misfit = misfitOf(cut, lxfPath, breaks.texts)) {
     if (!options_.force) return refuse(shown(misfit->description()));
     outcome.warnings.push_back(shown(misfit->description()));
   }
@@ -72,6 +70,11 @@ Outcome TreeImport::mergeScript(const Script& script, Buffers& buffers, std::opt
   }
   if (lxf.empty()) return outcome;  // a script without texts, or forced with nothing to merge
 
+  for (const BrokenRecord& record : breaks.list) {
+    outcome.warnings.push_back(fmt::format("{}:{}: {}:{}: {}", shownName(script.path), record.scriptLine,
+                                           shownName(lxfPath), record.record, record.why));
+  }
+  if (!breaks.list.empty()) return refuse(fmt::format("{} would break it", shownName(lxfPath)));
   const bool likeWindow = options_.likeWindow;
   const MergeWay way{.keepEol = options_.eol.empty() ? !likeWindow : options_.eol == "keep", .keepCodes = !likeWindow};
   Merge merge;
@@ -80,8 +83,8 @@ Outcome TreeImport::mergeScript(const Script& script, Buffers& buffers, std::opt
   } catch (const Failure& failure) {
     return refuse(shown(failure.description()));
   }
-  for (std::size_t i = 0; i < cut.records.size() && i < texts; ++i) {
-    const char* const what = whatSpoilsScan(cut.records[i].text);
+  for (std::size_t i = 0; i < cut.records.size() && i < breaks.texts; ++i) {
+    const char* const what = whatLeavesExport(cut.records[i].text);
     if (what != nullptr) outcome.warnings.push_back(fmt::format("{}:{}: {}", shownName(lxfPath), i + 1, what));
   }
   if (merge.withoutCodes > 0 && !likeWindow) {

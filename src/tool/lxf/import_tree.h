@@ -14,6 +14,7 @@ struct ImportOptions {
   bool dryRun = false;
   std::string eol;  // "keep", "crlf", empty for what is usual
   bool likeWindow = false;
+  bool strict = false;
   bool force = false;
 };
 

@@ -16,6 +16,7 @@ struct PoEntry {
   bool fuzzy = false;
   std::string file;  // of the reference; empty for none
   std::size_t line = 0;
+  std::size_t ownLine = 0;  // in the PO file it was read from, of its msgid; 0 where that is not known
   std::vector<std::string> comments;
 };
 

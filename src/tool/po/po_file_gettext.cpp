@@ -11,6 +11,7 @@
 #include "text/code_page.h"
 #include "text/text.h"
 #include "tool/po/po_file.h"
+#include "tool/script/script_lines.h"
 
 namespace dravenna {
 
@@ -107,6 +108,23 @@ std::string poFileBytes(const std::string& language, const std::vector<PoEntry>&
   });
 }
 
+namespace {
+
+// The lines, from 1, of the messages that are not obsolete, the header among them.
+std::vector<std::size_t> messageLines(std::string_view bytes) {
+  std::vector<std::size_t> lines;
+  forEachLine(bytes, [&](const ScriptLine& line) {
+    const std::size_t word = line.text.find_first_not_of(" \t");
+    if (word != std::string_view::npos && line.text.substr(word).starts_with("msgid") &&
+        !line.text.substr(word).starts_with("msgid_plural")) {
+      lines.push_back(line.number + 1);
+    }
+  });
+  return lines;
+}
+
+}  // namespace
+
 std::vector<PoEntry> readPoFile(TreeFiles& files, const std::string& path) {
   std::string probe;
   files.readWhole(path, probe);  // the library's own word for a missing file ends the process
@@ -114,12 +132,17 @@ std::vector<PoEntry> readPoFile(TreeFiles& files, const std::string& path) {
   if (!file) throw Failure(fromUtf8(path) + u": cannot be read");
   refuseOtherCharset(path, file.get(), probe);
   std::vector<PoEntry> entries;
+  const std::vector<std::size_t> lines = messageLines(probe);
+  std::size_t messages = 0;
   const Iterator iterator(po_message_iterator(file.get(), nullptr));
   while (const po_message_t message = po_next_message(iterator.get())) {
     PoEntry entry;
     entry.context = orEmpty(po_message_msgctxt(message));
     entry.id = orEmpty(po_message_msgid(message));
-    if (po_message_is_obsolete(message) != 0 || (entry.context.empty() && entry.id.empty())) continue;
+    if (po_message_is_obsolete(message) != 0) continue;
+    if (messages < lines.size()) entry.ownLine = lines[messages];
+    ++messages;
+    if (entry.context.empty() && entry.id.empty()) continue;
     entry.text = orEmpty(po_message_msgstr(message));
     entry.fuzzy = po_message_is_fuzzy(message) != 0;
     if (const po_filepos_t place = po_message_filepos(message, 0); place != nullptr) {

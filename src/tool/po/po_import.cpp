@@ -121,12 +121,14 @@ void PoImport::apply(const Script& script, Entries& entries, const LoadedScript&
     const std::string now = poTextOf(*session_.codec, text->text);
     if (entry.text == now) continue;
     if (entry.id != now) {
-      warn(fmt::format("{}: left as it is: the text is not the entry's msgid", place));
+      warn(fmt::format("{}: left as it is: {}:{}: the text is not the entry's msgid", place, shownName(entries.path),
+                       entry.ownLine));
       continue;
     }
     std::string translation;
-    if (const auto failure = attempt([&] { translation = fromPoText(*session_.codec, entry.text); })) {
-      warn(fmt::format("{}: left as it is: {}", place, shown(failure->description())));
+    if (const auto failure = attempt([&] { translation = fromPoText(*session_.codec, entry.text, text->text); })) {
+      warn(fmt::format("{}: left as it is: {}:{}: {}", place, shownName(entries.path), entry.ownLine,
+                       shown(failure->description())));
       continue;
     }
     const auto begin = static_cast<std::size_t>(text->text.data() - loaded.work.data());

@@ -6,6 +6,7 @@
 
 #include "platform/failure.h"
 #include "text/text.h"
+#include "tool/script/breaks.h"
 #include "tool/script/merge.h"
 
 namespace dravenna {
@@ -32,7 +33,7 @@ std::string poTextOf(const Codec& codec, std::string_view work) { return utf8Of(
 
 std::string poNameOf(std::string_view name) { return utf8Of(fromUtf8(name)); }
 
-std::string fromPoText(const Codec& codec, std::string_view text) {
+std::string fromPoText(const Codec& codec, std::string_view text, std::string_view before) {
   std::u16string wide = fromUtf8(text);
   for (char16_t& unit : wide) {
     if (unit >= kFirstOpaque && unit <= kLastOpaque) unit = static_cast<char16_t>(0xDC80 + (unit - kFirstOpaque));
@@ -40,9 +41,11 @@ std::string fromPoText(const Codec& codec, std::string_view text) {
   std::string work;
   const std::size_t bad = codec.encode(wide, work);
   if (bad != std::u16string::npos) {
-    throw Failure(u"the code page has no " + wide.substr(bad, isHighSurrogate(wide[bad]) ? 2 : 1));
+    throw Failure(fromUtf8(fmt::format("code page {} has no U+{:04X}; --codepage names another", codec.page().number(),
+                                       static_cast<unsigned>(readUtf16(wide, bad).code))));
   }
-  if (const char* const spoils = whatSpoilsScan(work)) throw Failure(fromUtf8(spoils));
+  if (const auto breaks = breaksOf(codec, before, work); !breaks.empty()) throw Failure(fromUtf8(breaks[0].why));
+  if (const char* const spoils = whatLeavesExport(work)) throw Failure(fromUtf8(spoils));
   return work;
 }
 

@@ -13,8 +13,8 @@ namespace dravenna {
 std::string poTextOf(const Codec& codec, std::string_view work);
 std::string poNameOf(std::string_view name);
 
-// The way back. Throws Failure that says why the text cannot stand in a script.
-std::string fromPoText(const Codec& codec, std::string_view text);
+// The way back. Throws Failure that says why the text cannot stand in a script in the place of the text `before`.
+std::string fromPoText(const Codec& codec, std::string_view text, std::string_view before);
 
 // Whether a text can be a message at all.
 bool fitsPo(std::string_view work);

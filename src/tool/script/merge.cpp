@@ -36,11 +36,7 @@ Merge mergeWork(const CommandLists& lists, std::string_view script, std::string_
   return merge;
 }
 
-const char* whatSpoilsScan(std::string_view text) {
-  if (text.find('"') != std::string_view::npos) return "a quote mark in a text breaks the script's line";
-  if (text.find("//") != std::string_view::npos)
-    return "// in a text turns the rest of the script's line into a comment";
-  if (text.find('\n') != std::string_view::npos) return "a line end in a text breaks the script's line";
+const char* whatLeavesExport(std::string_view text) {
   if (!text.empty() && text.front() == '[') return "a [ at the beginning takes the text out of the next export";
   if (!text.empty() && text.back() == ']') return "a ] at the end takes the text out of the next export";
   return nullptr;

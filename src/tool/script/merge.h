@@ -26,7 +26,7 @@ struct MergeWay {
 Merge mergeWork(const CommandLists& lists, std::string_view script, std::string_view lxf, const std::string& lxfName,
                 MergeWay way);
 
-// Why a text would spoil the next scan of its script, or null.
-const char* whatSpoilsScan(std::string_view text);
+// Why the next export would lack a text, or null.
+const char* whatLeavesExport(std::string_view text);
 
 }  // namespace dravenna

@@ -1,0 +1,85 @@
+#include "tool/script/breaks.h"
+
+#include <fmt/core.h>
+
+#include <algorithm>
+
+#include "tool/script/records.h"
+
+namespace dravenna {
+
+namespace {
+
+std::size_t backslashesBefore(std::string_view text, std::size_t end) {
+  std::size_t count = 0;
+  while (count < end && text[end - count - 1] == '\\') ++count;
+  return count;
+}
+
+bool isControl(char c) { return (static_cast<unsigned char>(c) < 0x20 && c != '\t') || c == 0x7F; }
+
+std::optional<Break> backslashBreak(const Codec& codec, std::string_view before, std::string_view now) {
+  const std::size_t run = backslashesBefore(now, now.size());
+  const bool odd = run % 2 != 0;
+  const bool wasOdd = backslashesBefore(before, before.size()) % 2 != 0;
+  const std::size_t at = now.size() - run;
+  if (odd && !wasOdd) return Break{"backslash", at, "a backslash at the end takes the quote mark into the text"};
+  if (!odd && wasOdd) return Break{"backslash", at, "no single backslash at the end, which the text had"};
+  if (isEscaped(codec, now, now.size()) == isEscaped(codec, before, before.size())) return std::nullopt;
+  return Break{"backslash", at,
+               "servers take the backslash at the end otherwise than before: behind a byte above 0x7E it is no escape"};
+}
+
+}  // namespace
+
+bool isEscaped(const Codec& codec, std::string_view text, std::size_t quote) {
+  const std::size_t run = backslashesBefore(text, quote);
+  if (run == 0) return false;
+  std::string buffer;
+  const std::string_view head = codec.toFile(text.substr(0, quote - run), buffer);
+  const bool behindHigh = !head.empty() && static_cast<unsigned char>(head.back()) > 0x7E;
+  return (run - (behindHigh ? 1 : 0)) % 2 != 0;
+}
+
+std::vector<Break> breaksOf(const Codec& codec, std::optional<std::string_view> before, std::string_view now) {
+  std::vector<Break> breaks;
+  if (before == now) return breaks;
+  if (const std::size_t at = now.find('"'); at != std::string_view::npos) {
+    breaks.push_back({"quote-mark", at, "a quote mark in a text breaks the script's line"});
+  }
+  if (const std::size_t at = now.find("//"); at != std::string_view::npos) {
+    breaks.push_back({"comment-in-text", at, "// in a text turns the rest of the script's line into a comment"});
+  }
+  const auto control = std::find_if(now.begin(), now.end(), [&](char c) {
+    return isControl(c) && (!before || before->find(c) == std::string_view::npos);
+  });
+  if (control != now.end()) {
+    breaks.push_back({"control", static_cast<std::size_t>(control - now.begin()),
+                      fmt::format("a control character, U+{:04X}, in a text", static_cast<unsigned>(*control))});
+  }
+  if (!before) return breaks;
+  if (auto backslash = backslashBreak(codec, *before, now)) breaks.push_back(std::move(*backslash));
+  return breaks;
+}
+
+RecordBreaks breaksOf(const Codec& codec, const CommandLists& lists, std::string_view script, const ExchangeFile& lxf,
+                      bool keepCodes) {
+  RecordBreaks breaks;
+  const char* before = nullptr;
+  forEachRecordText(script, lists, [&](std::string_view raw, std::string_view plain) {
+    const std::size_t i = breaks.texts++;
+    // What has no line end is put in only where the line of the text before runs on into it.
+    const bool runsOn = before != nullptr && std::find(before, raw.data(), '\n') == raw.data();
+    before = raw.data();
+    if (i > lxf.records.size() || (i == lxf.records.size() && !runsOn)) return;
+    const std::string_view now = i < lxf.records.size() ? lxf.records[i].text : cutRecord(lxf.rest).text;
+    if (keepCodes && now == plain) return;
+    for (Break& found : breaksOf(codec, raw, now)) {
+      const auto line = std::count(script.data(), raw.data(), '\n') + 1;
+      breaks.list.push_back({static_cast<std::size_t>(line), i + 1, std::move(found.why)});
+    }
+  });
+  return breaks;
+}
+
+}  // namespace dravenna

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "tool/script/codec.h"
+#include "tool/script/exchange_file.h"
+
+// What would break a script for the next scan or for the servers that read it. All texts are work bytes.
+namespace dravenna {
+
+struct Break {
+  const char* kind;  // of the findings of `check`
+  std::size_t offset;
+  std::string why;
+};
+
+// What breaks the line when `now` takes the place of the text `before`, of each kind the first. Without `before` only
+// what can be told from `now` alone. A text that is as before breaks nothing.
+std::vector<Break> breaksOf(const Codec& codec, std::optional<std::string_view> before, std::string_view now);
+
+// Whether servers take a quote mark at `quote` for a character of the text: an odd number of backslashes stands in
+// front, where a first one behind a byte above 0x7E is no escape.
+bool isEscaped(const Codec& codec, std::string_view text, std::size_t quote);
+
+// What an import of an exchange file would break, with lines from 1.
+struct BrokenRecord {
+  std::size_t scriptLine;
+  std::size_t record;
+  std::string why;
+};
+struct RecordBreaks {
+  std::size_t texts = 0;  // of the script that take a record
+  std::vector<BrokenRecord> list;
+};
+
+// With `keepCodes` a record that is its text without colour codes changes nothing.
+RecordBreaks breaksOf(const Codec& codec, const CommandLists& lists, std::string_view script, const ExchangeFile& lxf,
+                      bool keepCodes);
+
+}  // namespace dravenna
