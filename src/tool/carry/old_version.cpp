@@ -9,6 +9,7 @@
 #include "platform/failure.h"
 #include "platform/tree_files.h"
 #include "tool/script/align.h"
+#include "tool/script/exchange_file.h"
 
 namespace dravenna {
 
@@ -90,7 +91,8 @@ std::vector<Translation> OldVersion::translationsFor(const std::string& relative
     std::string buffer;
     std::vector<Translation> translations(old.records.size());
     const std::string_view lxf = readWork(session_, lxfPath, file, buffer);
-    const auto misfit = attempt([&] { translations = translationsFromExchange(old, lxf, lxfPath); });
+    auto misfit = wrongEncodingOf(file, lxfPath, old.file, session_.codec->page());
+    if (!misfit) misfit = attempt([&] { translations = translationsFromExchange(old, lxf, lxfPath); });
     carried.unfit = misfit.has_value();
     if (misfit) carried.warning = fmt::format("not used: {}", shown(misfit->description()));
     return translations;

@@ -162,9 +162,9 @@ void Check::checkOneExchangeFile(const Script& script, Buffers& buffers, Finding
   std::string& file = buffers.file;
   std::string_view lxf = readWork(session_, script.path, file, buffers.work);
   if (checkUtf16(findings, file)) return;
-  if (constexpr std::string_view kMark = "\xEF\xBB\xBF"; file.compare(0, kMark.size(), kMark) == 0) {
+  if (file.starts_with(kUtf8Mark)) {
     findings.list().push_back({1, 1, "lxf-order", "begins with a byte order mark, which is no part of a number"});
-    file.erase(0, kMark.size());
+    file.erase(0, kUtf8Mark.size());
     lxf = session_.codec->toWork(file, buffers.work);
   }
   checkEncoding(findings, file, lxf);

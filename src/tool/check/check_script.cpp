@@ -105,21 +105,9 @@ const std::vector<FindingKind>& findingKinds() {
 }
 
 bool checkUtf16(Findings& findings, std::string_view file) {
-  const std::string_view mark = file.substr(0, 2);
-  bool wide = mark == "\xFF\xFE" || mark == "\xFE\xFF";
-  // Without a mark: ASCII characters, each beside a NUL.
-  constexpr std::size_t kLooked = 16;
-  if (const std::size_t units = std::min(file.size(), kLooked) / 2; !wide && units >= 2) {
-    std::size_t first = 0;
-    std::size_t second = 0;
-    for (std::size_t i = 0; i < units; ++i) {
-      if (file[2 * i] == '\0') ++first;
-      if (file[2 * i + 1] == '\0') ++second;
-    }
-    wide = (first == units && second == 0) || (second == units && first == 0);
-  }
-  if (wide) findings.list().push_back({1, 1, "utf16", "the file is UTF-16, which is read in no code page"});
-  return wide;
+  if (!isUtf16(file)) return false;
+  findings.list().push_back({1, 1, "utf16", "the file is UTF-16, which is read in no code page"});
+  return true;
 }
 
 void checkEncoding(Findings& findings, std::string_view file, std::string_view work) {

@@ -25,9 +25,9 @@ constexpr char kFooter[] =
 
 // What is odd about the file although it is merged all the same.
 void warnOfOddities(Session& session, const std::string& path, const ExchangeFile& lxf, std::size_t texts,
-                    bool wrongPage) {
+                    const std::optional<Failure>& wrongEncoding) {
+  if (wrongEncoding) session.console.warning(shown(wrongEncoding->description()));
   if (const auto misfit = misfitOf(lxf, path, texts)) session.console.warning(shown(misfit->description()));
-  if (wrongPage) session.console.warning(fmt::format("{}: {}", shownName(path), kUtf8InAnotherPage));
   for (std::size_t i = 0; i < lxf.records.size() && i < texts; ++i) {
     const char* const what = whatLeavesExport(lxf.records[i].text);
     if (what != nullptr) session.console.warning(fmt::format("{}:{}: {}", shownName(path), i + 1, what));
@@ -65,7 +65,7 @@ void importOne(Session& session, const ImportOptions& options) {
   const Merge merge = mergeWork(*session.lists, script, lxf, lxfPath, {.keepEol = options.eol == "keep"});
   std::string buffer;
   const std::string_view bytes = session.codec->toFile(merge.work, buffer);
-  warnOfOddities(session, lxfPath, cut, merge.texts, isUtf8InAnotherPage(session.codec->page(), lxfFile, file));
+  warnOfOddities(session, lxfPath, cut, merge.texts, wrongEncodingOf(lxfFile, lxfPath, file, session.codec->page()));
   if (path == "-") {
     if (!writeStandardOutput(bytes)) session.console.fail();
     return;

@@ -61,12 +61,11 @@ Outcome TreeImport::mergeScript(const Script& script, Buffers& buffers, std::opt
   };
   const ExchangeFile cut = cutExchangeFile(lxf);
   const RecordBreaks breaks = breaksOf(*session_.codec, *session_.lists, scriptWork, cut, !options_.likeWindow);
-  if (const auto misfit = misfitOf(cut, lxfPath, breaks.texts)) {
+  for (const auto& misfit : {wrongEncodingOf(buffers.otherFile, lxfPath, file, session_.codec->page()),
+                             misfitOf(cut, lxfPath, breaks.texts)}) {
+    if (!misfit) continue;
     if (!options_.force) return refuse(shown(misfit->description()));
     outcome.warnings.push_back(shown(misfit->description()));
-  }
-  if (isUtf8InAnotherPage(session_.codec->page(), buffers.otherFile, file)) {
-    outcome.warnings.push_back(fmt::format("{}: {}", shownName(lxfPath), kUtf8InAnotherPage));
   }
   if (lxf.empty()) return outcome;  // a script without texts, or forced with nothing to merge
 

@@ -11,6 +11,7 @@
 #include "text/code_page.h"
 #include "text/text.h"
 #include "tool/po/po_file.h"
+#include "tool/script/codec.h"
 #include "tool/script/script_lines.h"
 
 namespace dravenna {
@@ -128,6 +129,8 @@ std::vector<std::size_t> messageLines(std::string_view bytes) {
 std::vector<PoEntry> readPoFile(TreeFiles& files, const std::string& path) {
   std::string probe;
   files.readWhole(path, probe);  // the library's own word for a missing file ends the process
+  if (isUtf16(probe)) throw Failure(fromUtf8(path) + u": it is UTF-16, and a PO file must be UTF-8");
+  if (probe.starts_with(kUtf8Mark)) throw Failure(fromUtf8(path) + u": it begins with a byte order mark");
   const File file(po_file_read(path.c_str(), &kHandler));
   if (!file) throw Failure(fromUtf8(path) + u": cannot be read");
   refuseOtherCharset(path, file.get(), probe);

@@ -104,6 +104,19 @@ bool isUtf8(std::string_view bytes) {
   return true;
 }
 
+bool isUtf16(std::string_view bytes) {
+  if (bytes.starts_with("\xFF\xFE") || bytes.starts_with("\xFE\xFF")) return true;
+  constexpr std::size_t kLooked = 16;
+  const std::size_t units = std::min(bytes.size(), kLooked) / 2;
+  std::size_t first = 0;
+  std::size_t second = 0;
+  for (std::size_t i = 0; i < units; ++i) {
+    if (bytes[2 * i] == '\0') ++first;
+    if (bytes[2 * i + 1] == '\0') ++second;
+  }
+  return units >= 2 && ((first == units && second == 0) || (second == units && first == 0));
+}
+
 std::string_view Codec::toWork(std::string_view file, std::string& buffer) const {
   if (direct() || isAscii(file)) return file;
   buffer.clear();

@@ -57,6 +57,9 @@ class PlaceCounter {
 
 bool isAscii(std::string_view bytes);
 bool isUtf8(std::string_view bytes);  // every byte of it
+// By its mark, or its ASCII characters each beside a NUL.
+bool isUtf16(std::string_view bytes);
+inline constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";  // the byte order mark
 
 // UTF-8 for terminals, tables and JSON. A byte that the page lacks and a control character stand as \xHH in escaped
 // text; tab, line ends and the backslash as \t, \n, \r, \\. In JSON the byte is the lone surrogate \udcXX.

@@ -37,7 +37,6 @@ std::string whyNoFit(const ExchangeFile& file, std::size_t texts) {
   if (!file.rest.empty()) return "its last line has no line end: that record would be lost";
   for (std::size_t i = 0; i < file.records.size(); ++i) {
     if (!file.records[i].hasColon) return fmt::format("line {} has no number and colon", i + 1);
-    if (i == 0 && file.records[i].number.starts_with("\xEF\xBB\xBF")) return "it begins with a byte order mark";
     if (!bearsNumber(file.records[i], i + 1)) {
       return fmt::format("line {} bears the number {}, not {}", i + 1, shownName(file.records[i].number), i + 1);
     }
@@ -56,9 +55,21 @@ std::optional<Failure> misfitOf(const ExchangeFile& file, const std::string& nam
   return Failure(fromUtf8(name) + u": " + fromUtf8(why));
 }
 
-bool isUtf8InAnotherPage(const CodePage& page, std::string_view exchangeFile, std::string_view script) {
-  const auto isWide = [](std::string_view bytes) { return !isAscii(bytes) && isUtf8(bytes); };
-  return !page.isUtf8() && isWide(exchangeFile) && !isWide(script);
+std::optional<Failure> wrongEncodingOf(std::string_view exchangeFile, const std::string& name, std::string_view script,
+                                       const CodePage& page) {
+  const char16_t* why = nullptr;
+  if (isUtf16(exchangeFile)) {
+    why = u"it is UTF-16, which is read in no code page";
+  } else if (exchangeFile.starts_with(kUtf8Mark)) {
+    why = u"it begins with a byte order mark";
+  } else if (!isAscii(exchangeFile)) {
+    const bool wide = isUtf8(exchangeFile);
+    const bool scriptIsWide = isUtf8(script) && (page.isUtf8() || !isAscii(script));
+    if (wide && !scriptIsWide && !page.isUtf8()) why = u"it is UTF-8, but is read in the code page of the scripts";
+    if (!wide && scriptIsWide) why = u"it is not UTF-8, as its script is";
+  }
+  if (why == nullptr) return std::nullopt;
+  return Failure(fromUtf8(name) + u": " + why);
 }
 
 }  // namespace dravenna

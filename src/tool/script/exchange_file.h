@@ -29,9 +29,9 @@ bool bearsNumber(const ByteRecord& record, std::size_t number);
 // records as texts, numbered from 1 in order, every line ended by CR LF.
 std::optional<Failure> misfitOf(const ExchangeFile& file, const std::string& name, std::size_t texts);
 
-// Whether an exchange file is UTF-8 whole, `page` is another code page, and the script gives no reason for that; and
-// what to tell then. Both are the bytes on disk.
-bool isUtf8InAnotherPage(const CodePage& page, std::string_view exchangeFile, std::string_view script);
-inline constexpr char kUtf8InAnotherPage[] = "it is UTF-8, but is read in the code page of the scripts";
+// Why the bytes on disk of an exchange file of that name say another encoding than the one that it is read in, `page`:
+// UTF-16, a byte order mark, or UTF-8 on one side only of file and script.
+std::optional<Failure> wrongEncodingOf(std::string_view exchangeFile, const std::string& name, std::string_view script,
+                                       const CodePage& page);
 
 }  // namespace dravenna
