@@ -144,6 +144,7 @@ Outcome Update::updateScript(const Script& script, const OldVersion& oldVersion)
   const auto failure = attempt([&] {
     std::string buffer;
     const std::string target = joinPath(options_.out, withExtension(script.relative, ".lxf"));
+    if (fresh->records.empty() && session_.files->pathKind(target) == PathKind::Missing) return;
     session_.outputs->write(target, session_.codec->toFile(lxf, buffer), Outputs::Kind::ExchangeFile, options_.force);
   });
   if (failure) outcome.error = shown(failure->description());

@@ -92,6 +92,7 @@ void exportTree(Session& session, const Options& options) {
   const std::vector<Script> scripts = collectScripts(session, options.paths);
   makeFoldersFor(session, scripts, options.out);
   std::size_t files = 0;
+  std::size_t empty = 0;  // scripts without texts
   std::size_t records = 0;
   constexpr std::size_t kKept = static_cast<std::size_t>(-1);
   forEachScript<std::size_t>(
@@ -101,6 +102,8 @@ void exportTree(Session& session, const Options& options) {
         if (options.noClobber && session.files->pathKind(target) == PathKind::File) return kKept;
         const std::string_view work = readWork(session, script.path, buffers.file, buffers.work);
         const std::size_t count = exportWork(work, *session.lists, options.keepCodes, buffers.out);
+        // A script without texts has no exchange file; one that is there may be a translation and is told of.
+        if (count == 0 && session.files->pathKind(target) == PathKind::Missing) return count;
         session.outputs->write(target, session.codec->toFile(buffers.out, buffers.work), Outputs::Kind::ExchangeFile,
                                options.force);
         return count;
@@ -109,12 +112,18 @@ void exportTree(Session& session, const Options& options) {
         if (count == kKept) {
           session.console.note(fmt::format("{}: kept", shownName(targetOf(script, options.out))));
         } else {
-          ++files;
+          ++(count == 0 ? empty : files);
           records += count;
         }
         return true;
       });
-  session.console.note(fmt::format("{} exported, {}", counted(files, "script"), counted(records, "record")));
+  if (empty > 0 && files == 0) {
+    session.console.warning("no script has a text for an exchange file");
+    session.console.fail();
+  }
+  std::string summary = fmt::format("{} exported, {}", counted(files, "script"), counted(records, "record"));
+  if (empty > 0) summary += fmt::format(", {} without texts", empty);
+  session.console.note(summary);
 }
 
 void run(Session& session, const Options& options) {

@@ -146,6 +146,11 @@ void TreeImport::run() {
       });
   if (interrupted()) return session_.console.error("Interrupted; every script is the old or the new one");
   const auto count = [&](Fate fate) { return fates_[static_cast<std::size_t>(fate)]; };
+  if (!scripts_.empty() && count(Fate::NoExchangeFile) == scripts_.size()) {
+    session_.console.warning(
+        fmt::format("{}: no exchange file of any of the scripts is there", shownName(options_.from)));
+    session_.console.fail();
+  }
   // A whole tree has scripts that nobody translates; a folder of exchange files is seldom left over.
   if (session_.include.empty() && session_.exclude.empty()) findStrays();
   session_.console.note(

@@ -215,6 +215,10 @@ void PoExport::run() {
   placeStaged();
   flushFolders(session_, folders_);
   if (left_ > kMostWarnings) session_.console.warning(fmt::format("and {} more left out", left_ - kMostWarnings));
+  if (!scripts.empty() && messages == 0 && !options_.forServer) {
+    session_.console.warning("no script has a text for a PO file");
+    session_.console.fail();
+  }
   session_.console.note(fmt::format("{}, {}", counted(scripts.size(), "script"),
                                     options_.forServer ? "written for the server" : counted(messages, "message")));
 }
