@@ -29,6 +29,7 @@ struct FileIdentity {
 class TreeFiles {
  public:
   using Chooser = std::function<bool(const std::string& relative)>;
+  using Hearer = std::function<void(const std::string& relative)>;
 
   virtual ~TreeFiles() = default;
 
@@ -40,9 +41,10 @@ class TreeFiles {
 
   // The files below a folder, as paths relative to it with `/` between their names, sorted by bytes. Links to files
   // count as files, links to folders are not entered. `enter` says whether a folder below is looked into, `take`
-  // whether a file is wanted. Fails when a folder cannot be read.
+  // whether a file is wanted; `passedBy`, where there is one, hears of each link to a folder. Fails when a folder
+  // cannot be read.
   virtual std::vector<std::string> filesBelow(const std::filesystem::path& folder, const Chooser& enter,
-                                              const Chooser& take) = 0;
+                                              const Chooser& take, const Hearer& passedBy = {}) = 0;
 
   // The whole file into a buffer that is used again.
   virtual void readWhole(const std::filesystem::path& path, std::string& bytes) = 0;

@@ -20,7 +20,7 @@ namespace {
 namespace fs = std::filesystem;
 
 void listFolder(const fs::path& folder, const std::string& relative, const TreeFiles::Chooser& enter,
-                const TreeFiles::Chooser& take, std::vector<std::string>& out) {
+                const TreeFiles::Chooser& take, const TreeFiles::Hearer& passedBy, std::vector<std::string>& out) {
   std::error_code error;
   fs::directory_iterator entries(folder, error);
   if (error) throw SystemFailure(error.value(), folder.native());
@@ -29,7 +29,8 @@ void listFolder(const fs::path& folder, const std::string& relative, const TreeF
     std::string name = relative + entry.path().filename().native();
     const bool link = entry.is_symlink(error);
     if (entry.is_directory(error)) {
-      if (!link && enter(name)) listFolder(entry.path(), name + "/", enter, take, out);
+      if (!link && enter(name)) listFolder(entry.path(), name + "/", enter, take, passedBy, out);
+      if (link && passedBy) passedBy(name);
     } else if (entry.is_regular_file(error) && take(name)) {
       out.push_back(std::move(name));
     }
@@ -58,9 +59,10 @@ class PosixTreeFiles : public TreeFiles {
     return std::nullopt;
   }
 
-  std::vector<std::string> filesBelow(const fs::path& folder, const Chooser& enter, const Chooser& take) override {
+  std::vector<std::string> filesBelow(const fs::path& folder, const Chooser& enter, const Chooser& take,
+                                      const Hearer& passedBy) override {
     std::vector<std::string> out;
-    listFolder(folder, {}, enter, take, out);
+    listFolder(folder, {}, enter, take, passedBy, out);
     std::sort(out.begin(), out.end());
     return out;
   }

@@ -52,7 +52,7 @@ class FolderListing {
 };
 
 void listFolder(const fs::path& folder, const std::string& relative, const Chooser& enter, const Chooser& take,
-                std::vector<std::string>& out) {
+                const TreeFiles::Hearer& passedBy, std::vector<std::string>& out) {
   FolderListing listing(folder);
   while (const WIN32_FIND_DATAW* entry = listing.next()) {
     const std::wstring_view file = entry->cFileName;
@@ -61,7 +61,8 @@ void listFolder(const fs::path& folder, const std::string& relative, const Choos
     if (isFolder(entry->dwFileAttributes)) {
       const bool link = (entry->dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 &&
                         IsReparseTagNameSurrogate(entry->dwReserved0);
-      if (!link && enter(name)) listFolder(folder / file, name + "/", enter, take, out);
+      if (!link && enter(name)) listFolder(folder / file, name + "/", enter, take, passedBy, out);
+      if (link && passedBy) passedBy(name);
     } else if (take(name)) {
       out.push_back(std::move(name));
     }
@@ -92,9 +93,10 @@ class WindowsTreeFiles : public TreeFiles {
                         !isFolder(about.dwFileAttributes) && ::GetFileType(file.handle()) == FILE_TYPE_DISK};
   }
 
-  std::vector<std::string> filesBelow(const fs::path& folder, const Chooser& enter, const Chooser& take) override {
+  std::vector<std::string> filesBelow(const fs::path& folder, const Chooser& enter, const Chooser& take,
+                                      const Hearer& passedBy) override {
     std::vector<std::string> out;
-    listFolder(folder, {}, enter, take, out);
+    listFolder(folder, {}, enter, take, passedBy, out);
     std::sort(out.begin(), out.end());
     return out;
   }

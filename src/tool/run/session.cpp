@@ -91,11 +91,18 @@ std::vector<Script> collectScripts(Session& session, const std::vector<std::stri
       }
       bool found = false;
       const auto wanted = [&](const std::string& relative) { return !matchesAny(session.exclude, relative); };
-      for (std::string& relative : session.files->filesBelow(argument, wanted, [&](const std::string& relative) {
-             // Without --include, UP.TXT is a script as any other.
-             return matchesAny(include, session.include.empty() ? lowerAsciiOf(relative) : relative) &&
-                    wanted(relative);
-           })) {
+      for (std::string& relative : session.files->filesBelow(
+               argument, wanted,
+               [&](const std::string& relative) {
+                 // Without --include, UP.TXT is a script as any other.
+                 return matchesAny(include, session.include.empty() ? lowerAsciiOf(relative) : relative) &&
+                        wanted(relative);
+               },
+               [&](const std::string& link) {
+                 if (wanted(link))
+                   session.console.warning(
+                       fmt::format("{}: a link to a folder, not entered", shownName(joinPath(argument, link))));
+               })) {
         add({joinPath(argument, relative), relative});
         found = true;
       }
