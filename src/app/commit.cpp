@@ -17,7 +17,9 @@ void Principal::commit() {
   // A black box holds what was selected when it took it: nobody has typed, though other brackets may be selected now.
   if (typed != N.SelText() && (wasElsewhere || EDT.BackColor != kBlack)) {
     const std::u16string_view text = neverEmpty(typed);
-    if (N.SelColor() == clrTitle) {
+    const bool title = N.SelColor() == clrTitle;
+    platform_.commits.committing(Ini, N.SelText(), text, N.SelStart() > Ini, title);
+    if (title) {
       ReplaceTitle(text);
     } else {
       UndoText = N.SelText();

@@ -6,10 +6,12 @@ void Principal::mnu_Abrir_Click() { OpenScript(); }
 
 void Principal::OpenScript() {
   try {
+    bool declined = false;
     if (Modified) {
       const Answer answer = say(words::mnuSaveBeforeOpen, kQuestionYesNoCancel);
       if (answer == Answer::Cancel) return;
       if (answer == Answer::Yes) Salvar();
+      declined = answer == Answer::No;
     }
     CMD.FileName.clear();
     CMD.DialogTitle = read(registry_, words::dialogOpen);
@@ -20,6 +22,7 @@ void Principal::OpenScript() {
     }
     platform_.windowing.ShowOpen(CMD);
     if (CMD.FileName.empty()) return;
+    if (declined) platform_.commits.declined();
     ScriptPath = CMD.FileName;
     write(registry_, settings::File, ScriptPath);
     LoadScript();
@@ -42,9 +45,11 @@ void Principal::Salvar() {
     return;
   }
   const std::optional<Failure> kept = attempt([&] {
+    platform_.commits.replacing(ScriptPath);
     const auto file = platform_.files.CreateTextFile(ScriptPath, Writing::Replace);
     file->Write(N.Text());
     file->Close();
+    platform_.commits.saved();
     Modified = false;
     say(read(registry_, words::FileSaved) + u"\r\n\r\n" + ScriptPath, kInformation);
   });
@@ -54,7 +59,13 @@ void Principal::Salvar() {
 void Principal::mnu_Salir_Click() { platform_.windowing.unloadMainForm(); }
 
 void Principal::Form_Unload() {
-  if (Modified && say(words::SaveBeforeExit, kQuestionYesNo) == Answer::Yes) Salvar();
+  if (Modified) {
+    if (say(words::SaveBeforeExit, kQuestionYesNo) == Answer::Yes) {
+      Salvar();
+    } else {
+      platform_.commits.declined();
+    }
+  }
   closeSearch();
   if (!LastSearch.empty()) write(registry_, settings::LastSearch, LastSearch);
 }

@@ -76,6 +76,7 @@ void Principal::LoadScript() {
   } else {
     N.setSelStart(0);
   }
+  platform_.commits.loaded(ScriptPath, !kept);
   if (kept) {
     sayFailure(*kept);
     return;

@@ -19,6 +19,7 @@
 namespace dravenna {
 
 class Principal;
+struct JournalledCommit;
 
 // Virtual key codes and modifier bits as the handlers take them.
 constexpr std::int16_t kKeyEnter = 13, kKeyEsc = 27, kKeyUp = 38, kKeyDown = 40, kKeyE = 69, kKeyF = 70, kKeyG = 71,
@@ -115,6 +116,9 @@ class Principal {
   void N_MouseUp();
   // The whole way of a key through the handlers, in their order. What passes is left to the control with the focus.
   KeyOutcome dispatchKey(const KeyEvent& key);
+
+  // Commits a text as it has been before; what stands there already is let be. False where another text stands.
+  bool retype(const JournalledCommit& commit);
 
   // Exchange files.
   void mnu_Export_Click();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/commit_log.h"
 #include "platform/failure.h"
 #include "platform/process.h"
 #include "platform/registry_calls.h"
@@ -14,6 +15,7 @@ struct Platform {
   RegistryCalls& registry;
   Process& process;
   Windowing& windowing;
+  CommitLog& commits = CommitLog::none();
 };
 
 }  // namespace dravenna

@@ -119,7 +119,7 @@ class CoreDriver : public Driver, private Windowing {
     closed_ = searchActive_ = searchLostFocus_ = false;
     mainFocus_ = Control::None;
     form_ = std::make_unique<Principal>(
-        Platform{surroundings_.files, surroundings_.registry, surroundings_.process, *this});
+        Platform{surroundings_.files, surroundings_.registry, surroundings_.process, *this, surroundings_.commits});
     form_->Form_Load();
     if (mainFocus_ == Control::None) mainFocus_ = form_->N.TabStop ? Control::N : Control::EDT;
     settle();

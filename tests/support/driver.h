@@ -37,6 +37,7 @@ struct Surroundings {
   Stage& stage;
   // Runs the steps that belong to a picker, until it has hidden itself.
   std::function<void(ColorPick&)> stepsOfPicker;
+  CommitLog& commits = CommitLog::none();
 };
 
 // Does the steps of a scenario and reads what is then to be seen. Steps that cannot be done throw ScenarioError.

@@ -15,8 +15,9 @@ namespace dravenna {
 // nothing: boxes get their default answer, file dialogs the name that waits in the stage or the one that they offer.
 class QuietForm {
  public:
-  QuietForm(std::unique_ptr<TextFiles> files, std::unique_ptr<RegistryCalls> registry, std::u16string_view line = {})
-      : files_(std::move(files)), registry_(std::move(registry)) {
+  QuietForm(std::unique_ptr<TextFiles> files, std::unique_ptr<RegistryCalls> registry, std::u16string_view line = {},
+            CommitLog& commits = CommitLog::none())
+      : files_(std::move(files)), registry_(std::move(registry)), commits_(commits) {
     stage.takesOffers = true;
     driver_->start(line);
   }
@@ -58,9 +59,10 @@ class QuietForm {
 
   FailingTextFiles files_;
   std::unique_ptr<RegistryCalls> registry_;
+  CommitLog& commits_;
   ScriptedProcess process_{u"/opt/dravenna"};
   std::unique_ptr<Driver> driver_ =
-      makeCoreDriver({files_, *registry_, process_, stage, [this](ColorPick& picker) { click(picker); }});
+      makeCoreDriver({files_, *registry_, process_, stage, [this](ColorPick& picker) { click(picker); }, commits_});
 };
 
 }  // namespace dravenna
