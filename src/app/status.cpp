@@ -33,8 +33,10 @@ const Status::Words& Status::words() {
 }
 
 Status::Parts Status::parts() {
-  if (!form_.Modified) disk_.noteText(form_.ScriptPath, form_.N.Text());
   Parts parts;
+  parts.rescued = rescued_;
+  if (!wanted()) return parts;
+  if (!form_.Modified) disk_.noteText(form_.ScriptPath, form_.N.Text());
   if (noticeUses_ == disk_.uses()) parts.notice = notice_;
   parts.page = pageName(disk_.codePage());
   if (form_.Modified) parts.modified = words().modified;
@@ -48,6 +50,10 @@ Status::Parts Status::parts() {
 
 void Status::lookAtDisk() {
   if (disk_.changed(form_.ScriptPath)) setNotice(read(form_.registry(), desktop_words::ChangedOnDisk));
+}
+
+void Status::setRescued(std::size_t finds) {
+  rescued_ = finds == 0 ? std::u16string() : readFilled(form_.registry(), desktop_words::Rescued, number(finds));
 }
 
 void Status::setNotice(std::u16string notice) {

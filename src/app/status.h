@@ -17,7 +17,7 @@ class Status {
  public:
   // Each is empty where there is nothing to say.
   struct Parts {
-    std::u16string notice, text, line, page, modified;
+    std::u16string rescued, notice, text, line, page, modified;
     bool operator==(const Parts&) const = default;
   };
 
@@ -27,7 +27,11 @@ class Status {
   // Whether the settings want it; they are asked once.
   bool wanted();
 
+  // What was found is told in any case.
   Parts parts();
+
+  // How many finds of the rescue folder wait.
+  void setRescued(std::size_t finds);
 
   // Looks whether another program has changed the script's file.
   void lookAtDisk();
@@ -46,7 +50,7 @@ class Status {
   TextCount count_;
   std::optional<bool> wanted_;
   std::optional<Words> words_;  // read at the first use: a step does not go to the store
-  std::u16string notice_;
+  std::u16string notice_, rescued_;
   std::uint64_t noticeUses_ = 0;
 };
 

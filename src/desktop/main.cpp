@@ -134,7 +134,8 @@ int runWindow(const Arguments& arguments, char** argv, std::chrono::steady_clock
   const std::unique_ptr<TextFiles> files = makeTextFiles(systemCodePage());
   const std::unique_ptr<RegistryCalls> registry = makeRegistry();
   const std::unique_ptr<Process> process = makeProcess(arguments.rest);
-  MainWindow window(*files, *registry, *process);
+  const std::unique_ptr<RescueFolder> rescue = picture ? nullptr : makeRescueFolder();
+  MainWindow window(*files, *registry, *process, rescue.get());
   if (picture) return drawPicture(window, arguments.file);
   const FirstPaint painted(*window.scriptView().viewport(), [&] {
     if (arguments.action == Arguments::Action::MeasureStart) {

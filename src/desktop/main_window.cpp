@@ -9,15 +9,19 @@
 #include "desktop/centring.h"
 #include "desktop/edit_box.h"
 #include "desktop/qt_text.h"
+#include "desktop/rescue_dialog.h"
 #include "desktop/script_view.h"
 #include "desktop/search_box.h"
 #include "desktop/status_place.h"
 #include "desktop/twips.h"
+#include "platform/system.h"
+#include "text/text.h"
 
 namespace dravenna {
 
 namespace {
 
+constexpr int kQuiet = 1000;                                           // milliseconds without input
 constexpr std::int32_t kSmallestWidth = 4500, kSmallestHeight = 4000;  // twips, frame included
 
 QFont editFont() {
@@ -34,8 +38,11 @@ QString titleOf(std::u16string_view caption) {
 
 }  // namespace
 
-MainWindow::MainWindow(TextFiles& files, RegistryCalls& registry, Process& process)
-    : onBeep(&QApplication::beep), disk_(files), principal_(Platform{disk_, registry, process, *this}) {
+MainWindow::MainWindow(TextFiles& files, RegistryCalls& registry, Process& process, RescueFolder* rescue)
+    : onBeep(&QApplication::beep),
+      disk_(files),
+      rescue_(rescue, disk_),
+      principal_(Platform{disk_, registry, process, *this, rescue_}) {
   setObjectName(QStringLiteral("Principal"));
   setAcceptDrops(true);
   buildControls();
@@ -55,6 +62,21 @@ MainWindow::MainWindow(TextFiles& files, RegistryCalls& registry, Process& proce
       },
       Qt::DirectConnection);
   statusTimer_.setSingleShot(true);
+  quietTimer_.setSingleShot(true);
+  quietTimer_.setInterval(kQuiet);
+  connect(&quietTimer_, &QTimer::timeout, this, [this] { rescue_.flush(); });
+  // Queued: what is saved takes a notice away.
+  rescue_.onFailure = [this](const Failure& failure) {
+    const std::u16string notice = readFilled(principal_.registry(), desktop_words::NotRescued, failure.description());
+    QMetaObject::invokeMethod(
+        this,
+        [this, notice] {
+          status_.setNotice(notice);
+          statusTimer_.start();
+        },
+        Qt::QueuedConnection);
+  };
+  rescue_.onFind = [this] { QMetaObject::invokeMethod(this, &MainWindow::lookForRescued, Qt::QueuedConnection); };
   connect(&statusTimer_, &QTimer::timeout, this, &MainWindow::showStatus);
   synchronise();
 }
@@ -118,6 +140,7 @@ void MainWindow::handle(const std::function<void()>& handlers) {
   if (running_ == 0) {
     synchronise();
     if (painted_) statusTimer_.start();
+    quietTimer_.start();
   }
   if (!failure.isEmpty()) messageBox(u"Error: " + fromQt(failure), kCritical, u"Dravenna");
 }
@@ -147,11 +170,47 @@ void MainWindow::synchronise() {
 }
 
 void MainWindow::showStatus() {
+  if (!looked_) lookForRescued();
+  const Status::Parts parts = status_.parts();
   if (statusPlace_ == nullptr) {
-    if (!status_.wanted()) return;
+    if (!status_.wanted() && parts.rescued.empty()) return;
     statusPlace_ = new StatusPlace(*menuBar(), this);
+    statusPlace_->onRescued = [this] { showRescued(); };
   }
-  statusPlace_->setParts(status_.parts());
+  statusPlace_->setParts(parts);
+}
+
+void MainWindow::lookForRescued() {
+  looked_ = true;
+  status_.setRescued(rescue_.finds().size());
+  statusTimer_.start();
+}
+
+void MainWindow::showRescued() {
+  if (!takesInput()) return;
+  RescueDialog dialog(rescue_, principal_.registry(), this);
+  if (dialog.exec() == QDialog::Accepted) restore(dialog.chosen());
+  lookForRescued();
+}
+
+void MainWindow::restore(const Rescue::Find& find) {
+  handle([&] {
+    if (find.texts > 0) {
+      const Rescue::Restored done =
+          rescue_.restore(find, principal_, [this](const std::u16string& path) { open(path); });
+      const auto number = [](std::size_t value) { return decimal(static_cast<std::int64_t>(value)); };
+      const std::u16string notice = readFilled(principal_.registry(), desktop_words::TextsRestored, number(done.texts));
+      status_.setNotice(replaceAll(notice, u"%2", number(done.of)));
+      return;
+    }
+    // An old content goes where the user wants it.
+    CommonDialog dialog;
+    dialog.FileName = find.path + u".old";
+    dialog.Flags = kAskBeforeOverwrite;
+    dialog.Filter = u"All files (*.*)|*.*";
+    pick(dialog, true);
+    if (!dialog.FileName.empty()) replaceBytes(dialog.FileName, rescue_.contents(find));
+  });
 }
 
 void MainWindow::tellSize() {

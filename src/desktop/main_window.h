@@ -7,6 +7,7 @@
 
 #include "app/disk_watch.h"
 #include "app/principal.h"
+#include "app/rescue.h"
 #include "app/status.h"
 #include "desktop/menu_bar.h"
 #include "platform/windowing.h"
@@ -23,7 +24,8 @@ class StatusPlace;
 // modal call and before the focus moves.
 class MainWindow : public QMainWindow, private Windowing {
  public:
-  MainWindow(TextFiles& files, RegistryCalls& registry, Process& process);
+  // Without a rescue folder, nothing is kept there.
+  MainWindow(TextFiles& files, RegistryCalls& registry, Process& process, RescueFolder* rescue = nullptr);
   ~MainWindow() override;
 
   // Runs the form's start-up, then shows the window; the script is there with the first paint.
@@ -79,7 +81,12 @@ class MainWindow : public QMainWindow, private Windowing {
   std::vector<std::u16string> scriptsIn(const QDropEvent& drop);
   void openDropped(const std::vector<std::u16string>& paths);
 
+  void lookForRescued();
+  void showRescued();
+  void restore(const Rescue::Find& find);
+
   DiskWatch disk_;
+  Rescue rescue_;
   Principal principal_;
   Status status_{principal_, disk_};
   ScriptView* N_ = nullptr;
@@ -97,7 +104,9 @@ class MainWindow : public QMainWindow, private Windowing {
   bool unloaded_ = false;
   bool busyShown_ = false;
   bool painted_ = false;  // N, for the first time
+  bool looked_ = false;   // for what was rescued
   QTimer statusTimer_;    // the status follows when all else is on the screen
+  QTimer quietTimer_;     // the user has paused
 };
 
 }  // namespace dravenna

@@ -73,6 +73,7 @@ bool MainWindow::keyPressed(const QObject* object, QKeyEvent& event) {
 void MainWindow::changeEvent(QEvent* event) {
   QMainWindow::changeEvent(event);
   if (event->type() == QEvent::WindowStateChange && started_) formResized();
+  if (event->type() == QEvent::ActivationChange && !isActiveWindow()) rescue_.flush();
   if (event->type() == QEvent::ActivationChange && isActiveWindow() && painted_ && running_ == 0) {
     status_.lookAtDisk();
     statusTimer_.start();
@@ -140,6 +141,7 @@ void MainWindow::closeEvent(QCloseEvent* event) {
   unloaded_ = true;
   EDT_->takeOver();
   handle([this] { principal_.Form_Unload(); });
+  rescue_.flush();
 }
 
 }  // namespace dravenna

@@ -3,6 +3,7 @@
 #include <QtCore/QEvent>
 #include <QtWidgets/QLabel>
 #include <QtWidgets/QMenuBar>
+#include <QtWidgets/QPushButton>
 #include <algorithm>
 
 #include "desktop/display_text.h"
@@ -26,6 +27,11 @@ StatusPlace::StatusPlace(QMenuBar& bar, QWidget* window) : QWidget(window), bar_
     label->setFont(bar_.font());
     return label;
   };
+  rescued_ = new QPushButton(this);
+  rescued_->setObjectName(QStringLiteral("Status.Rescued"));
+  rescued_->setFlat(true);
+  rescued_->setFont(bar_.font());
+  connect(rescued_, &QPushButton::clicked, this, [this] { onRescued(); });
   notice_ = part("Status.Notice");
   text_ = part("Status.Text");
   line_ = part("Status.Line");
@@ -39,6 +45,7 @@ StatusPlace::StatusPlace(QMenuBar& bar, QWidget* window) : QWidget(window), bar_
 void StatusPlace::setParts(const Status::Parts& parts) {
   if (parts == parts_) return;
   parts_ = parts;
+  rescued_->setText(displayText(parts.rescued));
   text_->setText(displayText(parts.text));
   line_->setText(displayText(parts.line));
   page_->setText(displayText(parts.page));
@@ -63,11 +70,12 @@ void StatusPlace::arrange() {
   int room = width();
   const QString notice = displayText(parts_.notice);
   notice_->setText(notice);
-  const auto give = [&room](QLabel* label) {
+  const auto give = [&room](auto* label) {
     const int wanted = label->sizeHint().width() + kGap;
     label->setVisible(!label->text().isEmpty() && wanted <= room);
     if (label->isVisibleTo(label->parentWidget())) room -= wanted;
   };
+  give(rescued_);
   give(modified_);
   give(text_);
   if (room - kGap >= kLeastNotice) {
@@ -77,7 +85,7 @@ void StatusPlace::arrange() {
   give(line_);
   give(page_);
   int x = room;
-  for (QLabel* label : {notice_, text_, line_, page_, modified_}) {
+  for (QWidget* label : std::initializer_list<QWidget*>{rescued_, notice_, text_, line_, page_, modified_}) {
     if (!label->isVisibleTo(this)) continue;
     label->setGeometry(x, 0, label->sizeHint().width(), height());
     x += label->width() + kGap;

@@ -1,12 +1,13 @@
 #pragma once
 
 #include <QtWidgets/QWidget>
-#include <array>
+#include <functional>
 
 #include "app/status.h"
 
 class QLabel;
 class QMenuBar;
+class QPushButton;
 
 namespace dravenna {
 
@@ -15,6 +16,8 @@ namespace dravenna {
 class StatusPlace : public QWidget {
  public:
   StatusPlace(QMenuBar& bar, QWidget* window);
+
+  std::function<void()> onRescued;  // the user wants to see what was found
 
   void setParts(const Status::Parts& parts);
 
@@ -26,6 +29,7 @@ class StatusPlace : public QWidget {
 
   QMenuBar& bar_;
   Status::Parts parts_;
+  QPushButton* rescued_;
   QLabel *notice_, *text_, *line_, *page_, *modified_;
 };
 

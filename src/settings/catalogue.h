@@ -40,7 +40,8 @@ extern const Setting mnuFile, mnuOpen, mnuExport, mnuImport, mnuSave, mnuExit, m
 
 // Those under kDesktopLangKey.
 namespace desktop_words {
-extern const Setting ScriptIsTarget, StatusText, StatusLine, StatusModified, ChangedOnDisk, NotOpened;
+extern const Setting ScriptIsTarget, StatusText, StatusLine, StatusModified, ChangedOnDisk, NotOpened, Rescued,
+    RescuedTexts, RescuedFile, Restore, ThrowAway, TextsRestored, NotRescued;
 }
 
 // All 34 words under kLangKey, and those under kDesktopLangKey, for whoever makes a language pack.
