@@ -11,6 +11,7 @@
 #include "desktop/qt_text.h"
 #include "desktop/search_box.h"
 #include "desktop/twips.h"
+#include "platform/rescue_folder.h"
 #include "platform/scratch_folder.h"
 #include "platform/system.h"
 #include "support/memory_registry.h"
@@ -33,7 +34,7 @@ class MainWindowTest : public testing::Test {
 
   MainWindow& start(const char16_t* line) {
     process.line = line;
-    window = std::make_unique<MainWindow>(*files, store, process);
+    window = std::make_unique<MainWindow>(*files, store, process, rescue.get());
     window->answerBy([this](std::u16string_view) { ++(window->isVisible() ? said : saidBefore); });
     window->start();
     EXPECT_TRUE(QTest::qWaitForWindowActive(window.get(), kPatience));
@@ -62,6 +63,7 @@ class MainWindowTest : public testing::Test {
   MemoryRegistry store;
   ScriptedProcess process{u"/opt/dravenna"};
   std::unique_ptr<TextFiles> files = makeTextFiles(codePageByName("1252"));
+  std::unique_ptr<RescueFolder> rescue;
   int saidBefore = 0, said = 0;  // boxes before there was a window, and since
   std::unique_ptr<MainWindow> window;
 };
@@ -203,6 +205,32 @@ TEST_F(MainWindowTest, ADroppedFileIsOpened) {
   window->showStatus();
   EXPECT_EQ(window->findChild<QLabel*>(QStringLiteral("Status.Notice"))->accessibleName(),
             QStringLiteral("Not opened: gate.txt"));
+}
+
+TEST_F(MainWindowTest, WhatWasNotSavedIsFoundAndRestored) {
+  for (const char* variable : {"XDG_STATE_HOME", "LOCALAPPDATA"}) qputenv(variable, toQt(folder.path("")).toUtf8());
+  rescue = makeRescueFolder();
+  start(u"sub/gate.txt");
+  window->handle([this] {
+    window->principal().EDT.userEdited(u"uno", 0, 0);
+    window->principal().dispatchKey({kKeyEnter, 0, 0, Control::EDT});
+  });
+  window.reset();
+  start(u"sub/gate");
+  window->showStatus();
+  auto* button = window->findChild<QPushButton*>(QStringLiteral("Status.Rescued"));
+  ASSERT_TRUE(button->isVisible());
+  QTimer::singleShot(0, window.get(), [] {
+    auto* list = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+    ASSERT_NE(list, nullptr);
+    EXPECT_EQ(list->findChild<QPlainTextEdit*>()->toPlainText().trimmed(), QStringLiteral("one\n\u2192 uno"));
+    list->accept();
+  });
+  button->click();
+  EXPECT_EQ(window->principal().N.Text(), u"mes \"uno\";\r\nmes \"two\";\r\n");
+  EXPECT_TRUE(window->principal().Modified);
+  window->showStatus();
+  EXPECT_FALSE(button->isVisible());
 }
 
 TEST_F(MainWindowTest, TheStatusTellsWhatHappensOnDisk) {
