@@ -16,17 +16,17 @@ namespace {
 using namespace std::string_literals;
 using Names = std::set<std::string>;
 
-constexpr char16_t kKey[] = u"Software\\Halvex\\Dravenna";
+constexpr char16_t kOurKey[] = u"Software\\Halvex\\Dravenna";
 const std::string kHead = "Windows Registry Editor Version 5.00\n\n";
 const std::string kKeyLine = "[HKEY_LOCAL_MACHINE\\Software\\Halvex\\Dravenna]\n";
 
 class RegistryFile : public testing::Test {
  protected:
   std::u16string get(std::u16string_view name) {
-    return Registry(*registry_).GetRegValue(HKEY_LOCAL_MACHINE_ID, kKey, name, u"default");
+    return Registry(*registry_).GetRegValue(HKEY_LOCAL_MACHINE_ID, kOurKey, name, u"default");
   }
   bool set(std::u16string_view name, std::u16string_view value) {
-    return Registry(*registry_).SetRegValue(HKEY_LOCAL_MACHINE_ID, kKey, name, value);
+    return Registry(*registry_).SetRegValue(HKEY_LOCAL_MACHINE_ID, kOurKey, name, value);
   }
 
   ScratchFolder folder_;

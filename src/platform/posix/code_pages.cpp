@@ -14,8 +14,6 @@ namespace dravenna {
 
 namespace {
 
-constexpr char16_t kNone = CodePage::kUndefined;
-
 class Converter {
  public:
   explicit Converter(const std::string& from) : state_(::iconv_open("UTF-16LE", from.c_str())) {}
@@ -39,7 +37,7 @@ class Converter {
     const bool converted = ::iconv(state_, &in, &inLeft, &out, &outLeft) != static_cast<std::size_t>(-1);
     // Pages with combining marks hold a letter back until they see what follows: this brings it out.
     const bool flushed = ::iconv(state_, nullptr, nullptr, &out, &outLeft) != static_cast<std::size_t>(-1);
-    if (!converted || !flushed || inLeft != 0 || to.size() - outLeft != 2) return kNone;
+    if (!converted || !flushed || inLeft != 0 || to.size() - outLeft != 2) return CodePage::kUndefined;
     return static_cast<char16_t>(static_cast<unsigned char>(to[0]) | static_cast<unsigned char>(to[1]) << 8);
   }
 

@@ -36,7 +36,7 @@ constexpr std::int32_t kBadParameter = 87;
 
 constexpr int kMostKept = 100;
 constexpr std::chrono::seconds kLongestWait{5};
-constexpr std::size_t kLargestFile = 64u << 20;  // bytes
+constexpr std::size_t kLargestRegistryFile = 64u << 20;  // bytes
 
 // Tells one version of the file from the next.
 struct Stamp {
@@ -208,7 +208,7 @@ class RegistryFile : public RegistryCalls {
     const struct stat status = file.status();
     if (!S_ISREG(status.st_mode)) file.fail(S_ISDIR(status.st_mode) ? EISDIR : EINVAL);
     stamp = Stamp::of(status);
-    return readWholeFile(file, kLargestFile);
+    return readWholeFile(file, kLargestRegistryFile);
   }
 
   // Waits for the lock, but not for ever: a program that hangs must not hang this one.

@@ -13,7 +13,7 @@ namespace dravenna {
 
 namespace {
 
-constexpr char kFooter[] =
+constexpr char kUpdateFooter[] =
     "--from holds the translations of OLD, as translated scripts or as exchange files. For each script of NEW an\n"
     "exchange file goes to --out that `import NEW --from DIR` takes; what could not be carried stands in it as in "
     "NEW.\n"
@@ -222,7 +222,7 @@ void addUpdate(Verb program, Session& session) {
   verb.flag("--put-unsure", options->putUnsure, "Put unsure translations of single texts in as well");
   verb.flag("-f,--force", options->force, "Overwrite exchange files of --out with other contents");
   session.addOptions(verb);
-  verb.footer(kFooter);
+  verb.footer(kUpdateFooter);
   verb.onRun([&session, options] { Update(session, *options).run(); });
 }
 

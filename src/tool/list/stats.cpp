@@ -14,7 +14,7 @@ namespace dravenna {
 
 namespace {
 
-constexpr char kFooter[] =
+constexpr char kStatsFooter[] =
     "Words and colour codes are those of messages and titles. Texts done are those with a record that are not as in\n"
     "the original, or hold no letter; the others remain, with those of scripts that only the original tree has.\n"
     "Examples:\n"
@@ -283,7 +283,7 @@ void addStats(Verb program, Session& session) {
   verb.flag("--json", options->json, "JSON instead of a table");
   verb.text("-o,--output", options->output, "FILE", "File for the result instead of standard output");
   session.addOptions(verb);
-  verb.footer(kFooter);
+  verb.footer(kStatsFooter);
   verb.onRun([&session, options] { run(session, *options); });
 }
 

@@ -8,7 +8,7 @@ namespace dravenna {
 
 namespace {
 
-constexpr char kFooter[] =
+constexpr char kTextsFooter[] =
     "Each line: file, line (from 1), offset in the document (from 0), class, command, text, parted by tabs.\n"
     "Classes: title, message, code, plain; error for a line with an odd number of quote marks, with its code part.\n"
     "Examples:\n"
@@ -121,7 +121,7 @@ void addTexts(Verb program, Session& session) {
   verb.words("path", *paths, "PATH...", "Files and folders; `-` is standard input");
   verb.flag("--json", *json, "JSON lines: an object a text");
   session.addOptions(verb);
-  verb.footer(kFooter);
+  verb.footer(kTextsFooter);
   verb.onRun([&session, paths, json] { run(session, *paths, *json); });
 }
 

@@ -12,7 +12,7 @@ namespace dravenna {
 
 namespace {
 
-constexpr char kFooter[] =
+constexpr char kExportFooter[] =
     "Examples:\n"
     "  dravenna-lxf export guard.txt                   writes guard.lxf beside it\n"
     "  dravenna-lxf export guard.txt - | less          looks at it\n"
@@ -145,7 +145,7 @@ void addExport(Verb program, Session& session) {
   verb.flag("-n,--no-clobber", options->noClobber, "Leave exchange files that exist alone");
   verb.flag("-f,--force", options->force, "Overwrite exchange files with other contents: translations may be lost");
   session.addOptions(verb);
-  verb.footer(kFooter);
+  verb.footer(kExportFooter);
   verb.onRun([&session, options] { run(session, *options); });
 }
 

@@ -14,7 +14,7 @@ namespace dravenna {
 
 namespace {
 
-constexpr char kFooter[] =
+constexpr char kImportFooter[] =
     "Examples:\n"
     "  dravenna-lxf import guard.txt guard.lxf               puts the translated texts into the script\n"
     "  dravenna-lxf import guard.txt - < guard.lxf           the exchange file from standard input\n"
@@ -104,7 +104,7 @@ void addImport(Verb program, Session& session) {
   verb.flag("--strict", options->strict, "Leave one script alone, too, when a text would break one of its lines");
   verb.flag("-f,--force", options->force, "Merge exchange files that do not fit too, as the window does");
   session.addOptions(verb);
-  verb.footer(kFooter);
+  verb.footer(kImportFooter);
   verb.onRun([&session, options] { run(session, *options); });
 }
 

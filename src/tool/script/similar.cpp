@@ -10,7 +10,7 @@ namespace dravenna {
 namespace {
 
 constexpr double kSimilarEnough = 0.5;
-constexpr std::size_t kMostCells = 4096;
+constexpr std::size_t kMostWordCells = 4096;
 
 // The words of a text as numbers, letter case and marks aside.
 std::vector<std::uint64_t> wordsOf(std::string_view text) {
@@ -55,7 +55,7 @@ std::vector<SimilarPair> pairSimilarTexts(const std::vector<std::string>& a, con
   std::vector<SimilarPair> pairs;
   const auto add = [&](std::size_t i, std::size_t j) { pairs.push_back({i, j, aWords[i] == bWords[j]}); };
   if (a.empty() || b.empty()) return pairs;
-  if (a.size() > kMostCells / b.size()) {
+  if (a.size() > kMostWordCells / b.size()) {
     for (std::size_t i = 0; i < std::min(a.size(), b.size()); ++i) {
       if (similarityOf(aWords[i], bWords[i]) >= kSimilarEnough) add(i, i);
     }
