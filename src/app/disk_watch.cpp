@@ -35,6 +35,11 @@ std::unique_ptr<TextReader> DiskWatch::OpenTextFile(std::u16string_view path) {
   return files_.OpenTextFile(path);
 }
 
+std::unique_ptr<TextReader> DiskWatch::openScript(std::u16string_view path) {
+  note(std::u16string(path), fileState(path));
+  return files_.openScript(path);
+}
+
 std::unique_ptr<TextWriter> DiskWatch::CreateTextFile(std::u16string_view path, Writing writing) {
   return std::make_unique<Writer>(*this, path, files_.CreateTextFile(path, writing));
 }

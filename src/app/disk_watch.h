@@ -16,9 +16,11 @@ class DiskWatch : public TextFiles {
   explicit DiskWatch(TextFiles& files) : files_(files) {}
 
   std::unique_ptr<TextReader> OpenTextFile(std::u16string_view path) override;
+  std::unique_ptr<TextReader> openScript(std::u16string_view path) override;
   std::unique_ptr<TextWriter> CreateTextFile(std::u16string_view path, Writing writing) override;
   bool fileExists(std::u16string_view path) override { return files_.fileExists(path); }
-  int codePage() const override { return files_.codePage(); }
+  PageInUse page() const override { return files_.page(); }
+  void readNextIn(int codePage) override { files_.readNextIn(codePage); }
 
   // Counts what was opened and written.
   std::uint64_t uses() const { return uses_; }

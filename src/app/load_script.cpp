@@ -45,7 +45,7 @@ void Principal::LoadScript() {
   const CommandLists lists(AllowedCommands, SpecialAllowedCommands);
   LineScanner scanner(lists);
   const std::optional<Failure> kept = attempt([&] {
-    stream = platform_.files.OpenTextFile(ScriptPath);
+    stream = platform_.files.openScript(ScriptPath);
     N.Visible = false;
     N.clear();
     N.reserve(stream->sizeHint());

@@ -11,12 +11,12 @@ namespace {
 
 std::u16string number(std::size_t value) { return decimal(static_cast<std::int64_t>(value)); }
 
-std::u16string pageName(int codePage) {
-  if (codePage == 0) return {};
-  return codePage == kUtf8CodePage ? std::u16string(u"UTF-8") : u"Windows-" + decimal(codePage);
-}
-
 }  // namespace
+
+std::u16string Status::pageName(int number) {
+  if (number == 0) return {};
+  return number == kUtf8CodePage ? std::u16string(u"UTF-8") : u"Windows-" + decimal(number);
+}
 
 bool Status::wanted() {
   if (!wanted_) wanted_ = numberIn(read(form_.registry(), settings::StatusPlace)) != 0;
@@ -38,7 +38,8 @@ Status::Parts Status::parts() {
   if (!wanted()) return parts;
   if (!form_.Modified) disk_.noteText(form_.ScriptPath, form_.N.Text());
   if (noticeUses_ == disk_.uses()) parts.notice = notice_;
-  parts.page = pageName(disk_.codePage());
+  parts.page = pageName(disk_.page().number);
+  parts.pageDoubt = pageDoubt();
   if (form_.Modified) parts.modified = words().modified;
   if (form_.N.Text().empty()) return parts;
   const TextCount::Place place = count_.place(form_.N, {form_.NavMode, form_.HasMessages, form_.HasCode, 0}, form_.Ini);
@@ -46,6 +47,16 @@ Status::Parts Status::parts() {
                           place.number == 0 ? u"\u2013" : number(place.number));
   parts.line = replaceAll(words().line, u"%1", number(place.line));
   return parts;
+}
+
+std::u16string Status::pageDoubt() {
+  if (lackedUses_ != disk_.uses()) {
+    lacked_ = countLoneLow(form_.N.Text());
+    lackedUses_ = disk_.uses();
+  }
+  const PageInUse page = disk_.page();
+  if (page.looksUtf8 && page.number != kUtf8CodePage) return read(form_.registry(), desktop_words::LooksUtf8);
+  return lacked_ == 0 ? std::u16string() : readFilled(form_.registry(), desktop_words::BytesLacked, number(lacked_));
 }
 
 void Status::lookAtDisk() {

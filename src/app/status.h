@@ -17,7 +17,9 @@ class Status {
  public:
   // Each is empty where there is nothing to say.
   struct Parts {
-    std::u16string rescued, notice, text, line, page, modified;
+    std::u16string rescued, notice, text, line, page;
+    std::u16string pageDoubt;  // why the page may be the wrong one
+    std::u16string modified;
     bool operator==(const Parts&) const = default;
   };
 
@@ -29,6 +31,9 @@ class Status {
 
   // What was found is told in any case.
   Parts parts();
+
+  // The name of a code page for the user; empty for 0.
+  static std::u16string pageName(int number);
 
   // How many finds of the rescue folder wait.
   void setRescued(std::size_t finds);
@@ -44,6 +49,7 @@ class Status {
     std::u16string text, line, modified;
   };
   const Words& words();
+  std::u16string pageDoubt();
 
   Principal& form_;
   DiskWatch& disk_;
@@ -52,6 +58,8 @@ class Status {
   std::optional<Words> words_;  // read at the first use: a step does not go to the store
   std::u16string notice_, rescued_;
   std::uint64_t noticeUses_ = 0;
+  std::size_t lacked_ = 0;  // characters of N that are bytes without a meaning, after the last use of the disk
+  std::uint64_t lackedUses_ = 0;
 };
 
 }  // namespace dravenna

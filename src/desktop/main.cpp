@@ -117,6 +117,19 @@ int drawPicture(MainWindow& window, const std::u16string& file) {
   return 0;
 }
 
+// In the page that the environment names, else the settings, else the system or its locale.
+std::unique_ptr<TextFiles> textFilesFor(RegistryCalls& calls) {
+  Registry registry(calls);
+  const std::pair<std::u16string, std::string> wishes[] = {{u"DRAVENNA_CODEPAGE", codePageWish()},
+                                                           {u"CodePage", toUtf8(read(registry, settings::CodePage))}};
+  for (const auto& [name, wish] : wishes) {
+    if (wish.empty()) continue;
+    if (const CodePagePtr page = codePageByName(wish)) return makeTextFiles(page);
+    complain(name + u": " + fromUtf8(wish) + u" is no code page that is supported", 0);
+  }
+  return makeTextFiles(systemCodePage(), systemHasCodePage() ? Utf8Scripts::AsAllOthers : Utf8Scripts::Recognised);
+}
+
 int runWindow(const Arguments& arguments, char** argv, std::chrono::steady_clock::time_point began) {
   const bool picture = arguments.action == Arguments::Action::Screenshot;
   qInstallMessageHandler(tellToolkitMessage);
@@ -128,11 +141,8 @@ int runWindow(const Arguments& arguments, char** argv, std::chrono::steady_clock
   QCoreApplication::setApplicationName(QStringLiteral("dravenna"));
   QGuiApplication::setDesktopFileName(QStringLiteral("dravenna"));
 
-  if (const std::string wish = codePageWish(); !wish.empty() && codePageByName(wish) == nullptr) {
-    complain(u"DRAVENNA_CODEPAGE: " + fromUtf8(wish) + u" is no code page that is supported; the locale decides", 0);
-  }
-  const std::unique_ptr<TextFiles> files = makeTextFiles(systemCodePage());
   const std::unique_ptr<RegistryCalls> registry = makeRegistry();
+  const std::unique_ptr<TextFiles> files = textFilesFor(*registry);
   const std::unique_ptr<Process> process = makeProcess(arguments.rest);
   const std::unique_ptr<RescueFolder> rescue = picture ? nullptr : makeRescueFolder();
   MainWindow window(*files, *registry, *process, rescue.get());

@@ -174,8 +174,13 @@ void MainWindow::showStatus() {
   const Status::Parts parts = status_.parts();
   if (statusPlace_ == nullptr) {
     if (!status_.wanted() && parts.rescued.empty()) return;
-    statusPlace_ = new StatusPlace(*menuBar(), this);
+    const QString pageHint = toQt(read(principal_.registry(), desktop_words::OtherPage));
+    statusPlace_ = new StatusPlace(*menuBar(), this, pageHint);
     statusPlace_->onRescued = [this] { showRescued(); };
+    statusPlace_->onPage = [this] {
+      if (!takesInput() || principal_.ScriptPath.empty()) return;
+      statusPlace_->showPages(disk_.page().number, codePages(), [this](int number) { reloadIn(number); });
+    };
   }
   statusPlace_->setParts(parts);
 }

@@ -79,6 +79,7 @@ class MainWindow : public QMainWindow, private Windowing {
   void pick(CommonDialog& dialog, bool saving);
   bool takesInput() const;
   std::vector<std::u16string> scriptsIn(const QDropEvent& drop);
+  void reloadIn(int codePage);
   void openDropped(const std::vector<std::u16string>& paths);
 
   void lookForRescued();

@@ -87,6 +87,13 @@ void MainWindow::open(const std::u16string& path) {
   answer_.clear();
 }
 
+void MainWindow::reloadIn(int codePage) {
+  if (!takesInput()) return;
+  disk_.readNextIn(codePage);
+  open(std::u16string(principal_.ScriptPath));
+  disk_.readNextIn(0);  // the user may have called it off
+}
+
 bool MainWindow::takesInput() const { return running_ == 0 && QApplication::activeModalWidget() == nullptr; }
 
 // The files that a drop brings; none while the window takes no input, or where they would be moved away.

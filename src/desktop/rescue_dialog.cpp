@@ -12,6 +12,7 @@
 #include "desktop/qt_text.h"
 #include "platform/system.h"
 #include "settings/catalogue.h"
+#include "text/high_bytes.h"
 #include "text/text.h"
 
 namespace dravenna {
@@ -31,7 +32,8 @@ QString lineOf(const Rescue::Find& find, Registry& registry) {
 
 std::u16string contentOf(const Rescue::Find& find, const Rescue& rescue) {
   if (find.texts > 0) return rescue.texts(find);
-  return systemCodePage()->decode(rescue.contents(find));
+  const std::string bytes = rescue.contents(find);
+  return (looksUtf8(bytes) ? CodePage::utf8() : systemCodePage())->decode(bytes);
 }
 
 }  // namespace

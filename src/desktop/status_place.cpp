@@ -2,8 +2,10 @@
 
 #include <QtCore/QEvent>
 #include <QtWidgets/QLabel>
+#include <QtWidgets/QMenu>
 #include <QtWidgets/QMenuBar>
 #include <QtWidgets/QPushButton>
+#include <QtWidgets/QToolButton>
 #include <algorithm>
 
 #include "desktop/display_text.h"
@@ -18,7 +20,8 @@ constexpr int kLeastNotice = 60;  // pixels of a notice that are worth showing
 
 }  // namespace
 
-StatusPlace::StatusPlace(QMenuBar& bar, QWidget* window) : QWidget(window), bar_(bar) {
+StatusPlace::StatusPlace(QMenuBar& bar, QWidget* window, const QString& pageHint)
+    : QWidget(window), bar_(bar), pageHint_(pageHint) {
   setObjectName(QStringLiteral("Status"));
   const auto part = [this](const char* name) {
     auto* label = new QLabel(this);
@@ -32,10 +35,15 @@ StatusPlace::StatusPlace(QMenuBar& bar, QWidget* window) : QWidget(window), bar_
   rescued_->setFlat(true);
   rescued_->setFont(bar_.font());
   connect(rescued_, &QPushButton::clicked, this, [this] { onRescued(); });
+  page_ = new QToolButton(this);
+  page_->setObjectName(QStringLiteral("Status.Page"));
+  page_->setAutoRaise(true);
+  page_->setFont(bar_.font());
+  page_->setFocusPolicy(Qt::NoFocus);  // the box keeps it, and Tab goes its old ways
+  connect(page_, &QToolButton::clicked, this, [this] { onPage(); });
   notice_ = part("Status.Notice");
   text_ = part("Status.Text");
   line_ = part("Status.Line");
-  page_ = part("Status.Page");
   modified_ = part("Status.Modified");
   bar_.installEventFilter(this);
   arrange();
@@ -48,13 +56,34 @@ void StatusPlace::setParts(const Status::Parts& parts) {
   rescued_->setText(displayText(parts.rescued));
   text_->setText(displayText(parts.text));
   line_->setText(displayText(parts.line));
-  page_->setText(displayText(parts.page));
+  page_->setAccessibleName(pageText());
+  page_->setAccessibleDescription(pageHint_);
+  page_->setToolTip(parts.pageDoubt.empty() ? pageHint_ : pageText() + QStringLiteral("\n") + pageHint_);
   modified_->setText(parts.modified.empty() ? QString() : QStringLiteral("\u25CF"));
   modified_->setAccessibleName(displayText(parts.modified));
   modified_->setToolTip(displayText(parts.modified));
   notice_->setAccessibleName(displayText(parts.notice));
   notice_->setToolTip(displayText(parts.notice));
   arrange();
+}
+
+QString StatusPlace::pageText() const {
+  const QString page = displayText(parts_.page);
+  return parts_.pageDoubt.empty() ? page : page + QStringLiteral(": ") + displayText(parts_.pageDoubt);
+}
+
+void StatusPlace::showPages(int current, const std::vector<int>& numbers, const std::function<void(int)>& choose) {
+  auto* menu = new QMenu(this);
+  menu->setObjectName(QStringLiteral("Status.Pages"));
+  menu->setAttribute(Qt::WA_DeleteOnClose);
+  menu->setFont(bar_.font());
+  for (const int number : numbers) {
+    QAction* action = menu->addAction(toQt(Status::pageName(number)), this, [choose, number] { choose(number); });
+    action->setCheckable(true);
+    action->setChecked(number == current);
+    if (number == current) menu->setActiveAction(action);
+  }
+  menu->popup(page_->mapToGlobal(QPoint(0, page_->height())));
 }
 
 void StatusPlace::arrange() {
@@ -78,12 +107,18 @@ void StatusPlace::arrange() {
   give(rescued_);
   give(modified_);
   give(text_);
+  // A doubt is cut where there is no room for it; the name of the page is not.
+  page_->setText(pageText());
+  const int frame = page_->sizeHint().width() - page_->fontMetrics().size(Qt::TextShowMnemonic, page_->text()).width();
+  const int least = page_->fontMetrics().horizontalAdvance(displayText(parts_.page) + QStringLiteral("\u2026"));
+  const int wanted = std::max(least, parts_.notice.empty() ? room - kGap - frame : room / 2);
+  page_->setText(page_->fontMetrics().elidedText(pageText(), Qt::ElideRight, wanted));
+  give(page_);
   if (room - kGap >= kLeastNotice) {
     notice_->setText(notice_->fontMetrics().elidedText(notice, Qt::ElideRight, room - kGap));
   }
   give(notice_);
   give(line_);
-  give(page_);
   int x = room;
   for (QWidget* label : std::initializer_list<QWidget*>{rescued_, notice_, text_, line_, page_, modified_}) {
     if (!label->isVisibleTo(this)) continue;

@@ -2,12 +2,14 @@
 
 #include <QtWidgets/QWidget>
 #include <functional>
+#include <vector>
 
 #include "app/status.h"
 
 class QLabel;
 class QMenuBar;
 class QPushButton;
+class QToolButton;
 
 namespace dravenna {
 
@@ -15,22 +17,30 @@ namespace dravenna {
 // reader's tree. The menus come first; what has no room beside them is left out, and a long notice is cut.
 class StatusPlace : public QWidget {
  public:
-  StatusPlace(QMenuBar& bar, QWidget* window);
+  // `pageHint` tells what a click on the code page does.
+  StatusPlace(QMenuBar& bar, QWidget* window, const QString& pageHint);
 
   std::function<void()> onRescued;  // the user wants to see what was found
+  std::function<void()> onPage;     // the user has clicked on the code page
 
   void setParts(const Status::Parts& parts);
+
+  // Below the code page; `choose` is told which number the user has taken.
+  void showPages(int current, const std::vector<int>& numbers, const std::function<void(int)>& choose);
 
  protected:
   bool eventFilter(QObject* object, QEvent* event) override;
 
  private:
   void arrange();
+  QString pageText() const;
 
   QMenuBar& bar_;
   Status::Parts parts_;
+  QString pageHint_;
   QPushButton* rescued_;
-  QLabel *notice_, *text_, *line_, *page_, *modified_;
+  QToolButton* page_;
+  QLabel *notice_, *text_, *line_, *modified_;
 };
 
 }  // namespace dravenna

@@ -93,6 +93,16 @@ CodePagePtr codePageByNumber(int number) {
   return page;
 }
 
+std::vector<int> codePages() {
+  std::vector<int> numbers{kUtf8CodePage};
+  numbers.insert(numbers.end(), std::begin(kSingleBytePages), std::end(kSingleBytePages));
+  numbers.insert(numbers.end(), std::begin(kDoubleBytePages), std::end(kDoubleBytePages));
+  std::erase_if(numbers, [](int number) { return number != kUtf8CodePage && !systemDecoder(number); });
+  numbers.push_back(kWesternPage);
+  std::sort(numbers.begin() + 1, numbers.end());
+  return numbers;
+}
+
 CodePagePtr codePageByName(std::string_view name) {
   std::string digits = lowerAsciiOf(name);
   if (digits == "utf-8" || digits == "utf8") return codePageByNumber(kUtf8CodePage);

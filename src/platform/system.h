@@ -7,6 +7,7 @@
 
 #include "platform/process.h"
 #include "platform/registry_calls.h"
+#include "platform/script_page.h"
 #include "platform/text_files.h"
 #include "text/code_page.h"
 
@@ -19,11 +20,17 @@ std::string codePageWish();
 // The code page that DRAVENNA_CODEPAGE names ("1252", "cp874", "utf-8"), else the system's.
 CodePagePtr systemCodePage();
 
+// Whether the system itself has a page for 8-bit text. Where it has none, the one above follows from the locale.
+bool systemHasCodePage();
+
 // A code page by its name or number; null for one that is not supported.
 CodePagePtr codePageByName(std::string_view name);
 
-// Text files in the given code page.
-std::unique_ptr<TextFiles> makeTextFiles(CodePagePtr codePage);
+// The numbers of all that are supported, in a fixed order.
+std::vector<int> codePages();
+
+// Text files in the given code page, or that of their script.
+std::unique_ptr<TextFiles> makeTextFiles(CodePagePtr codePage, Utf8Scripts utf8 = Utf8Scripts::AsAllOthers);
 
 // Whole files as bytes, for what is not in the code page. Throw Failure.
 std::string readBytes(std::u16string_view path);

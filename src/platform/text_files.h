@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-// Text files in the system's code page. Every operation throws Failure with a true description when it fails.
+// Text files in a code page. Every operation throws Failure with a true description when it fails.
 // Paths are UTF-16; a platform whose paths are bytes keeps undecodable ones as lone low surrogates 0xDC00 + byte.
 namespace dravenna {
 
@@ -47,6 +47,12 @@ enum class Writing {
             // following symbolic links. Until then the old contents are whole. Refuses a read-only target at once.
 };
 
+// In which code page files are read and written.
+struct PageInUse {
+  int number = 0;          // 0 where none is known
+  bool looksUtf8 = false;  // by its bytes, the script is UTF-8, whatever it is read in
+};
+
 class TextFiles {
  public:
   virtual ~TextFiles() = default;
@@ -54,10 +60,16 @@ class TextFiles {
   // For reading. Fails if the file is missing, unreadable or a folder.
   virtual std::unique_ptr<TextReader> OpenTextFile(std::u16string_view path) = 0;
 
+  // The same for the script that is to be edited. Once it is read, all files are read and written in its page (see
+  // ScriptPage).
+  virtual std::unique_ptr<TextReader> openScript(std::u16string_view path) = 0;
+
   virtual std::unique_ptr<TextWriter> CreateTextFile(std::u16string_view path, Writing writing) = 0;
 
-  // The number of the code page that files are read and written in; 0 where none is known.
-  virtual int codePage() const { return 0; }
+  virtual PageInUse page() const { return {}; }
+
+  // The user wants the script that is opened next in this page, whatever else would decide; 0 takes the wish back.
+  virtual void readNextIn(int) {}
 
   // True for an existing file that is no folder. Never fails.
   virtual bool fileExists(std::u16string_view path) = 0;

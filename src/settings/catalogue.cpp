@@ -19,6 +19,8 @@ const Setting AllowedCommands{kCommandsKey, u"AllowedCommands", kDefaultAllowedC
 const Setting SpecialAllowedCommands{kCommandsKey, u"SpecialAllowedCommands", kDefaultSpecialCommands,
                                      u"allowed commands whose first quoted text is not for players"};
 const Setting StatusPlace{kDesktopKey, u"StatusPlace", u"1", u"0 hides the status at the end of the menu bar"};
+const Setting CodePage{kDesktopKey, u"CodePage", u"",
+                       u"the code page of scripts (1252, 874, ..., utf-8); empty: their own"};
 }  // namespace settings
 
 namespace words {

@@ -27,7 +27,7 @@ struct Setting {
 };
 
 namespace settings {
-extern const Setting File, NavMode, LastSearch, AllowedCommands, SpecialAllowedCommands, StatusPlace;
+extern const Setting File, NavMode, LastSearch, AllowedCommands, SpecialAllowedCommands, StatusPlace, CodePage;
 }
 
 // The localised words, under kLangKey.
@@ -40,8 +40,8 @@ extern const Setting mnuFile, mnuOpen, mnuExport, mnuImport, mnuSave, mnuExit, m
 
 // Those under kDesktopLangKey.
 namespace desktop_words {
-extern const Setting ScriptIsTarget, StatusText, StatusLine, StatusModified, ChangedOnDisk, NotOpened, Rescued,
-    RescuedTexts, RescuedFile, Restore, ThrowAway, TextsRestored, NotRescued;
+extern const Setting ScriptIsTarget, StatusText, StatusLine, StatusModified, LooksUtf8, BytesLacked, OtherPage,
+    ChangedOnDisk, NotOpened, Rescued, RescuedTexts, RescuedFile, Restore, ThrowAway, TextsRestored, NotRescued;
 }
 
 // All 34 words under kLangKey, and those under kDesktopLangKey, for whoever makes a language pack.

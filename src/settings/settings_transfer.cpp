@@ -99,7 +99,7 @@ std::string exportSettings(RegistryCalls& registry) {
     put(kMachine, HKEY_LOCAL_MACHINE_ID, setting.key, setting.name);
   };
   for (const Setting* setting : {&settings::File, &settings::NavMode, &settings::LastSearch, &settings::AllowedCommands,
-                                 &settings::SpecialAllowedCommands, &settings::StatusPlace}) {
+                                 &settings::SpecialAllowedCommands, &settings::StatusPlace, &settings::CodePage}) {
     putSetting(*setting);
   }
   for (const Setting* word : allWords()) putSetting(*word);

@@ -253,16 +253,7 @@ std::size_t CodePage::countUndefined(std::string_view bytes) const {
     }
     return count;
   }
-  std::u16string text;
-  decode(bytes, text);
-  for (std::size_t at = 0; at < text.size(); ++at) {
-    if (isHighSurrogate(text[at])) {
-      ++at;
-    } else if (isLowSurrogate(text[at])) {
-      ++count;
-    }
-  }
-  return count;
+  return countLoneLow(decode(bytes));
 }
 
 }  // namespace dravenna

@@ -68,6 +68,18 @@ Text fromUtf8(std::string_view bytes) {
   return out;
 }
 
+std::size_t countLoneLow(TextView text) {
+  std::size_t count = 0;
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    if (isHighSurrogate(text[at])) {
+      ++at;
+    } else if (isLowSurrogate(text[at])) {
+      ++count;
+    }
+  }
+  return count;
+}
+
 void appendFromUtf8(std::string_view bytes, Text& out) {
   for (std::size_t at = 0; at < bytes.size();) {
     const Utf8Char read = readUtf8(bytes.substr(at));

@@ -34,6 +34,9 @@ void appendUtf8(std::uint32_t code, std::string& out);
 constexpr bool isHighSurrogate(char16_t unit) { return unit >= 0xD800 && unit < 0xDC00; }
 constexpr bool isLowSurrogate(char16_t unit) { return unit >= 0xDC00 && unit < 0xE000; }
 
+// Low surrogates that end no pair: bytes that a code page has no character for.
+std::size_t countLoneLow(TextView text);
+
 // The code point at `at` and how many units it has; a surrogate without its partner stands for itself.
 struct Utf16Char {
   std::uint32_t code;

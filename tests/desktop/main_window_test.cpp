@@ -233,6 +233,43 @@ TEST_F(MainWindowTest, WhatWasNotSavedIsFoundAndRestored) {
   EXPECT_FALSE(button->isVisible());
 }
 
+TEST_F(MainWindowTest, AClickOnTheCodePageLoadsTheScriptInAnother) {
+  folder.put("sub/gate.txt", "mes \"caf\xC3\xA9 \xC3\x81\";\r\n");
+  folder.put("sub/gate", "mes \"\x81\x8D\";\r\n");
+  Principal& form = start(u"sub/gate.txt").principal();
+  const auto page = [this] {
+    window->showStatus();
+    return window->findChild<QToolButton*>(QStringLiteral("Status.Page"));
+  };
+  const auto choose = [&](const QString& name) {
+    page()->click();
+    auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+    ASSERT_NE(menu, nullptr);
+    for (QAction* action : menu->actions()) {
+      if (action->text() == name)
+        return QTest::mouseClick(menu, Qt::LeftButton, {}, menu->actionGeometry(action).center());
+    }
+    ADD_FAILURE();
+  };
+  EXPECT_EQ(page()->accessibleName(), QStringLiteral("Windows-1252: looks like UTF-8"));
+  // The question comes first, and what it calls off does not come with the next script.
+  form.Modified = true;
+  choose(QStringLiteral("UTF-8"));
+  EXPECT_EQ(said, 1);
+  EXPECT_TRUE(form.Modified);
+  form.Modified = false;
+  window->open(form.ScriptPath);
+  EXPECT_EQ(form.N.SelText(), u"caf\u00C3\u00A9 \u00C3\xDC81");
+  choose(QStringLiteral("UTF-8"));
+  EXPECT_EQ(form.N.SelText(), u"caf\u00E9 \u00C1");
+  EXPECT_EQ(page()->accessibleName(), QStringLiteral("UTF-8"));
+  window->handle([&] { form.Salvar(); });
+  EXPECT_EQ(folder.get("sub/gate.txt"), "mes \"caf\xC3\xA9 \xC3\x81\";\r\n");
+  // The next script is in the page that was named.
+  window->open(folder.path("sub/gate"));
+  EXPECT_EQ(page()->accessibleName(), QStringLiteral("Windows-1252: 2 byte(s) unknown"));
+}
+
 TEST_F(MainWindowTest, TheStatusTellsWhatHappensOnDisk) {
   start(u"sub/gate.txt");
   const auto notice = [this] {

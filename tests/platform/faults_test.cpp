@@ -35,12 +35,17 @@ TEST(Faults, ReadingFailsInsteadOfEndingEarly) {
     const auto files = posix::makeTextFiles(codePageByName("1252"), calls);
     return files->OpenTextFile(folder.path("file"))->ReadAll().size();
   };
+  const auto script = [&](FaultyCalls& calls) {
+    const auto files = posix::makeTextFiles(codePageByName("1252"), calls);
+    return files->openScript(folder.path("file"))->ReadAll().size();
+  };
   const auto bytes = [&](FaultyCalls& calls) {
     std::string all;
     posix::makeTreeFiles(calls)->readWhole(folder.file("file"), all);
     return all.size();
   };
-  for (const std::function<std::size_t(FaultyCalls&)>& read : {std::function(texts), std::function(bytes)}) {
+  for (const std::function<std::size_t(FaultyCalls&)>& read :
+       {std::function(texts), std::function(script), std::function(bytes)}) {
     Names failed;
     atEachCall([&](FaultyCalls calls) {
       const bool told = calls.attempt([&] { return tells([&] { EXPECT_EQ(read(calls), 200000U); }); });

@@ -21,6 +21,7 @@ class Watched : public TextFiles {
  public:
   explicit Watched(TextFiles& files) : files_(files) {}
   std::unique_ptr<TextReader> OpenTextFile(std::u16string_view path) override { return files_.OpenTextFile(path); }
+  std::unique_ptr<TextReader> openScript(std::u16string_view path) override { return files_.openScript(path); }
   std::unique_ptr<TextWriter> CreateTextFile(std::u16string_view path, Writing writing) override {
     return files_.CreateTextFile(path, writing);
   }

@@ -215,7 +215,7 @@ class ScenarioRun {
     const CodePagePtr page = codePageByName(toUtf8(takeText("N")));
     if (page == nullptr) throw ScenarioError{0, "the code page is not supported"};
     codePage_ = page;
-    files_.use(makeTextFiles(page));
+    files_.use(makeTextFiles(page, takeIf(u"unnamed") ? Utf8Scripts::Recognised : Utf8Scripts::AsAllOthers));
   }
   void doStart() {
     const std::u16string line = more() ? takeText("STRING") : std::u16string();

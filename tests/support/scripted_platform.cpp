@@ -55,6 +55,10 @@ std::unique_ptr<TextReader> FailingTextFiles::OpenTextFile(std::u16string_view p
   return std::make_unique<FailingStream>(*this, files_->OpenTextFile(path), nullptr);
 }
 
+std::unique_ptr<TextReader> FailingTextFiles::openScript(std::u16string_view path) {
+  return std::make_unique<FailingStream>(*this, files_->openScript(path), nullptr);
+}
+
 std::unique_ptr<TextWriter> FailingTextFiles::CreateTextFile(std::u16string_view path, Writing writing) {
   check(FileOperation::Create);
   return std::make_unique<FailingStream>(*this, nullptr, files_->CreateTextFile(path, writing));

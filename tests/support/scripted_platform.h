@@ -51,6 +51,7 @@ class FailingTextFiles : public TextFiles {
   }
 
   std::unique_ptr<TextReader> OpenTextFile(std::u16string_view path) override;
+  std::unique_ptr<TextReader> openScript(std::u16string_view path) override;
   std::unique_ptr<TextWriter> CreateTextFile(std::u16string_view path, Writing writing) override;
   bool fileExists(std::u16string_view path) override { return files_->fileExists(path); }
 

@@ -100,6 +100,8 @@ CharacterDecoder systemDecoder(int number) {
 
 std::string codePageWish() { return environment("DRAVENNA_CODEPAGE"); }
 
+bool systemHasCodePage() { return false; }
+
 CodePagePtr systemCodePage() {
   if (CodePagePtr page = codePageByName(codePageWish())) return page;
   for (const char* const name : {"LC_ALL", "LC_CTYPE", "LANG"}) {

@@ -12,8 +12,8 @@
 
 namespace dravenna {
 
-std::unique_ptr<TextFiles> makeTextFiles(CodePagePtr codePage) {
-  return posix::makeTextFiles(std::move(codePage), posix::realSystemCalls());
+std::unique_ptr<TextFiles> makeTextFiles(CodePagePtr codePage, Utf8Scripts utf8) {
+  return posix::makeTextFiles(std::move(codePage), posix::realSystemCalls(), utf8);
 }
 
 namespace posix {
@@ -22,12 +22,15 @@ namespace {
 
 class PosixTextFiles : public TextFiles {
  public:
-  PosixTextFiles(CodePagePtr codePage, SystemCalls& calls) : codePage_(std::move(codePage)), calls_(calls) {}
+  PosixTextFiles(CodePagePtr codePage, SystemCalls& calls, Utf8Scripts utf8)
+      : scriptPage_(std::move(codePage), utf8), calls_(calls) {}
 
   std::unique_ptr<TextReader> OpenTextFile(std::u16string_view path) override {
-    OpenFile file = openForReading(calls_, pathBytes(path));
-    const auto size = static_cast<std::size_t>(file.status().st_size);
-    return makeTextReader(codePage_, std::make_unique<FileSource<OpenFile>>(std::move(file), size));
+    return makeTextReader(scriptPage_.page(), sourceOf(path));
+  }
+
+  std::unique_ptr<TextReader> openScript(std::u16string_view path) override {
+    return makeTextReader(scriptPage_.chooserFor(path), sourceOf(path));
   }
 
   std::unique_ptr<TextWriter> CreateTextFile(std::u16string_view path, Writing writing) override {
@@ -41,10 +44,11 @@ class PosixTextFiles : public TextFiles {
       sink =
           std::make_unique<InPlaceSink<OpenFile>>(OpenFile(calls_, bytes, O_WRONLY | O_CREAT | O_TRUNC, 0666, bytes));
     }
-    return makeTextWriter(codePage_, writing, std::move(sink));
+    return makeTextWriter(scriptPage_.page(), writing, std::move(sink));
   }
 
-  int codePage() const override { return codePage_->number(); }
+  PageInUse page() const override { return scriptPage_.inUse(); }
+  void readNextIn(int codePage) override { scriptPage_.readNextIn(codePage); }
 
   bool fileExists(std::u16string_view path) override {
     const std::string bytes = toUtf8(path);
@@ -53,20 +57,26 @@ class PosixTextFiles : public TextFiles {
   }
 
  private:
+  std::unique_ptr<ByteSource> sourceOf(std::u16string_view path) {
+    OpenFile file = openForReading(calls_, pathBytes(path));
+    const auto size = static_cast<std::size_t>(file.status().st_size);
+    return std::make_unique<FileSource<OpenFile>>(std::move(file), size);
+  }
+
   // The superuser may write everything: what nobody is meant to write is refused all the same.
   void refuseReadOnly(const std::string& path) {
     struct stat status {};
     if (calls_.stat(path.c_str(), status) == 0 && (status.st_mode & 0222) == 0) throw SystemFailure(EACCES, path);
   }
 
-  CodePagePtr codePage_;
+  ScriptPage scriptPage_;
   SystemCalls& calls_;
 };
 
 }  // namespace
 
-std::unique_ptr<TextFiles> makeTextFiles(CodePagePtr codePage, SystemCalls& calls) {
-  return std::make_unique<PosixTextFiles>(std::move(codePage), calls);
+std::unique_ptr<TextFiles> makeTextFiles(CodePagePtr codePage, SystemCalls& calls, Utf8Scripts utf8) {
+  return std::make_unique<PosixTextFiles>(std::move(codePage), calls, utf8);
 }
 
 }  // namespace posix

@@ -30,6 +30,8 @@ CharacterDecoder systemDecoder(int number) {
 
 std::string codePageWish() { return toUtf8(windows::environment(L"DRAVENNA_CODEPAGE")); }
 
+bool systemHasCodePage() { return true; }
+
 CodePagePtr systemCodePage() {
   if (CodePagePtr page = codePageByName(codePageWish())) return page;
   if (CodePagePtr page = codePageByNumber(static_cast<int>(::GetACP()))) return page;

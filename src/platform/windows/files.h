@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "platform/file_replacement.h"
+#include "platform/script_page.h"
 #include "platform/text_files.h"
 #include "platform/tree_files.h"
 #include "platform/windows/system_calls.h"
@@ -68,7 +69,8 @@ class FileReplacement : public dravenna::FileReplacement {
   OpenFile file_;
 };
 
-std::unique_ptr<TextFiles> makeTextFiles(CodePagePtr codePage, SystemCalls& calls);
+std::unique_ptr<TextFiles> makeTextFiles(CodePagePtr codePage, SystemCalls& calls,
+                                         Utf8Scripts utf8 = Utf8Scripts::AsAllOthers);
 std::unique_ptr<TreeFiles> makeTreeFiles(SystemCalls& calls);
 
 }  // namespace dravenna::windows

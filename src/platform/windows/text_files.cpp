@@ -6,8 +6,8 @@
 
 namespace dravenna {
 
-std::unique_ptr<TextFiles> makeTextFiles(CodePagePtr codePage) {
-  return windows::makeTextFiles(std::move(codePage), windows::realSystemCalls());
+std::unique_ptr<TextFiles> makeTextFiles(CodePagePtr codePage, Utf8Scripts utf8) {
+  return windows::makeTextFiles(std::move(codePage), windows::realSystemCalls(), utf8);
 }
 
 namespace windows {
@@ -16,12 +16,15 @@ namespace {
 
 class WindowsTextFiles : public TextFiles {
  public:
-  WindowsTextFiles(CodePagePtr codePage, SystemCalls& calls) : codePage_(std::move(codePage)), calls_(calls) {}
+  WindowsTextFiles(CodePagePtr codePage, SystemCalls& calls, Utf8Scripts utf8)
+      : scriptPage_(std::move(codePage), utf8), calls_(calls) {}
 
   std::unique_ptr<TextReader> OpenTextFile(std::u16string_view path) override {
-    OpenFile file = openForReading(calls_, path);
-    const std::size_t size = ::GetFileType(file.handle()) == FILE_TYPE_DISK ? file.size() : 0;
-    return makeTextReader(codePage_, std::make_unique<FileSource<OpenFile>>(std::move(file), size));
+    return makeTextReader(scriptPage_.page(), sourceOf(path));
+  }
+
+  std::unique_ptr<TextReader> openScript(std::u16string_view path) override {
+    return makeTextReader(scriptPage_.chooserFor(path), sourceOf(path));
   }
 
   std::unique_ptr<TextWriter> CreateTextFile(std::u16string_view path, Writing writing) override {
@@ -31,10 +34,11 @@ class WindowsTextFiles : public TextFiles {
     } else {
       sink = std::make_unique<InPlaceSink<OpenFile>>(openForWriting(calls_, path));
     }
-    return makeTextWriter(codePage_, writing, std::move(sink));
+    return makeTextWriter(scriptPage_.page(), writing, std::move(sink));
   }
 
-  int codePage() const override { return codePage_->number(); }
+  PageInUse page() const override { return scriptPage_.inUse(); }
+  void readNextIn(int codePage) override { scriptPage_.readNextIn(codePage); }
 
   bool fileExists(std::u16string_view path) override {
     try {
@@ -46,14 +50,20 @@ class WindowsTextFiles : public TextFiles {
   }
 
  private:
-  CodePagePtr codePage_;
+  std::unique_ptr<ByteSource> sourceOf(std::u16string_view path) {
+    OpenFile file = openForReading(calls_, path);
+    const std::size_t size = ::GetFileType(file.handle()) == FILE_TYPE_DISK ? file.size() : 0;
+    return std::make_unique<FileSource<OpenFile>>(std::move(file), size);
+  }
+
+  ScriptPage scriptPage_;
   SystemCalls& calls_;
 };
 
 }  // namespace
 
-std::unique_ptr<TextFiles> makeTextFiles(CodePagePtr codePage, SystemCalls& calls) {
-  return std::make_unique<WindowsTextFiles>(std::move(codePage), calls);
+std::unique_ptr<TextFiles> makeTextFiles(CodePagePtr codePage, SystemCalls& calls, Utf8Scripts utf8) {
+  return std::make_unique<WindowsTextFiles>(std::move(codePage), calls, utf8);
 }
 
 }  // namespace windows
