@@ -29,6 +29,7 @@ int run(const std::vector<std::string>& words, Session& session) {
   addPo(program, session);
   if (const auto asked = line.run(words)) writeStandardOutput(*asked);
   session.console.endProgress();
+  if (session.pages) session.pages->tell(session.console);
   return session.console.failed() ? 1 : 0;
 }
 

@@ -35,7 +35,10 @@ void OldVersion::findRenamed(const std::vector<Script>& fresh) {
   std::unordered_map<std::uint64_t, std::vector<std::size_t>> owners;
   const auto hashesOf = [&](const std::string& path) {
     std::set<std::uint64_t> hashes;
-    const auto script = loadScript(session_, path);
+    std::string bytes;
+    readFile(session_, path, bytes);
+    const Encoding& in = session_.pages->of(bytes);
+    const auto script = std::make_unique<LoadedScript>(std::move(bytes), in);
     for (const OutlineText* text : script->records) hashes.insert(hashOf(withoutColor(text->text)));
     return hashes;
   };
@@ -59,10 +62,13 @@ void OldVersion::findRenamed(const std::vector<Script>& fresh) {
   }
 }
 
-std::string OldVersion::oldPathOf(const Script& script) const {
-  if (session_.files->pathKind(tree_) == PathKind::File) return tree_;
+const std::string& OldVersion::oldNameOf(const Script& script) const {
   const auto renamed = renamed_.find(script.relative);
-  return joinPath(tree_, renamed == renamed_.end() ? script.relative : renamed->second);
+  return renamed == renamed_.end() ? script.relative : renamed->second;
+}
+
+std::string OldVersion::oldPathOf(const Script& script) const {
+  return session_.files->pathKind(tree_) == PathKind::File ? tree_ : joinPath(tree_, oldNameOf(script));
 }
 
 std::vector<std::string> OldVersion::unclaimed(const std::vector<Script>& fresh) const {
@@ -77,29 +83,53 @@ std::vector<std::string> OldVersion::unclaimed(const std::vector<Script>& fresh)
   return paths;
 }
 
+std::string OldVersion::translationOf(const std::string& relative) const {
+  if (session_.files->pathKind(translations_) == PathKind::File) return translations_;
+  for (const std::string& name : {relative, withExtension(relative, ".lxf")}) {
+    std::string path = joinPath(translations_, name);
+    if (session_.files->pathKind(path) == PathKind::File) return path;
+  }
+  return {};
+}
+
 std::vector<Translation> OldVersion::translationsFor(const std::string& relative, Carried& carried) const {
   const LoadedScript& old = *carried.old;
-  const bool single = session_.files->pathKind(translations_) == PathKind::File;
-  const std::string scriptPath = single ? translations_ : joinPath(translations_, relative);
-  const std::string lxfPath = single ? translations_ : joinPath(translations_, withExtension(relative, ".lxf"));
-  const bool namesExchangeFile = withExtension(scriptPath, ".lxf") == scriptPath;
-  if (!namesExchangeFile && session_.files->pathKind(scriptPath) == PathKind::File) {
-    return translationsFromScript(old, *loadScript(session_, scriptPath));
-  }
-  if (session_.files->pathKind(lxfPath) == PathKind::File) {
-    std::string file;
-    std::string buffer;
-    std::vector<Translation> translations(old.records.size());
-    const std::string_view lxf = readWork(session_, lxfPath, file, buffer);
-    auto misfit = wrongEncodingOf(file, lxfPath, old.file, session_.codec->page());
-    if (!misfit) misfit = attempt([&] { translations = translationsFromExchange(old, lxf, lxfPath); });
-    carried.unfit = misfit.has_value();
-    if (misfit) carried.warning = fmt::format("not used: {}", shown(misfit->description()));
+  const Encoding& in = old.in;
+  std::vector<Translation> translations(old.records.size());
+  const std::string path = translationOf(relative);
+  if (path.empty()) {
+    if (!old.records.empty())
+      carried.warning = fmt::format("{}: no translation of it", shownName(joinPath(tree_, relative)));
     return translations;
   }
-  if (!old.records.empty())
-    carried.warning = fmt::format("{}: no translation of it", shownName(joinPath(tree_, relative)));
-  return std::vector<Translation>(old.records.size());
+  std::string file;
+  readFile(session_, path, file);
+  const auto misfit = attempt([&] {
+    if (const auto lacked = session_.pages->bring(path, file, in)) throw *lacked;
+    if (withExtension(path, ".lxf") != path) {
+      translations = translationsFromScript(old, LoadedScript(std::move(file), in));
+      return;
+    }
+    if (const auto wrong = wrongEncodingOf(file, path, old.file, in.codec.page())) throw *wrong;
+    std::string buffer;
+    translations = translationsFromExchange(old, in.codec.toWork(file, buffer), path);
+  });
+  carried.unfit = misfit.has_value();
+  if (misfit) carried.warning = fmt::format("not used: {}", shown(misfit->description()));
+  return translations;
+}
+
+std::unique_ptr<LoadedScript> OldVersion::loadFresh(const Script& script) const {
+  std::string file;
+  std::string translation;
+  readFile(session_, script.path, file);
+  if (!session_.pages->named() && isAscii(file)) {
+    if (const std::string path = translationOf(oldNameOf(script)); !path.empty()) {
+      readFile(session_, path, translation);
+    }
+  }
+  const Encoding& in = takeEncoding(session_, script.path, file, translation);
+  return std::make_unique<LoadedScript>(std::move(file), in);
 }
 
 OldVersion::Carried OldVersion::carry(const Script& script, const LoadedScript& fresh) const {
@@ -109,10 +139,10 @@ OldVersion::Carried OldVersion::carry(const Script& script, const LoadedScript& 
     carried.result.texts.resize(fresh.records.size());
     return carried;
   }
-  carried.old = loadScript(session_, carried.oldPath);
-  const auto renamed = renamed_.find(script.relative);
-  const std::string& relative = renamed == renamed_.end() ? script.relative : renamed->second;
-  const std::vector<Translation> translations = translationsFor(relative, carried);
+  std::string file;
+  readBeside(session_, carried.oldPath, fresh.in, file);
+  carried.old = std::make_unique<LoadedScript>(std::move(file), fresh.in);
+  const std::vector<Translation> translations = translationsFor(oldNameOf(script), carried);
   carried.result = carryTranslations(*carried.old, translations, fresh);
   return carried;
 }

@@ -29,11 +29,17 @@ class OldVersion {
   // The paths of the old scripts that none of `fresh` stands for. After findRenamed().
   std::vector<std::string> unclaimed(const std::vector<Script>& fresh) const;
 
+  // A script of the new tree. One without bytes above 0x7F has the code page of its translation.
+  std::unique_ptr<LoadedScript> loadFresh(const Script& script) const;
+
   // Throws Failure.
   Carried carry(const Script& script, const LoadedScript& fresh) const;
 
  private:
+  const std::string& oldNameOf(const Script& script) const;  // relative
   std::string oldPathOf(const Script& script) const;
+  // Of the old script of that name; empty for none.
+  std::string translationOf(const std::string& relative) const;
   std::vector<Translation> translationsFor(const std::string& relative, Carried& carried) const;
 
   Session& session_;

@@ -58,7 +58,6 @@ class Update {
   void reportText(const std::string& path, const LoadedScript& fresh, const OldVersion::Carried& carried,
                   std::size_t record, std::string& out) const;
   void reportGone(const OldVersion::Carried& carried, std::string& out) const;
-  std::string quoted(std::string_view work) const;
   void reportLeft(const std::vector<std::string>& paths, Output& output, std::size_t& gone);
   void summary(const std::array<std::size_t, 5>& counts, std::size_t gone);
 
@@ -66,9 +65,9 @@ class Update {
   const Options& options_;
 };
 
-std::string Update::quoted(std::string_view work) const {
+std::string quoted(const LoadedScript& script, std::string_view work) {
   std::string out = "\"";
-  appendEscaped(*session_.codec, work, out);
+  appendEscaped(script.in.codec, work, out);
   return out + "\"";
 }
 
@@ -84,12 +83,12 @@ void Update::reportText(const std::string& path, const LoadedScript& fresh, cons
     out += "{\"file\":";
     appendJsonString(fromUtf8(path), out);
     out += fmt::format(",\"line\":{},\"record\":{},\"state\":\"{}\",\"text\":", now.lineNumber + 1, record + 1, state);
-    appendJsonString(*session_.codec, now.text, out);
+    appendJsonString(fresh.in.codec, now.text, out);
     if (before != nullptr) {
       out += fmt::format(",\"oldLine\":{},\"oldText\":", before->lineNumber + 1);
-      appendJsonString(*session_.codec, before->text, out);
+      appendJsonString(fresh.in.codec, before->text, out);
       out += ",\"translation\":";
-      appendJsonString(*session_.codec, text.translation, out);
+      appendJsonString(fresh.in.codec, text.translation, out);
       out += fmt::format(",\"why\":\"{}\"", text.why);
     }
     out += "}\n";
@@ -97,11 +96,11 @@ void Update::reportText(const std::string& path, const LoadedScript& fresh, cons
   }
   appendEscapedName(path, out);
   out += fmt::format(":{}: {}: ", now.lineNumber + 1, state);
-  if (text.state == CarryState::Changed && before != nullptr) out += quoted(before->text) + " -> ";
-  out += quoted(now.text);
+  if (text.state == CarryState::Changed && before != nullptr) out += quoted(fresh, before->text) + " -> ";
+  out += quoted(fresh, now.text);
   if (text.state == CarryState::Unsure) out += fmt::format(": {}", text.why);
   if (!text.translation.empty()) {
-    out += (text.ofPage ? "; translation of the page " : "; translation ") + quoted(text.translation);
+    out += (text.ofPage ? "; translation of the page " : "; translation ") + quoted(fresh, text.translation);
   }
   out += "\n";
 }
@@ -113,18 +112,18 @@ void Update::reportGone(const OldVersion::Carried& carried, std::string& out) co
       out += "{\"file\":";
       appendJsonString(fromUtf8(carried.oldPath), out);
       out += fmt::format(",\"line\":{},\"state\":\"gone\",\"text\":", text.lineNumber + 1);
-      appendJsonString(*session_.codec, text.text, out);
+      appendJsonString(carried.old->in.codec, text.text, out);
       out += "}\n";
     } else {
       appendEscapedName(carried.oldPath, out);
-      out += fmt::format(":{}: gone: {}\n", text.lineNumber + 1, quoted(text.text));
+      out += fmt::format(":{}: gone: {}\n", text.lineNumber + 1, quoted(*carried.old, text.text));
     }
   }
 }
 
 Outcome Update::updateScript(const Script& script, const OldVersion& oldVersion) const {
   Outcome outcome;
-  const auto fresh = loadScript(session_, script.path);
+  const auto fresh = oldVersion.loadFresh(script);
   const OldVersion::Carried carried = oldVersion.carry(script, *fresh);
   outcome.warning = carried.warning;
   outcome.unfit = carried.unfit;
@@ -145,7 +144,7 @@ Outcome Update::updateScript(const Script& script, const OldVersion& oldVersion)
     std::string buffer;
     const std::string target = joinPath(options_.out, withExtension(script.relative, ".lxf"));
     if (fresh->records.empty() && session_.files->pathKind(target) == PathKind::Missing) return;
-    session_.outputs->write(target, session_.codec->toFile(lxf, buffer), Outputs::Kind::ExchangeFile, options_.force);
+    session_.outputs->write(target, fresh->in.codec.toFile(lxf, buffer), Outputs::Kind::ExchangeFile, options_.force);
   });
   if (failure) outcome.error = shown(failure->description());
   return outcome;

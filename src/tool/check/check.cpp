@@ -104,8 +104,8 @@ class Check {
 
  private:
   std::vector<Finding> checkFile(const Script& script, Buffers& buffers) const;
-  void checkOneScript(const Script& script, Buffers& buffers, Findings& findings) const;
-  void checkOneExchangeFile(const Script& script, Buffers& buffers, Findings& findings) const;
+  Findings checkOneScript(const Script& script, Buffers& buffers) const;
+  Findings checkOneExchangeFile(const Script& script, Buffers& buffers) const;
   std::string scriptBelow(const std::string& relative) const;
   void gatherFrozen();
   void addMissing(const std::vector<Script>& files, std::string& out);
@@ -126,21 +126,24 @@ bool Check::isWanted(const char* kind) const {
   return (options_.only.empty() || named(options_.only)) && !named(options_.ignore);
 }
 
-void Check::checkOneScript(const Script& script, Buffers& buffers, Findings& findings) const {
-  const std::string_view work = readWork(session_, script.path, buffers.file, buffers.work);
-  if (checkUtf16(findings, buffers.file)) return;
+Findings Check::checkOneScript(const Script& script, Buffers& buffers) const {
+  const auto [in, work] = openScript(session_, script.path, buffers.file, buffers.work);
+  Findings findings(in.codec);
+  if (checkUtf16(findings, buffers.file)) return findings;
   const auto what = options_.against.empty() ? OutlineOf::Texts : OutlineOf::Dialogue;
-  const Outline outline = outlineOf(work, *session_.lists, what);
+  const Outline outline = outlineOf(work, in.lists, what);
   checkScript(findings, outline, buffers.file, work);
-  if (options_.against.empty()) return;
+  if (options_.against.empty()) return findings;
   const std::string oldPath = partnerIn(*session_.files, options_.against, script.relative);
   if (session_.files->pathKind(oldPath) != PathKind::File) {
     findings.list().push_back({1, 1, "missing", fmt::format("no original {}", shownName(oldPath))});
-    return;
+    return findings;
   }
-  const std::string_view oldWork = readWork(session_, oldPath, buffers.otherFile, buffers.otherWork);
-  checkAgainst(findings, oldWork, outlineOf(oldWork, *session_.lists), work, outline, options_.strict,
+  readBeside(session_, oldPath, in, buffers.otherFile);
+  const std::string_view oldWork = in.codec.toWork(buffers.otherFile, buffers.otherWork);
+  checkAgainst(findings, oldWork, outlineOf(oldWork, in.lists), work, outline, options_.strict,
                options_.frozen ? &frozen_ : nullptr);
+  return findings;
 }
 
 // The script of an exchange file below --scripts: the first of those with its name and another extension, `.txt` before
@@ -158,34 +161,41 @@ std::string Check::scriptBelow(const std::string& relative) const {
   return path;
 }
 
-void Check::checkOneExchangeFile(const Script& script, Buffers& buffers, Findings& findings) const {
+Findings Check::checkOneExchangeFile(const Script& script, Buffers& buffers) const {
   std::string& file = buffers.file;
-  std::string_view lxf = readWork(session_, script.path, file, buffers.work);
-  if (checkUtf16(findings, file)) return;
-  if (file.starts_with(kUtf8Mark)) {
+  readFile(session_, script.path, file);
+  const bool marked = file.starts_with(kUtf8Mark);
+  if (marked) file.erase(0, kUtf8Mark.size());
+  const bool alone = options_.scripts.empty() && (!given_ || given_->empty());
+  std::string path;
+  if (!alone) path = options_.scripts.empty() ? given_->scriptOf(script) : scriptBelow(script.relative);
+  const bool found = !path.empty() && session_.files->pathKind(path) == PathKind::File;
+  if (found) readFile(session_, path, buffers.otherFile);
+  const Encoding& in = found ? session_.pages->of(buffers.otherFile, file) : takeEncoding(session_, script.path, file);
+  Findings findings(in.codec);
+  if (checkUtf16(findings, file)) return findings;
+  if (marked)
     findings.list().push_back({1, 1, "lxf-order", "begins with a byte order mark, which is no part of a number"});
-    file.erase(0, kUtf8Mark.size());
-    lxf = session_.codec->toWork(file, buffers.work);
-  }
+  const std::string_view lxf = in.codec.toWork(file, buffers.work);
   checkEncoding(findings, file, lxf);
-  if (options_.scripts.empty() && (!given_ || given_->empty())) return checkExchangeFile(findings, lxf, nullptr);
-  const std::string path = options_.scripts.empty() ? given_->scriptOf(script) : scriptBelow(script.relative);
-  if (path.empty() || session_.files->pathKind(path) != PathKind::File) {
+  if (found) {
+    const Outline outline = outlineOf(in.codec.toWork(buffers.otherFile, buffers.otherWork), in.lists);
+    // With --against the scripts are translations, and a record may be as in its script.
+    checkExchangeFile(findings, lxf, &outline, options_.against.empty());
+    return findings;
+  }
+  if (!alone) {
     findings.list().push_back(
         {1, 1, "missing",
          path.empty() ? "no script of its name among those given" : fmt::format("no script {}", shownName(path))});
-    return checkExchangeFile(findings, lxf, nullptr);
   }
-  const std::string_view work = readWork(session_, path, buffers.otherFile, buffers.otherWork);
-  const Outline outline = outlineOf(work, *session_.lists);
-  // With --against the scripts are translations, and a record may be as in its script.
-  checkExchangeFile(findings, lxf, &outline, options_.against.empty());
+  checkExchangeFile(findings, lxf, nullptr);
+  return findings;
 }
 
 std::vector<Finding> Check::checkFile(const Script& script, Buffers& buffers) const {
-  Findings findings(*session_.codec);
-  isExchangeFile(script.path) ? checkOneExchangeFile(script, buffers, findings)
-                              : checkOneScript(script, buffers, findings);
+  Findings findings =
+      isExchangeFile(script.path) ? checkOneExchangeFile(script, buffers) : checkOneScript(script, buffers);
   std::stable_sort(findings.list().begin(), findings.list().end(), [](const Finding& a, const Finding& b) {
     return a.line != b.line ? a.line < b.line : a.column < b.column;
   });
@@ -197,8 +207,10 @@ void Check::gatherFrozen() {
       session_, collectScripts(session_, {options_.against}),
       [&](const Script& script, Buffers& buffers) {
         FrozenNames names;
-        const std::string_view work = readWork(session_, script.path, buffers.file, buffers.work);
-        gatherFrozenNames(work, outlineOf(work, *session_.lists), script.relative, names);
+        readFile(session_, script.path, buffers.file);
+        const Encoding& in = session_.pages->of(buffers.file);
+        const std::string_view work = in.codec.toWork(buffers.file, buffers.work);
+        gatherFrozenNames(work, outlineOf(work, in.lists), script.relative, names);
         return names;
       },
       [&](const Script&, FrozenNames&& names) {

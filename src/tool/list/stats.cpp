@@ -78,15 +78,16 @@ std::size_t countWords(std::string_view text, std::string& buffer) {
   return words;
 }
 
-std::pair<std::string, std::string> reasonOf(const OutlineText& text, const Outline& outline) {
-  const std::string& command = outline.commands[text.command];
+std::pair<std::string, std::string> reasonOf(const OutlineText& text, const Outline& outline, const Codec& codec) {
+  std::string command;
+  appendEscaped(codec, outline.commands[text.command], command);  // it may hold what no terminal should see
   if (text.segment == Segment::Title) return {"title", {}};
   if (!text.allowed) return {"command not listed", command.empty() ? "(none)" : command};
   if (text.firstOfSpecial) return {"first text of a special command", command};
   return {"bracket at one end", {}};
 }
 
-void addTexts(const Outline& outline, bool leftOut, std::string& buffer, Outcome& outcome) {
+void addTexts(const Outline& outline, bool leftOut, const Codec& codec, std::string& buffer, Outcome& outcome) {
   for (const OutlineText& text : outline.texts) {
     const bool readable = text.segment == Segment::Message || text.segment == Segment::Title;
     ++outcome.figures[text.segment == Segment::Title     ? Titles
@@ -94,7 +95,7 @@ void addTexts(const Outline& outline, bool leftOut, std::string& buffer, Outcome
                       : text.segment == Segment::Code    ? Code
                                                          : Plain];
     if (text.record) ++outcome.figures[Records];
-    if (!text.record && leftOut) ++outcome.leftOut[reasonOf(text, outline)];
+    if (!text.record && leftOut) ++outcome.leftOut[reasonOf(text, outline, codec)];
     if (!readable) continue;
     outcome.figures[Words] += countWords(text.text, buffer);
     outcome.figures[ColorCodes] += countColorCodes(text.text);
@@ -116,10 +117,10 @@ void addProgress(const Outline& outline, const Outline& old, const Pairing& pair
 
 Outcome measure(const Session& session, const Options& options, const Script& script, Buffers& buffers) {
   Outcome outcome;
-  const std::string_view work = readWork(session, script.path, buffers.file, buffers.work);
-  const Outline outline = outlineOf(work, *session.lists, OutlineOf::Texts);
-  addTexts(outline, options.leftOut, buffers.out, outcome);
-  outcome.figures[LackedBytes] = session.codec->page().countUndefined(buffers.file);
+  const auto [in, work] = openScript(session, script.path, buffers.file, buffers.work);
+  const Outline outline = outlineOf(work, in.lists, OutlineOf::Texts);
+  addTexts(outline, options.leftOut, in.codec, buffers.out, outcome);
+  outcome.figures[LackedBytes] = in.codec.page().countUndefined(buffers.file);
   if (options.against.empty()) return outcome;
   const std::string oldPath = session.files->pathKind(options.against) == PathKind::File
                                   ? options.against
@@ -128,8 +129,9 @@ Outcome measure(const Session& session, const Options& options, const Script& sc
     outcome.warning = fmt::format("{}: no original {}", shownName(script.path), shownName(oldPath));
     return outcome;
   }
-  const std::string_view oldWork = readWork(session, oldPath, buffers.otherFile, buffers.otherWork);
-  const Outline old = outlineOf(oldWork, *session.lists, OutlineOf::Texts);
+  readBeside(session, oldPath, in, buffers.otherFile);
+  const std::string_view oldWork = in.codec.toWork(buffers.otherFile, buffers.otherWork);
+  const Outline old = outlineOf(oldWork, in.lists, OutlineOf::Texts);
   addProgress(outline, old, pairScripts(oldWork, old, work, outline), outcome.figures);
   return outcome;
 }
@@ -137,8 +139,8 @@ Outcome measure(const Session& session, const Options& options, const Script& sc
 // A script of the original tree that the translated one lacks: all of it remains.
 Outcome measureMissing(const Session& session, const Script& original, Buffers& buffers) {
   Outcome outcome;
-  const std::string_view work = readWork(session, original.path, buffers.file, buffers.work);
-  forEachRecordText(work, *session.lists, [&](std::string_view, std::string_view) { ++outcome.figures[Remaining]; });
+  const auto [in, work] = openScript(session, original.path, buffers.file, buffers.work);
+  forEachRecordText(work, in.lists, [&](std::string_view, std::string_view) { ++outcome.figures[Remaining]; });
   return outcome;
 }
 
@@ -247,14 +249,6 @@ void run(Session& session, const Options& options) {
       [&](const Script& script, Buffers& buffers) { return measure(session, options, script, buffers); },
       [&](const Script& script, Outcome&& outcome) {
         if (!outcome.warning.empty()) session.console.warning(outcome.warning);
-        // A command's word may hold what no terminal should see.
-        Reasons visible;
-        for (const auto& [reason, count] : outcome.leftOut) {
-          std::string command;
-          appendEscaped(*session.codec, reason.second, command);
-          visible[{reason.first, command}] += count;
-        }
-        outcome.leftOut = std::move(visible);
         report.add(script.path, outcome);
         return output.flushSome();
       });

@@ -34,8 +34,8 @@ constexpr std::string_view className(Segment segment) {
 // Writes one script's texts.
 class TextsSink {
  public:
-  TextsSink(const Session& session, const std::string& path, bool json, std::string& out)
-      : codec_(*session.codec), scanner_(*session.lists), json_(json), out_(out) {
+  TextsSink(const Encoding& in, const std::string& path, bool json, std::string& out)
+      : codec_(in.codec), scanner_(in.lists), json_(json), out_(out) {
     if (json) {
       appendJsonString(fromUtf8(path), name_);
     } else {
@@ -102,7 +102,8 @@ void run(Session& session, const std::vector<std::string>& paths, bool json) {
       session, collectScripts(session, paths),
       [&](const Script& script, Buffers& buffers) {
         std::string out;
-        TextsSink(session, script.path, json, out).scan(readWork(session, script.path, buffers.file, buffers.work));
+        const Opened opened = openScript(session, script.path, buffers.file, buffers.work);
+        TextsSink(opened.in, script.path, json, out).scan(opened.work);
         return out;
       },
       [&](const Script&, std::string&& out) {

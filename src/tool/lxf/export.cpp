@@ -41,8 +41,9 @@ void exportOne(Session& session, const Options& options) {
   std::string lxf;
   if (script != "-" && session.files->pathKind(script) == PathKind::Folder)
     throw UsageError("a folder needs --out DIR");
-  exportWork(readWork(session, script, file, work), *session.lists, options.keepCodes, lxf);
-  const std::string_view bytes = session.codec->toFile(lxf, work);
+  const Opened opened = openScript(session, script, file, work);
+  exportWork(opened.work, opened.in.lists, options.keepCodes, lxf);
+  const std::string_view bytes = opened.in.codec.toFile(lxf, work);
 
   const bool named = options.paths.size() == 2;
   const std::string target = named ? options.paths[1] : script == "-" ? "-" : withExtension(script, ".lxf");
@@ -100,11 +101,11 @@ void exportTree(Session& session, const Options& options) {
       [&](const Script& script, Buffers& buffers) {
         const std::string target = targetOf(script, options.out);
         if (options.noClobber && session.files->pathKind(target) == PathKind::File) return kKept;
-        const std::string_view work = readWork(session, script.path, buffers.file, buffers.work);
-        const std::size_t count = exportWork(work, *session.lists, options.keepCodes, buffers.out);
+        const auto [in, work] = openScript(session, script.path, buffers.file, buffers.work);
+        const std::size_t count = exportWork(work, in.lists, options.keepCodes, buffers.out);
         // A script without texts has no exchange file; one that is there may be a translation and is told of.
         if (count == 0 && session.files->pathKind(target) == PathKind::Missing) return count;
-        session.outputs->write(target, session.codec->toFile(buffers.out, buffers.work), Outputs::Kind::ExchangeFile,
+        session.outputs->write(target, in.codec.toFile(buffers.out, buffers.work), Outputs::Kind::ExchangeFile,
                                options.force);
         return count;
       },

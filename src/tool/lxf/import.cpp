@@ -43,9 +43,12 @@ void importOne(Session& session, const ImportOptions& options) {
   std::string work;
   std::string lxfFile;
   std::string lxfWork;
-  const std::string_view lxf = readWork(session, lxfPath, lxfFile, lxfWork);
-  if (lxf.empty()) throw Failure(fromUtf8(lxfPath) + u": The exchange file is empty");
-  const std::string_view script = readWork(session, path, file, work);
+  readFile(session, lxfPath, lxfFile);
+  if (lxfFile.empty()) throw Failure(fromUtf8(lxfPath) + u": The exchange file is empty");
+  readFile(session, path, file);
+  const Encoding& in = takeEncoding(session, path, file, lxfFile);
+  const std::string_view lxf = in.codec.toWork(lxfFile, lxfWork);
+  const std::string_view script = in.codec.toWork(file, work);
   const ExchangeFile cut = cutExchangeFile(lxf);
   const bool named = lxfPath == "-" || withExtension(lxfPath, ".lxf") == lxfPath;
   const bool numbered = std::any_of(cut.records.begin(), cut.records.end(), [](const ByteRecord& record) {
@@ -56,16 +59,16 @@ void importOne(Session& session, const ImportOptions& options) {
   }
 
   // As in the window a text goes in whatever it breaks, but not unheard.
-  for (const BrokenRecord& record : breaksOf(*session.codec, *session.lists, script, cut, false).list) {
+  for (const BrokenRecord& record : breaksOf(in.codec, in.lists, script, cut, false).list) {
     const std::string told = fmt::format("{}:{}: {}:{}: {}", shownName(path), record.scriptLine, shownName(lxfPath),
                                          record.record, record.why);
     if (options.strict) throw Failure(fromUtf8(told));
     session.console.error(told);
   }
-  const Merge merge = mergeWork(*session.lists, script, lxf, lxfPath, {.keepEol = options.eol == "keep"});
+  const Merge merge = mergeWork(in.lists, script, lxf, lxfPath, {.keepEol = options.eol == "keep"});
   std::string buffer;
-  const std::string_view bytes = session.codec->toFile(merge.work, buffer);
-  warnOfOddities(session, lxfPath, cut, merge.texts, wrongEncodingOf(lxfFile, lxfPath, file, session.codec->page()));
+  const std::string_view bytes = in.codec.toFile(merge.work, buffer);
+  warnOfOddities(session, lxfPath, cut, merge.texts, wrongEncodingOf(lxfFile, lxfPath, file, in.codec.page()));
   if (path == "-") {
     if (!writeStandardOutput(bytes)) session.console.fail();
     return;

@@ -52,17 +52,20 @@ Outcome TreeImport::mergeScript(const Script& script, Buffers& buffers, std::opt
     outcome.fate = Fate::NoExchangeFile;
     return outcome;
   }
-  const std::string_view lxf = readWork(session_, lxfPath, buffers.otherFile, buffers.otherWork);
-  const std::string_view scriptWork = readWork(session_, script.path, buffers.file, buffers.work);
+  readFile(session_, lxfPath, buffers.otherFile);
+  readFile(session_, script.path, buffers.file);
+  const Encoding& in = takeEncoding(session_, script.path, file, buffers.otherFile);
+  const std::string_view lxf = in.codec.toWork(buffers.otherFile, buffers.otherWork);
+  const std::string_view scriptWork = in.codec.toWork(file, buffers.work);
   const auto refuse = [&](std::string_view why) {
     outcome.fate = Fate::Refused;
     outcome.message = fmt::format("{}: left alone: {}", shownName(script.path), why);
     return outcome;
   };
   const ExchangeFile cut = cutExchangeFile(lxf);
-  const RecordBreaks breaks = breaksOf(*session_.codec, *session_.lists, scriptWork, cut, !options_.likeWindow);
-  for (const auto& misfit : {wrongEncodingOf(buffers.otherFile, lxfPath, file, session_.codec->page()),
-                             misfitOf(cut, lxfPath, breaks.texts)}) {
+  const RecordBreaks breaks = breaksOf(in.codec, in.lists, scriptWork, cut, !options_.likeWindow);
+  for (const auto& misfit :
+       {wrongEncodingOf(buffers.otherFile, lxfPath, file, in.codec.page()), misfitOf(cut, lxfPath, breaks.texts)}) {
     if (!misfit) continue;
     if (!options_.force) return refuse(shown(misfit->description()));
     outcome.warnings.push_back(shown(misfit->description()));
@@ -78,7 +81,7 @@ Outcome TreeImport::mergeScript(const Script& script, Buffers& buffers, std::opt
   const MergeWay way{.keepEol = options_.eol.empty() ? !likeWindow : options_.eol == "keep", .keepCodes = !likeWindow};
   Merge merge;
   try {
-    merge = mergeWork(*session_.lists, scriptWork, lxf, lxfPath, way);
+    merge = mergeWork(in.lists, scriptWork, lxf, lxfPath, way);
   } catch (const Failure& failure) {
     return refuse(shown(failure.description()));
   }
@@ -92,7 +95,7 @@ Outcome TreeImport::mergeScript(const Script& script, Buffers& buffers, std::opt
   }
   outcome.texts = merge.texts;
   outcome.changed = merge.changed;
-  const std::string_view now = session_.codec->toFile(merge.work, buffers.out);
+  const std::string_view now = in.codec.toFile(merge.work, buffers.out);
   if (now == file) return outcome;
   outcome.fate = Fate::Replaced;
   bytes = now;

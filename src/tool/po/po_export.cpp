@@ -48,8 +48,8 @@ class PoExport {
 
  private:
   Outcome readScript(const Script& script, const OldVersion* oldVersion) const;
-  PoEntry entryOf(const Script& script, const OutlineText& text, std::string context, const CarriedText& carried,
-                  const OldVersion::Carried& version) const;
+  PoEntry entryOf(const Script& script, const Codec& codec, const OutlineText& text, std::string context,
+                  const CarriedText& carried, const OldVersion::Carried& version) const;
   std::string addServerEntry(const LoadedScript& script, const OutlineText& text, const CarriedText& carried,
                              ServerEntries& entries) const;
   void write(const std::string& path, const Outcome& outcome);
@@ -63,25 +63,25 @@ class PoExport {
   std::size_t left_ = 0;
 };
 
-PoEntry PoExport::entryOf(const Script& script, const OutlineText& text, std::string context,
+PoEntry PoExport::entryOf(const Script& script, const Codec& codec, const OutlineText& text, std::string context,
                           const CarriedText& carried, const OldVersion::Carried& version) const {
   PoEntry entry;
   entry.context = std::move(context);
-  entry.id = poTextOf(*session_.codec, text.text);
+  entry.id = poTextOf(codec, text.text);
   entry.file = poNameOf(script.relative);
   entry.line = text.lineNumber + 1;
   const bool unsure = carried.state == CarryState::Changed || carried.state == CarryState::Unsure;
   if (carried.state != CarryState::Carried && !unsure) return entry;
   if (carried.ofPage) {
-    entry.comments.push_back(fmt::format("{}: {}", carried.why, poTextOf(*session_.codec, carried.translation)));
+    entry.comments.push_back(fmt::format("{}: {}", carried.why, poTextOf(codec, carried.translation)));
     return entry;
   }
-  entry.text = poTextOf(*session_.codec, carried.translation);
+  entry.text = poTextOf(codec, carried.translation);
   entry.fuzzy = unsure && !entry.text.empty();
   if (!entry.fuzzy) return entry;
   entry.comments.emplace_back(carried.why);
   if (version.old && carried.oldRecord < version.old->records.size()) {
-    entry.previousId = poTextOf(*session_.codec, version.old->records[carried.oldRecord]->text);
+    entry.previousId = poTextOf(codec, version.old->records[carried.oldRecord]->text);
   }
   return entry;
 }
@@ -91,7 +91,7 @@ PoEntry PoExport::entryOf(const Script& script, const OutlineText& text, std::st
 std::string PoExport::addServerEntry(const LoadedScript& script, const OutlineText& text, const CarriedText& carried,
                                      ServerEntries& entries) const {
   std::string buffer;
-  const auto fileBytes = [&](std::string_view work) { return std::string(session_.codec->toFile(work, buffer)); };
+  const auto fileBytes = [&](std::string_view work) { return std::string(script.in.codec.toFile(work, buffer)); };
   const std::string_view npc = script.outline.npcs[text.npc];
   if (npc.empty()) return "left out: it stands in no NPC";
   const std::string context = fmt::format("msgctxt \"{}\"\n", fileBytes(npc));
@@ -117,13 +117,14 @@ std::string PoExport::addServerEntry(const LoadedScript& script, const OutlineTe
 
 Outcome PoExport::readScript(const Script& script, const OldVersion* oldVersion) const {
   Outcome outcome;
-  const auto loaded = loadScript(session_, script.path);
+  const auto loaded = oldVersion == nullptr ? loadScript(session_, script.path) : oldVersion->loadFresh(script);
   OldVersion::Carried version;
   version.result.texts.resize(loaded->records.size());
   if (oldVersion != nullptr) version = oldVersion->carry(script, *loaded);
   outcome.warning = version.warning;
   outcome.unfit = version.unfit;
-  PoContexts contexts(*session_.codec, script.relative);
+  const Codec& codec = loaded->in.codec;
+  PoContexts contexts(codec, script.relative);
   ServerEntries serverEntries;
   for (std::size_t i = 0; i < loaded->records.size(); ++i) {
     const OutlineText& text = *loaded->records[i];
@@ -135,7 +136,7 @@ Outcome PoExport::readScript(const Script& script, const OldVersion* oldVersion)
     } else if (options_.forServer) {
       why = addServerEntry(*loaded, text, version.result.texts[i], serverEntries);
     } else {
-      outcome.entries.push_back(entryOf(script, text, std::move(context), version.result.texts[i], version));
+      outcome.entries.push_back(entryOf(script, codec, text, std::move(context), version.result.texts[i], version));
     }
     if (!why.empty()) {
       outcome.left.push_back(fmt::format("{}:{}: {}", shownName(script.path), text.lineNumber + 1, why));

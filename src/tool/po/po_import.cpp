@@ -36,6 +36,7 @@ class PoImport {
  private:
   Entries readEntries(const std::string& path);
   void importAll(const std::vector<Script>& scripts);
+  std::unique_ptr<LoadedScript> load(const Script& script) const;
   void importScript(const Script& script, const LoadedScript& loaded, Entries& entries);
   void importSplit(const Script& script, const LoadedScript& loaded, std::set<std::string>& taken);
   void apply(const Script& script, Entries& entries, const LoadedScript& loaded, std::string& work);
@@ -104,7 +105,8 @@ void PoImport::warn(const std::string& text) {
 
 // The script with its translations, in work bytes.
 void PoImport::apply(const Script& script, Entries& entries, const LoadedScript& loaded, std::string& work) {
-  PoContexts contexts(*session_.codec, script.relative);
+  const Codec& codec = loaded.in.codec;
+  PoContexts contexts(codec, script.relative);
   std::size_t copied = 0;
   inScript_ = 0;
   for (const OutlineText* text : loaded.records) {
@@ -118,7 +120,7 @@ void PoImport::apply(const Script& script, Entries& entries, const LoadedScript&
       ++fuzzy_;
       continue;
     }
-    const std::string now = poTextOf(*session_.codec, text->text);
+    const std::string now = poTextOf(codec, text->text);
     if (entry.text == now) continue;
     if (entry.id != now) {
       warn(fmt::format("{}: left as it is: {}:{}: the text is not the entry's msgid", place, shownName(entries.path),
@@ -126,7 +128,7 @@ void PoImport::apply(const Script& script, Entries& entries, const LoadedScript&
       continue;
     }
     std::string translation;
-    if (const auto failure = attempt([&] { translation = fromPoText(*session_.codec, entry.text, text->text); })) {
+    if (const auto failure = attempt([&] { translation = fromPoText(codec, entry.text, text->text); })) {
       warn(fmt::format("{}: left as it is: {}:{}: {}", place, shownName(entries.path), entry.ownLine,
                        shown(failure->description())));
       continue;
@@ -152,7 +154,7 @@ void PoImport::importScript(const Script& script, const LoadedScript& loaded, En
   if (options_.dryRun) {
     session_.console.note(fmt::format("{}: {} would change", shownName(script.path), counted(inScript_, "text")));
   } else {
-    replaceScript(session_, script.path, session_.codec->toFile(work, buffer), options_.backup);
+    replaceScript(session_, script.path, loaded.in.codec.toFile(work, buffer), options_.backup);
     folders_.insert(folderOf(script.path));
   }
   ++written_;
@@ -173,12 +175,20 @@ void PoImport::importSplit(const Script& script, const LoadedScript& loaded, std
   }
 }
 
+// Nothing but the other scripts tells the code page of one that is ASCII.
+std::unique_ptr<LoadedScript> PoImport::load(const Script& script) const {
+  std::string file;
+  readFile(session_, script.path, file);
+  const Encoding& in = isAscii(file) ? session_.pages->ofMost() : takeEncoding(session_, script.path, file);
+  return std::make_unique<LoadedScript>(std::move(file), in);
+}
+
 void PoImport::importAll(const std::vector<Script>& scripts) {
   Entries whole;
   std::set<std::string> taken;
   if (!split_) whole = readEntries(options_.from);
   forEachScript<std::unique_ptr<LoadedScript>>(
-      session_, scripts, [&](const Script& script, Buffers&) { return loadScript(session_, script.path); },
+      session_, scripts, [&](const Script& script, Buffers&) { return load(script); },
       [&](const Script& script, std::unique_ptr<LoadedScript>&& loaded) {
         const auto failure =
             attempt([&] { split_ ? importSplit(script, *loaded, taken) : importScript(script, *loaded, whole); });

@@ -45,9 +45,9 @@ void Session::prepare() {
   if (const std::string wish = codePageWish(); codePageName.empty() && !wish.empty() && !codePageByName(wish)) {
     throw UsageError(fmt::format("DRAVENNA_CODEPAGE: {} is no code page that is supported", wish));
   }
+  const bool pageNamed = !codePageName.empty() || !codePageWish().empty();
   const CodePagePtr page = codePageName.empty() ? systemCodePage() : codePageByName(codePageName);
   if (!page) throw UsageError(fmt::format("--codepage: {} is no code page that is supported", codePageName));
-  codec.emplace(page);
 
   const std::vector<CommandPair> pairs = findCommandPairs(*files, commandsFile);
   const auto found =
@@ -65,9 +65,10 @@ void Session::prepare() {
     }
     return fromUtf8(*given);
   };
-  lists.emplace(listOf("--allowed-commands", allowedCommands, found->allowed),
-                listOf("--special-commands", specialCommands, found->special), codec->wordPage());
-  outputs = std::make_unique<Outputs>(*files, *lists);
+  pages =
+      std::make_unique<Pages>(*files, page, pageNamed, listOf("--allowed-commands", allowedCommands, found->allowed),
+                              listOf("--special-commands", specialCommands, found->special));
+  outputs = std::make_unique<Outputs>(*files, pages->usual().lists);
 }
 
 std::vector<Script> collectScripts(Session& session, const std::vector<std::string>& arguments,
@@ -78,6 +79,7 @@ std::vector<Script> collectScripts(Session& session, const std::vector<std::stri
   const auto add = [&](Script script) {
     if (seen.insert(std::filesystem::path(script.path).lexically_normal().string()).second) {
       session.outputs->addInput(script.path);
+      session.pages->addScript(script.path);
       scripts.push_back(std::move(script));
     }
   };
@@ -138,15 +140,29 @@ void readFile(const Session& session, const std::string& path, std::string& file
   }
 }
 
-std::string_view readWork(const Session& session, const std::string& path, std::string& file, std::string& work) {
+const Encoding& takeEncoding(const Session& session, const std::string& path, std::string_view bytes,
+                             std::string_view beside) {
+  const Encoding& in = session.pages->of(bytes, beside);
+  session.pages->note(path, bytes, in);
+  return in;
+}
+
+Opened openScript(const Session& session, const std::string& path, std::string& file, std::string& work) {
   readFile(session, path, file);
-  return session.codec->toWork(file, work);
+  const Encoding& in = takeEncoding(session, path, file);
+  return {in, in.codec.toWork(file, work)};
 }
 
 std::unique_ptr<LoadedScript> loadScript(const Session& session, const std::string& path) {
   std::string file;
   readFile(session, path, file);
-  return std::make_unique<LoadedScript>(std::move(file), *session.codec, *session.lists);
+  const Encoding& in = takeEncoding(session, path, file);
+  return std::make_unique<LoadedScript>(std::move(file), in);
+}
+
+void readBeside(const Session& session, const std::string& path, const Encoding& in, std::string& file) {
+  readFile(session, path, file);
+  static_cast<void>(session.pages->bring(path, file, in));
 }
 
 void replaceScript(const Session& session, const std::string& path, std::string_view bytes, const std::string& backup) {

@@ -7,13 +7,12 @@
 #include <vector>
 
 #include "platform/tree_files.h"
-#include "scan/command_list.h"
 #include "text/path_names.h"
 #include "text/text.h"
 #include "tool/run/console.h"
 #include "tool/run/options.h"
 #include "tool/run/outputs.h"
-#include "tool/script/codec.h"
+#include "tool/run/pages.h"
 #include "tool/script/loaded_script.h"
 #include "tool/script/shown.h"
 
@@ -34,12 +33,11 @@ struct Session {
 
   std::unique_ptr<TreeFiles> files = makeTreeFiles();
   Console console;
-  std::optional<Codec> codec;
-  std::optional<CommandLists> lists;
+  std::unique_ptr<Pages> pages;
   std::unique_ptr<Outputs> outputs;
 
   void addOptions(Verb verb);
-  // Makes codec, lists and outputs. Throws UsageError.
+  // Makes pages and outputs. Throws UsageError.
   void prepare();
 };
 
@@ -60,10 +58,22 @@ std::vector<Script> collectScripts(Session& session, const std::vector<std::stri
 
 // A file's bytes; `-` is standard input. Throws Failure.
 void readFile(const Session& session, const std::string& path, std::string& file);
-// Its work bytes. Uses both buffers again and again.
-std::string_view readWork(const Session& session, const std::string& path, std::string& file, std::string& work);
 
+// A file's work bytes.
+struct Opened {
+  const Encoding& in;
+  std::string_view work;
+};
+// The encoding of a script of the run with these bytes, which is told at the end where most others have another one.
+const Encoding& takeEncoding(const Session& session, const std::string& path, std::string_view bytes,
+                             std::string_view beside = {});
+// A script of the run. Uses both buffers again and again.
+Opened openScript(const Session& session, const std::string& path, std::string& file, std::string& work);
 std::unique_ptr<LoadedScript> loadScript(const Session& session, const std::string& path);
+
+// The bytes of a file that stands beside a script in this encoding, brought into it; as they are where that lacks a
+// character.
+void readBeside(const Session& session, const std::string& path, const Encoding& in, std::string& file);
 
 // Puts new bytes in the place of a script, whole or not at all. Its folder is left for flushFolders.
 void replaceScript(const Session& session, const std::string& path, std::string_view bytes, const std::string& backup);

@@ -95,15 +95,6 @@ bool isAscii(std::string_view bytes) {
   return any < 0x80;
 }
 
-bool isUtf8(std::string_view bytes) {
-  for (std::size_t at = 0; at < bytes.size();) {
-    const int length = readUtf8(bytes.substr(at)).length;
-    if (length == 0) return false;
-    at += static_cast<std::size_t>(length);
-  }
-  return true;
-}
-
 bool isUtf16(std::string_view bytes) {
   if (bytes.starts_with("\xFF\xFE") || bytes.starts_with("\xFE\xFF")) return true;
   constexpr std::size_t kLooked = 16;

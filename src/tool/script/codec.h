@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "text/code_page.h"
+#include "text/high_bytes.h"
 
 namespace dravenna {
 
@@ -56,7 +57,7 @@ class PlaceCounter {
 };
 
 bool isAscii(std::string_view bytes);
-bool isUtf8(std::string_view bytes);  // every byte of it
+inline bool isUtf8(std::string_view bytes) { return highBytesOf(bytes) != HighBytes::Other; }  // every byte of it
 // By its mark, or its ASCII characters each beside a NUL.
 bool isUtf16(std::string_view bytes);
 inline constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";  // the byte order mark

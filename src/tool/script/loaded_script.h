@@ -4,15 +4,15 @@
 #include <string>
 #include <vector>
 
-#include "tool/script/codec.h"
+#include "tool/script/encoding.h"
 #include "tool/script/outline.h"
 
 namespace dravenna {
 
 // A script with its outline; stays where it is, since the outline looks into it.
 struct LoadedScript {
-  LoadedScript(std::string bytes, const Codec& codec, const CommandLists& lists)
-      : file(std::move(bytes)), work(codec.toWork(file, buffer)), outline(outlineOf(work, lists)) {
+  LoadedScript(std::string bytes, const Encoding& encoding)
+      : in(encoding), file(std::move(bytes)), work(in.codec.toWork(file, buffer)), outline(outlineOf(work, in.lists)) {
     for (const OutlineText& text : outline.texts) {
       if (text.record) records.push_back(&text);
     }
@@ -20,6 +20,7 @@ struct LoadedScript {
   LoadedScript(const LoadedScript&) = delete;
   LoadedScript& operator=(const LoadedScript&) = delete;
 
+  const Encoding& in;
   std::string file;
   std::string buffer;
   std::string_view work;
