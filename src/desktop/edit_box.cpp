@@ -103,6 +103,11 @@ void EditBox::takeOver() {
   model_.userEdited(viewOf(text()), start, selectionLength());
 }
 
+bool EditBox::event(QEvent* event) {
+  // Without the focus, the toolkit's box drops its selection when the window comes forward.
+  return event->type() == QEvent::WindowActivate ? QWidget::event(event) : QLineEdit::event(event);
+}
+
 void EditBox::focusInEvent(QFocusEvent* event) {
   // As when the window comes forward: the selection stays as it is.
   QFocusEvent plain(QEvent::FocusIn, Qt::ActiveWindowFocusReason);

@@ -26,6 +26,7 @@ class EditBox : public QLineEdit {
   void keyPressEvent(QKeyEvent* event) override;
 
  protected:
+  bool event(QEvent* event) override;
   void focusInEvent(QFocusEvent* event) override;
   void focusOutEvent(QFocusEvent* event) override;
   void inputMethodEvent(QInputMethodEvent* event) override;

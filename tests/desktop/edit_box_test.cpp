@@ -57,22 +57,6 @@ TEST_F(EditBoxTest, JoinsTheLinesOfAPaste) {
   EXPECT_EQ(model.Text(), u"a\rbcd efg h");
 }
 
-TEST_F(EditBoxTest, KeepsItsSelectionWithoutTheFocus) {
-  model.setText(u"one two");
-  model.setSelStart(4);
-  model.setSelLength(3);
-  box.synchronise();
-  for (const auto reason : {Qt::MouseFocusReason, Qt::TabFocusReason, Qt::ShortcutFocusReason}) {
-    QFocusEvent in(QEvent::FocusIn, reason);
-    QCoreApplication::sendEvent(&box, &in);
-    QFocusEvent out(QEvent::FocusOut, reason);
-    QCoreApplication::sendEvent(&box, &out);
-    EXPECT_EQ(box.selectedText(), QStringLiteral("two"));
-  }
-  EXPECT_EQ(model.SelStart(), 4);
-  EXPECT_EQ(model.SelLength(), 3);
-}
-
 TEST_F(EditBoxTest, LeavesATextAloneThatIsTooLongForIt) {
   model.setText(std::u16string(2'000'000, u'x'));
   box.synchronise();

@@ -5,6 +5,7 @@
 #include <fstream>
 #include <map>
 #include <optional>
+#include <random>
 
 #include "platform/scratch_folder.h"
 #include "platform/system.h"
@@ -48,11 +49,20 @@ char16_t segmentLetter(std::uint32_t color) {
   return u"pcqetmk?"[std::find(std::begin(colors), std::end(colors), color) - colors];
 }
 
+// What `random` looks at behind each step.
+constexpr const char* kSeen[] = {"N.Text",       "N.SelStart",    "N.SelLength", "N.SelColor",    "EDT.Text",
+                                 "EDT.SelStart", "EDT.SelLength", "EDT.Visible", "EDT.ForeColor", "EDT.BackColor",
+                                 "focus",        "frmSearch",     "Ini",         "Fin",           "xIni",
+                                 "Modified",     "UndoText",      "LastSearch",  "Status.Text"};
+
 class ScenarioRun {
  public:
-  ScenarioRun(std::string name, const DriverFactory& makeDriver) : name_(std::move(name)), makeDriver_(makeDriver) {
+  ScenarioRun(std::string name, DriverFactory makeDriver) : name_(std::move(name)), makeDriver_(std::move(makeDriver)) {
     fs::create_directory(folder_.file("files"));
   }
+
+  // What was seen behind each step of `random`.
+  std::vector<std::string> seen;
 
   // True if it was reported what the scenario's `#! ` comments say, which is nothing for most of them.
   bool run(std::string_view bytes) {
@@ -111,7 +121,8 @@ class ScenarioRun {
         {u"menu", &ScenarioRun::doMenu},         {u"press", &ScenarioRun::doMouse},
         {u"move", &ScenarioRun::doMouse},        {u"release", &ScenarioRun::doMouse},
         {u"button", &ScenarioRun::doButton},     {u"resize", &ScenarioRun::doResize},
-        {u"close", &ScenarioRun::doClose},       {u"expect", &ScenarioRun::doExpect}};
+        {u"close", &ScenarioRun::doClose},       {u"random", &ScenarioRun::doRandom},
+        {u"expect", &ScenarioRun::doExpect}};
     const Word& name = take("directive");
     const auto handler = name.quoted ? handlers.end() : handlers.find(name.text);
     if (handler == handlers.end()) throw ScenarioError{0, "directive not understood: " + toUtf8(name.text)};
@@ -307,6 +318,42 @@ class ScenarioRun {
   }
   void doClose() { inMain().close(); }
 
+  // COUNT SEED KEY...: so many steps, each one of the keys, a character of a quoted one, or for @ a click anywhere. In
+  // the window, the core alone must have come to the same each time.
+  void doRandom() {
+    const int steps = takeNumber("COUNT");
+    std::minstd_rand random(static_cast<unsigned>(takeNumber("SEED")));
+    const auto below = [&random](std::size_t limit) { return static_cast<std::int32_t>(random() % limit); };
+    std::vector<Word> keys;
+    while (more()) keys.push_back(take("KEY"));
+    stepsInPicker_ = [this, &below] {
+      const std::int32_t x = below(256);
+      const std::int32_t y = below(254);
+      driver_->mouse(MouseStep::Press, x, y);
+      driver_->mouse(MouseStep::Release, x, y);
+      driver_->key(keyNamed(u"Enter"));
+    };
+    for (int step = 1; step <= steps; ++step) {
+      const Word& key = keys.at(static_cast<std::size_t>(below(keys.size())));
+      const char16_t character = key.quoted ? key.text.at(static_cast<std::size_t>(below(key.text.size()))) : u' ';
+      const std::u16string& text = inMain().form()->N.Text();
+      auto place = static_cast<std::size_t>(below(text.size() + 1));
+      if (text.substr(place, 1) == u"\n") --place;  // no place for a caret
+      if (key.is(u"@")) {
+        drag(static_cast<std::int32_t>(place), static_cast<std::int32_t>(place));
+      } else if (!key.is(u"Tab") || driver().focused() != Control::txtSearch) {
+        driver().key(key.quoted ? keyTyping(character) : keyNamed(key.text));
+      }
+      const std::string name = key.quoted ? inQuotes({&character, 1}) : toUtf8(key.text);
+      const std::string behind = "step " + std::to_string(step) + ", " + name + ": ";
+      for (const char* what : kSeen) seen.push_back(behind + what + ' ' + shown(*driver().read(what)));
+      for (; !stage_.boxes.empty(); stage_.boxes.pop_front()) {
+        seen.push_back(toUtf8(replaceAll(stage_.boxes.front().text, directory_.u16string(), u"{dir}")));
+      }
+    }
+    stepsInPicker_ = nullptr;
+  }
+
   void doExpect() {
     do expectOne();
     while (more());
@@ -416,6 +463,7 @@ class ScenarioRun {
 
   // The steps up to the end of the picker; a scenario that ends before it leaves it by Esc.
   void stepsOf(ColorPick& picker) {
+    if (stepsInPicker_) return stepsInPicker_();
     const Reading outer = reading_;
     while (!picker.hidden && next_ < directives_.size()) step();
     if (!picker.hidden) driver_->key(keyNamed(u"Esc"));
@@ -433,7 +481,7 @@ class ScenarioRun {
   }
 
   std::string name_;
-  const DriverFactory& makeDriver_;
+  DriverFactory makeDriver_;
   std::vector<Directive> directives_;
   std::size_t next_ = 0;
   Reading reading_;
@@ -442,6 +490,7 @@ class ScenarioRun {
 
   ScratchFolder folder_;
   fs::path directory_ = folder_.file("files").make_preferred();
+  std::function<void()> stepsInPicker_;  // of `random`
   CodePagePtr codePage_ = codePageByName("1252");
   Stage stage_;
   std::deque<std::pair<ShownBox, int>> boxLines_;  // shown and not expected yet, with the line of the step
@@ -461,6 +510,18 @@ std::vector<fs::path> scenarioFiles(const fs::path& path) {
   return files;
 }
 
+// The same scenario without a window must have shown the same.
+bool isLike(const ScenarioRun& run, const fs::path& file) {
+  ScenarioRun core(file.string(), makeCoreDriver);
+  if (run.seen.empty() || !core.run(readFile(file))) return run.seen.empty();
+  const auto [got, expected] = std::mismatch(run.seen.begin(), run.seen.end(), core.seen.begin(), core.seen.end());
+  if (got == run.seen.end() && expected == core.seen.end()) return true;
+  const auto text = [](const auto& seen, auto at) { return at == seen.end() ? std::string("the end") : *at; };
+  std::printf("%s:1: %s, without the window %s\n", file.string().c_str(), text(run.seen, got).c_str(),
+              text(core.seen, expected).c_str());
+  return false;
+}
+
 }  // namespace
 
 int runScenarios(const std::vector<fs::path>& paths, const DriverFactory& makeDriver) {
@@ -469,7 +530,8 @@ int runScenarios(const std::vector<fs::path>& paths, const DriverFactory& makeDr
     for (const fs::path& file : scenarioFiles(path)) {
       const bool there = fs::is_regular_file(file);
       if (!there) std::printf("%s:0: no such file\n", file.string().c_str());
-      ++(there && ScenarioRun(file.string(), makeDriver).run(readFile(file)) ? passed : failed);
+      ScenarioRun run(file.string(), makeDriver);
+      ++(there && run.run(readFile(file)) && isLike(run, file) ? passed : failed);
     }
   }
   std::printf("%d passed, %d failed\n", passed, failed);
