@@ -139,7 +139,8 @@ void CommandTracker<Char>::digBehindBlanks() {
 
 template <class Char>
 void CommandTracker<Char>::lastPiece(View piece) {
-  if (!CleanWord(piece, false, cleaned_).ends_with(Char(';'))) return;
+  // Where a `;` is the last of all, nothing needs to be cleaned.
+  if (!piece.ends_with(Char(';')) && !CleanWord(piece, false, cleaned_).ends_with(Char(';'))) return;
   ActiveCommand.word.clear();
   PriorCommand.word.clear();
   ActiveCommand.traits = PriorCommand.traits = emptyTraits_;

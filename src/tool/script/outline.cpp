@@ -90,7 +90,7 @@ class OutlineBuilder {
     text.segment = classOf(text.text, quoted);
     text.allowed = quoted.allowed;
     text.firstOfSpecial = quoted.firstOfSpecial;
-    text.record = takesRecord(withoutColor(text.text, buffer_), quoted);
+    text.record = quoted.allowed && !quoted.firstOfSpecial && takesRecord(withoutColor(text.text, buffer_), quoted);
     text.inMenu = menu_ != Menu::None;
     text.command = commandNumber();
     text.npc = static_cast<std::uint32_t>(outline_.npcs.size() - 1);
@@ -184,20 +184,14 @@ Outline outlineOf(std::string_view work, const CommandLists& lists, OutlineOf wh
     });
     return outline;
   }
-  std::size_t counted = 0;  // bytes whose line feeds are counted
-  std::size_t feeds = 0;
-  const auto countTo = [&](std::size_t end) {
-    feeds += static_cast<std::size_t>(std::count(work.begin() + static_cast<std::ptrdiff_t>(counted),
-                                                 work.begin() + static_cast<std::ptrdiff_t>(end), '\n'));
-    counted = end;
-  };
-  forEachQuoteLine(work, [&](std::string_view line) {
-    const auto begin = static_cast<std::size_t>(line.data() - work.data());
-    countTo(begin);
-    builder.add({line, feeds, begin, {}});
+  std::size_t quote = work.find('"');
+  forEachLine(work, [&](const ScriptLine& line) {
+    ++outline.lines;
+    const std::size_t end = line.begin + line.text.size();
+    if (quote >= end) return;
+    builder.add(line);
+    quote = work.find('"', end);
   });
-  countTo(work.size());
-  outline.lines = feeds + (work.empty() || work.back() == '\n' ? 0 : 1);
   return outline;
 }
 
