@@ -12,9 +12,9 @@
 #include <utility>
 
 #include "color/color_pick.h"
-#include "desktop/centring.h"
 #include "desktop/display_text.h"
 #include "desktop/key_codes.h"
+#include "desktop/placing.h"
 #include "desktop/twips.h"
 
 namespace dravenna {
@@ -207,7 +207,7 @@ ColorPickDialog::ColorPickDialog(ColorPick& picker, QWidget* owner)
 
 void ColorPickDialog::showEvent(QShowEvent* event) {
   QDialog::showEvent(event);
-  if (const QScreen* on = screen()) new Centring(*this, on->availableGeometry());
+  if (const QScreen* on = screen()) new Placing(*this, centredIn(on->availableGeometry()));
 }
 
 void ColorPickDialog::reject() {

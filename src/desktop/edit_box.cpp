@@ -12,6 +12,7 @@
 #include <memory>
 
 #include "desktop/qt_text.h"
+#include "desktop/selection_colors.h"
 #include "desktop/twips.h"
 
 namespace dravenna {
@@ -23,6 +24,10 @@ constexpr int kNoLimit = std::numeric_limits<int>::max() / 2;  // the box adds t
 
 bool isLineBreak(QChar c) {
   return c == u'\r' || c == u'\n' || c == QChar::LineSeparator || c == QChar::ParagraphSeparator;
+}
+
+bool movesCaret(int key) {
+  return key == Qt::Key_Left || key == Qt::Key_Right || key == Qt::Key_Home || key == Qt::Key_End;
 }
 
 // The lines of a text, those without a character left out, with a blank between them.
@@ -74,7 +79,12 @@ void EditBox::showSelection() {
                                       : length == 0 && cursorPosition() == start;
   if (!same) {
     if (length > 0) {
-      setSelection(start, length);
+      if (start == 0 && length == static_cast<int>(model_.Text().size())) {
+        setSelection(length, -length);  // the caret, which stays in view, is at the beginning
+        takenWhole_ = true;
+      } else {
+        setSelection(start, length);
+      }
     } else {
       deselect();
       setCursorPosition(start);
@@ -87,12 +97,13 @@ void EditBox::showColors() {
   colorsShown_ = true;
   shownFore_ = model_.ForeColor;
   shownBack_ = model_.BackColor;
+  const bool onDark = toQt(shownBack_).lightness() < 128;
   QPalette colors = palette();
   for (const auto group : {QPalette::Active, QPalette::Inactive, QPalette::Disabled}) {
     colors.setColor(group, QPalette::Base, toQt(shownBack_));
     colors.setColor(group, QPalette::Text, toQt(shownFore_));
-    colors.setColor(group, QPalette::Highlight, palette().color(QPalette::Active, QPalette::Highlight));
-    colors.setColor(group, QPalette::HighlightedText, palette().color(QPalette::Active, QPalette::HighlightedText));
+    colors.setColor(group, QPalette::Highlight, kSelectionGround);
+    colors.setColor(group, QPalette::HighlightedText, onDark ? toQt(shownFore_) : kSelectionText);
   }
   setPalette(colors);
 }
@@ -133,6 +144,16 @@ void EditBox::insertJoined(const QString& pasted) {
 }
 
 void EditBox::keyPressEvent(QKeyEvent* event) {
+  const bool left = event->key() == Qt::Key_Left;
+  if (hasSelectedText() && (left || event->key() == Qt::Key_Right) &&
+      (event->modifiers() & ~Qt::KeypadModifier) == Qt::NoModifier) {
+    return setCursorPosition(left ? selectionStart() : selectionEnd());
+  }
+  // A text taken whole is shown as selected towards its beginning; the keys find it selected towards its end.
+  if (takenWhole_ && movesCaret(event->key())) {
+    takenWhole_ = false;
+    if (selectionLength() == text().size()) setSelection(0, static_cast<int>(text().size()));
+  }
   if (event->matches(QKeySequence::Paste)) {
     insertJoined(QApplication::clipboard()->text());
   } else {

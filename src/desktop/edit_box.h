@@ -45,6 +45,7 @@ class EditBox : public QLineEdit {
   std::uint32_t shownFore_ = 0, shownBack_ = 0;
   bool colorsShown_ = false;
   bool tooLong_ = false;
+  bool takenWhole_ = false;  // and its view is at the beginning
 };
 
 }  // namespace dravenna

@@ -6,8 +6,8 @@
 #include <QtWidgets/QMenuBar>
 #include <exception>
 
-#include "desktop/centring.h"
 #include "desktop/edit_box.h"
+#include "desktop/placing.h"
 #include "desktop/qt_text.h"
 #include "desktop/rescue_dialog.h"
 #include "desktop/script_view.h"
@@ -52,7 +52,7 @@ MainWindow::MainWindow(TextFiles& files, RegistryCalls& registry, Process& proce
   });
   const FormState& form = principal_.form;
   resize(pixels(form.ScaleWidth), pixels(form.ScaleHeight) + menuBar()->sizeHint().height());
-  if (const QScreen* on = screen()) new Centring(*this, on->availableGeometry());
+  if (const QScreen* on = screen()) new Placing(*this, centredIn(on->availableGeometry()));
   connect(
       qApp, &QGuiApplication::commitDataRequest, this,
       [this](QSessionManager& session) {
@@ -96,6 +96,8 @@ void MainWindow::buildControls() {
     EDT_->takeOver();
     handle([this] { principal_.N_MouseUp(); });
   };
+  N_->onMenu = [this](QPoint place, std::size_t offset) { showViewMenu(place, offset); };
+  N_->hint = [this] { return toQt(read(principal_.registry(), desktop_words::HowToBegin)); };
   EDT_ = new EditBox(principal_.EDT, area);
   EDT_->setObjectName(QStringLiteral("EDT"));
   EDT_->setAccessibleName(QStringLiteral("Text"));

@@ -4,6 +4,8 @@
 #include <QtGui/QCloseEvent>
 #include <QtGui/QKeyEvent>
 #include <QtWidgets/QApplication>
+#include <QtWidgets/QMenu>
+#include <QtWidgets/QMenuBar>
 
 #include "desktop/edit_box.h"
 #include "desktop/key_codes.h"
@@ -50,6 +52,7 @@ bool MainWindow::keyPressed(const QObject* object, QKeyEvent& event) {
   key.focus = focusedControl();
   if (object == this && (key.focus != Control::None || QApplication::focusWidget() != nullptr)) return false;
   event.accept();
+  if (ownKey(event)) return true;
   if (key.focus == Control::EDT) EDT_->takeOver();
   handle([&] {
     const KeyOutcome outcome = principal_.dispatchKey(key);
@@ -68,6 +71,50 @@ bool MainWindow::keyPressed(const QObject* object, QKeyEvent& event) {
     }
   });
   return true;
+}
+
+bool MainWindow::ownKey(const QKeyEvent& event) {
+  const Qt::KeyboardModifiers modifiers = event.modifiers() & ~Qt::KeypadModifier;
+  if (modifiers.testFlag(Qt::ControlModifier) && !modifiers.testFlag(Qt::AltModifier)) {
+    switch (event.key()) {
+      case Qt::Key_Plus:
+      case Qt::Key_Equal:  // the same key where + needs Shift
+        N_->zoom(1);
+        return true;
+      case Qt::Key_Minus:
+        N_->zoom(-1);
+        return true;
+      case Qt::Key_0:
+        N_->zoom(0);
+        return true;
+      default:
+        return false;
+    }
+  }
+  if (modifiers != Qt::NoModifier) return false;
+  switch (event.key()) {
+    case Qt::Key_PageUp:
+    case Qt::Key_PageDown:
+      if (!EDT_->hasFocus()) return false;
+      N_->scrollPages(event.key() == Qt::Key_PageUp ? -1 : 1);
+      return true;
+    case Qt::Key_F10:
+      menuBar()->setActiveAction(menuBar()->actions().constFirst());
+      return true;
+    default:
+      return false;
+  }
+}
+
+void MainWindow::showViewMenu(QPoint place, std::size_t offset) {
+  QMenu menu;
+  const auto add = [&](const Setting& word) { return menu.addAction(toQt(read(principal_.registry(), word))); };
+  QAction* const copy = add(desktop_words::Copy);
+  copy->setEnabled(principal_.N.SelLength() > 0);
+  copy->setShortcut(QKeySequence::Copy);
+  connect(copy, &QAction::triggered, N_, &ScriptView::copy);
+  connect(add(desktop_words::CopyLine), &QAction::triggered, N_, [this, offset] { N_->copyLine(offset); });
+  menu.exec(place);
 }
 
 void MainWindow::changeEvent(QEvent* event) {

@@ -91,7 +91,14 @@ void MainWindow::SetFocus(Control control) {
 void MainWindow::showSearchBox(FrmSearch& box) {
   synchronise();
   if (searchBox_ == nullptr) {
-    searchBox_ = new SearchBox(box, this, [this](const std::function<void()>& handlers) { handle(handlers); });
+    searchBox_ = new SearchBox(
+        box, this, [this](const std::function<void()>& handlers) { handle(handlers); },
+        [this](QSize size) {
+          const QWidget& page = *N_->viewport();
+          const QRect text = N_->rectOfSelection();
+          return freeCorner(QRect(page.mapToGlobal(QPoint()), page.size()), size,
+                            text.isNull() ? text : QRect(page.mapToGlobal(text.topLeft()), text.size()));
+        });
     searchBox_->show();
   }
   searchBox_->raise();

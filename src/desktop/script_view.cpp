@@ -9,6 +9,7 @@
 
 #include "desktop/display_text.h"
 #include "desktop/script_view_accessible.h"
+#include "desktop/selection_colors.h"
 #include "desktop/twips.h"
 
 namespace dravenna {
@@ -16,8 +17,9 @@ namespace dravenna {
 namespace {
 
 constexpr int kTabColumns = 4;
-constexpr int kContextRows = 3;  // kept visible around a selection that has been brought into view
+constexpr int kContextRows = 3;  // kept visible above and below a selection that has been brought into view
 constexpr std::size_t kMostLayouts = 256;
+constexpr int kSmallestFont = 5, kLargestFont = 48;  // points, by zooming
 
 }  // namespace
 
@@ -33,13 +35,11 @@ ScriptView::ScriptView(RichTextBox& model, QWidget* parent) : QAbstractScrollAre
 
   // The colours are made for a white ground, whatever the theme; the selection looks the same without the focus.
   QPalette colors = palette();
-  const QColor highlight = colors.color(QPalette::Active, QPalette::Highlight);
-  const QColor highlighted = colors.color(QPalette::Active, QPalette::HighlightedText);
   for (const auto group : {QPalette::Active, QPalette::Inactive, QPalette::Disabled}) {
     colors.setColor(group, QPalette::Base, Qt::white);
     colors.setColor(group, QPalette::Text, Qt::black);
-    colors.setColor(group, QPalette::Highlight, highlight);
-    colors.setColor(group, QPalette::HighlightedText, highlighted);
+    colors.setColor(group, QPalette::Highlight, kSelectionGround);
+    colors.setColor(group, QPalette::HighlightedText, kSelectionText);
   }
   setPalette(colors);
 
@@ -76,7 +76,7 @@ void ScriptView::synchronise() {
     shownStart_ = start;
     shownLength_ = length;
     caretAtStart_ = false;
-    follow(start, start + length);
+    follow(start, start + length, releasing_ ? 0 : kContextRows);  // what was clicked stays under the mouse
     wishedX_ = -1;
     restartBlink();
   }
@@ -143,15 +143,33 @@ QTextLayout& ScriptView::layoutOf(std::size_t block) {
   layout->setCacheEnabled(true);
   layout->setFormats(formatsOf(begin, end));  // before the lines: bold is wider
   const qreal width = std::max(charWidth_ * 4, static_cast<qreal>(viewport()->width() - 2 * kMargin));
+  const qreal indent = std::min(indentOf(begin), std::floor(width / 2));
+  const bool beginsLine = index_.beginsLine(block, model_.Text());
   int rows = 0;
   layout->beginLayout();
   for (QTextLine line = layout->createLine(); line.isValid(); line = layout->createLine()) {
-    line.setLineWidth(width);
-    line.setPosition(QPointF(0, rows++ * rowHeight_ + ascent_ - line.ascent()));
+    const qreal left = rows == 0 && beginsLine ? 0 : indent;
+    line.setLineWidth(width - left);
+    line.setPosition(QPointF(left, rows++ * rowHeight_ + ascent_ - line.ascent()));
   }
   layout->endLayout();
   index_.setRows(block, std::max(1, rows));
   return *layout;
+}
+
+qreal ScriptView::indentOf(std::size_t offset) const {
+  const std::u16string_view text = model_.Text();
+  int columns = 0;
+  for (std::size_t at = lineAround(offset).first; at < text.size(); ++at) {
+    if (text[at] == u'\t') {
+      columns += kTabColumns - columns % kTabColumns;
+    } else if (text[at] == u' ') {
+      ++columns;
+    } else {
+      break;
+    }
+  }
+  return columns * charWidth_;
 }
 
 int ScriptView::pageRows() const { return std::max(1, viewport()->height() / rowHeight_); }
@@ -215,35 +233,28 @@ void ScriptView::setTop(Place top) {
   }
 }
 
-void ScriptView::bringIntoView(std::size_t begin, std::size_t end) {
+void ScriptView::bringIntoView(std::size_t begin, std::size_t end, int margin) {
   const Place first = placeOf(begin);
   const Place last = end > begin ? placeOf(end) : first;
   const int page = pageRows();
-  const int context = std::clamp((page - 1) / 2, 0, kContextRows);
-  const bool above = first.block < top_.block || (first.block == top_.block && first.row < top_.row);
-  if (above) {
-    setTop(moved(first, -context));
-    return;
-  }
-  const int row = rowsBetween(top_, last, page);
-  if (row < page) {
-    setTop(top_);
-    return;
-  }
-  // Below the page: the end comes to the bottom, but never so far that the beginning leaves.
-  const int height = rowsBetween(first, last, page);
-  if (height + context >= page) {
-    setTop(first);
+  const int height = rowsBetween(first, last, page) + 1;
+  if (height > page) return setTop(first);
+  margin = std::min(margin, (page - height) / 2);
+  const Place highest = moved(first, -margin);  // the page may begin no deeper
+  if (highest.block < top_.block || (highest.block == top_.block && highest.row < top_.row)) {
+    setTop(moved(first, -std::min(kContextRows, (page - height) / 2)));
+  } else if (rowsBetween(top_, last, page) + margin >= page) {
+    setTop(moved(last, std::min(kContextRows, (page - height) / 2) + 1 - page));
   } else {
-    setTop(moved(last, context + 1 - page));
+    setTop(top_);
   }
 }
 
-void ScriptView::follow(std::size_t begin, std::size_t end) {
+void ScriptView::follow(std::size_t begin, std::size_t end, int margin) {
   following_ = true;
   followBegin_ = begin;
   followEnd_ = end;
-  bringIntoView(begin, end);
+  bringIntoView(begin, end, margin);
 }
 
 void ScriptView::updateScrollBar() {
@@ -275,7 +286,7 @@ void ScriptView::scrollContentsBy(int, int) {
 }
 
 void ScriptView::scrollTo(std::size_t offset) {
-  bringIntoView(offset, offset);
+  bringIntoView(offset, offset, 0);
   updateScrollBar();
   viewport()->update();
 }
@@ -295,7 +306,7 @@ void ScriptView::resizeEvent(QResizeEvent* event) {
     top_ = placeOf(offset);
   }
   setTop(top_);
-  if (following_) bringIntoView(followBegin_, followEnd_);
+  if (following_) bringIntoView(followBegin_, followEnd_, 0);
   updateScrollBar();
 }
 
@@ -306,62 +317,17 @@ void ScriptView::changeEvent(QEvent* event) {
   takeTextChanges();
   dropLayouts();
   setTop({top_.block, 0});
+  if (following_) bringIntoView(followBegin_, followEnd_, 0);
   updateScrollBar();
 }
 
-void ScriptView::paintEvent(QPaintEvent* event) {
-  QPainter painter(viewport());
-  const QRect clip = event->rect();
-  painter.fillRect(clip, palette().color(QPalette::Base));
-  if (!contentShown_) return;
-  takeTextChanges();
-  int y = -top_.row * rowHeight_;
-  for (std::size_t block = top_.block; block < index_.count() && y <= clip.bottom(); ++block) {
-    layoutOf(block);
-    const int height = index_.rows(block) * rowHeight_;
-    if (y + height > clip.top()) paintBlock(painter, block, y, clip);
-    y += height;
-  }
-}
-
-void ScriptView::paintBlock(QPainter& painter, std::size_t block, int y, const QRect& clip) {
-  const QTextLayout& layout = layoutOf(block);
-  const std::size_t begin = index_.begin(block);
-  const std::size_t end = begin + static_cast<std::size_t>(layout.text().size());
-  const std::size_t selectionEnd = shownStart_ + shownLength_;
-  QList<QTextLayout::FormatRange> selection;
-  const std::size_t first = std::max(begin, shownStart_);
-  const std::size_t last = std::min(end, selectionEnd);
-  if (first < last) {
-    QTextCharFormat format;
-    format.setBackground(palette().color(QPalette::Highlight));
-    format.setForeground(palette().color(QPalette::HighlightedText));
-    selection.append({static_cast<int>(first - begin), static_cast<int>(last - first), format});
-  }
-  const QPointF origin(kMargin, y);
-  if (shownStart_ <= end && end < selectionEnd && shownLength_ > 0) {  // a selected line end shows as one character
-    const QTextLine line = layout.lineAt(layout.lineCount() - 1);
-    const qreal x = kMargin + line.cursorToX(static_cast<int>(end - begin));
-    const qreal top = y + static_cast<qreal>(line.lineNumber() * rowHeight_);
-    painter.fillRect(QRectF(x, top, charWidth_, rowHeight_), palette().color(QPalette::Highlight));
-  }
-  layout.draw(&painter, origin, selection, clip);
-  if (!caretOn_ || index_.blockAt(caret()) != block) return;
-  const auto at = static_cast<int>(std::min(caret(), end) - begin);
-  const QTextLine line = layout.lineForTextPosition(at);
-  if (!line.isValid()) return;
-  const int x = kMargin + static_cast<int>(line.cursorToX(at));
-  painter.fillRect(QRect(x, y + line.lineNumber() * rowHeight_, 1, rowHeight_), palette().color(QPalette::Text));
-}
-
-void ScriptView::restartBlink() {
-  caretOn_ = hasFocus();
-  const int time = QApplication::cursorFlashTime();
-  if (caretOn_ && time > 1) {
-    blinkTimer_.start(time / 2, this);
-  } else {
-    blinkTimer_.stop();
-  }
+void ScriptView::zoom(int steps) {
+  QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
+  const qreal size = font.pointSizeF() + zoom_ + steps;
+  if (steps != 0 && (size < kSmallestFont || size > kLargestFont)) return;
+  zoom_ = steps == 0 ? 0 : zoom_ + steps;
+  if (zoom_ != 0) font.setPointSizeF(size);
+  setFont(font);
 }
 
 void ScriptView::tellSelection() { tellSelectionChange(*this); }

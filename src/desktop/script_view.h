@@ -33,18 +33,29 @@ class ScriptView : public QAbstractScrollArea, private RichTextBox::Listener {
   void moveCaret(std::size_t offset, bool extend);
   void select(std::size_t anchor, std::size_t caret);
   void copy() const;
+  void copyLine(std::size_t offset) const;  // the one around it, without its line end
 
   // The offset under a point of the viewport, the nearest one where there is no text.
   std::size_t offsetAt(QPoint point);
   // Where a character stands in the viewport; empty if it is not on the page.
   QRect rectOf(std::size_t offset);
+  // What is selected, as far as it is on the page.
+  QRect rectOfSelection();
   void scrollTo(std::size_t offset);
+  void scrollPages(int pages);  // down, or up if negative; the caret stays where it is
+
+  // Makes the font larger or smaller by points; 0 takes all of that back.
+  void zoom(int steps);
 
   // The line around an offset, without its line end.
   std::pair<std::size_t, std::size_t> lineAround(std::size_t offset) const;
 
   // A mouse button has been released over the view, and the caret is where it belongs.
   std::function<void()> onMouseUp;
+  // A menu is wanted at a place of the screen, for the line around an offset; after onMouseUp.
+  std::function<void(QPoint place, std::size_t offset)> onMenu;
+  // What an empty view says.
+  std::function<QString()> hint;
 
   // The view's own handling of a key, for those that the form's handlers have let pass.
   void keyPressEvent(QKeyEvent* event) override;
@@ -59,6 +70,7 @@ class ScriptView : public QAbstractScrollArea, private RichTextBox::Listener {
   void mousePressEvent(QMouseEvent* event) override;
   void mouseMoveEvent(QMouseEvent* event) override;
   void mouseReleaseEvent(QMouseEvent* event) override;
+  void wheelEvent(QWheelEvent* event) override;
   void mouseDoubleClickEvent(QMouseEvent* event) override;
   void contextMenuEvent(QContextMenuEvent* event) override;
   void focusInEvent(QFocusEvent* event) override;
@@ -83,6 +95,7 @@ class ScriptView : public QAbstractScrollArea, private RichTextBox::Listener {
   QTextLayout& layoutOf(std::size_t block);
   QList<QTextLayout::FormatRange> formatsOf(std::size_t begin, std::size_t end);
   const QTextCharFormat& formatOf(std::uint8_t style);
+  qreal indentOf(std::size_t offset) const;  // of the line around it
   int pageRows() const;
   Place placeOf(std::size_t offset);
   Place moved(Place place, int rows);  // stops at both ends
@@ -92,13 +105,15 @@ class ScriptView : public QAbstractScrollArea, private RichTextBox::Listener {
 
   // Scrolling.
   void setTop(Place top);
-  void bringIntoView(std::size_t begin, std::size_t end);
-  void follow(std::size_t begin, std::size_t end);
+  // `margin` rows above and below are wanted too, where the page has room for them.
+  void bringIntoView(std::size_t begin, std::size_t end, int margin);
+  void follow(std::size_t begin, std::size_t end, int margin);
   void updateScrollBar();
   void afterUserMove();
 
   // Painting.
   void paintBlock(QPainter& painter, std::size_t block, int y, const QRect& clip);
+  void paintHint(QPainter& painter);
   void restartBlink();
 
   // Keyboard and mouse.
@@ -119,6 +134,7 @@ class ScriptView : public QAbstractScrollArea, private RichTextBox::Listener {
   qreal ascent_ = 0;
   qreal charWidth_ = 1;
   int laidOutWidth_ = 0;
+  int zoom_ = 0;  // points
 
   Place top_;
   bool following_ = true;  // the last selection (the caret, where the user moved it) stays in view until a scroll
@@ -132,7 +148,9 @@ class ScriptView : public QAbstractScrollArea, private RichTextBox::Listener {
 
   qreal wishedX_ = -1;  // where the caret would like to be while it moves from row to row
   bool dragging_ = false;
+  bool releasing_ = false;  // onMouseUp runs
   QPoint dragPoint_;
+  int wheelTurn_ = 0;  // of a wheel with Ctrl, in eighths of a degree, less than a notch
   QBasicTimer dragTimer_, blinkTimer_;
   bool caretOn_ = false;
 };

@@ -36,14 +36,24 @@ void ScriptView::select(std::size_t anchor, std::size_t caret) {
 void ScriptView::moveCaret(std::size_t offset, bool extend) { select(extend ? anchor() : offset, offset); }
 
 void ScriptView::afterUserMove() {
-  follow(caret(), caret());
+  follow(caret(), caret(), 0);
   restartBlink();
   updateScrollBar();
   viewport()->update();
 }
 
+void ScriptView::scrollPages(int pages) {
+  QScrollBar& bar = *verticalScrollBar();
+  bar.setValue(bar.value() + pages * std::max(1, pageRows() - 1));  // a row stays, for the eye
+}
+
 void ScriptView::copy() const {
   if (model_.SelLength() > 0) QGuiApplication::clipboard()->setText(toQt(model_.SelText()));
+}
+
+void ScriptView::copyLine(std::size_t offset) const {
+  const auto [begin, end] = lineAround(offset);
+  QGuiApplication::clipboard()->setText(toQt(std::u16string_view(model_.Text()).substr(begin, end - begin)));
 }
 
 std::size_t ScriptView::offsetIn(Place place, qreal x) {
@@ -74,6 +84,20 @@ QRect ScriptView::rectOf(std::size_t offset) {
   const qreal right = line.cursorToX(std::min(within + 1, line.textStart() + line.textLength()));
   const int width = static_cast<int>(right > left ? right - left : charWidth_);
   return {kMargin + static_cast<int>(left), row * rowHeight_, width, rowHeight_};
+}
+
+QRect ScriptView::rectOfSelection() {
+  const std::size_t end = shownStart_ + std::max(shownLength_, std::size_t{1}) - 1;
+  const QRect page = viewport()->rect(), first = rectOf(shownStart_), last = rectOf(end);
+  if (!first.isNull() && first.top() == last.top()) return first | last;
+  const Place start = placeOf(shownStart_), stop = placeOf(end);
+  const Place bottom = moved(top_, pageRows());
+  const auto above = [](Place a, Place b) { return a.block < b.block || (a.block == b.block && a.row < b.row); };
+  if (above(bottom, start) || above(stop, top_)) return {};
+  QRect rows = page;
+  if (!first.isNull()) rows.setTop(first.top());
+  if (!last.isNull()) rows.setBottom(last.bottom());
+  return rows;
 }
 
 std::size_t ScriptView::characterMove(std::size_t from, bool forward, QTextLayout::CursorMode mode) {
@@ -194,10 +218,23 @@ void ScriptView::dragTo(QPoint point) {
   moveCaret(offsetAt(point), true);
 }
 
-void ScriptView::mouseReleaseEvent(QMouseEvent*) {
+void ScriptView::mouseReleaseEvent(QMouseEvent* event) {
   dragging_ = false;
   dragTimer_.stop();
+  const std::size_t clicked = offsetAt(event->position().toPoint());
+  releasing_ = true;
   if (onMouseUp) onMouseUp();
+  releasing_ = false;
+  if (event->button() == Qt::RightButton && onMenu) onMenu(event->globalPosition().toPoint(), clicked);
+}
+
+void ScriptView::wheelEvent(QWheelEvent* event) {
+  if (!event->modifiers().testFlag(Qt::ControlModifier)) return QAbstractScrollArea::wheelEvent(event);
+  wheelTurn_ += event->angleDelta().y();
+  const int notches = wheelTurn_ / QWheelEvent::DefaultDeltasPerStep;
+  wheelTurn_ -= notches * QWheelEvent::DefaultDeltasPerStep;
+  if (notches != 0) zoom(notches);
+  event->accept();
 }
 
 void ScriptView::mouseDoubleClickEvent(QMouseEvent* event) {
@@ -213,7 +250,12 @@ void ScriptView::mouseDoubleClickEvent(QMouseEvent* event) {
   select(index_.begin(block) + static_cast<std::size_t>(begin), index_.begin(block) + static_cast<std::size_t>(end));
 }
 
-void ScriptView::contextMenuEvent(QContextMenuEvent* event) { event->accept(); }
+void ScriptView::contextMenuEvent(QContextMenuEvent* event) {
+  event->accept();
+  if (event->reason() == QContextMenuEvent::Mouse || !onMenu) return;  // that one comes with the release
+  const QRect at = rectOf(caret());
+  onMenu(viewport()->mapToGlobal(at.isNull() ? viewport()->rect().center() : at.bottomLeft()), caret());
+}
 
 void ScriptView::focusInEvent(QFocusEvent* event) {
   QAbstractScrollArea::focusInEvent(event);

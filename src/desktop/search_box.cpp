@@ -7,7 +7,6 @@
 #include <utility>
 
 #include "app/frm_search.h"
-#include "desktop/centring.h"
 #include "desktop/edit_box.h"
 #include "desktop/key_codes.h"
 #include "desktop/qt_text.h"
@@ -27,7 +26,7 @@ QFont smallFont() {
 
 }  // namespace
 
-SearchBox::SearchBox(FrmSearch& box, QWidget* owner, Run run)
+SearchBox::SearchBox(FrmSearch& box, QWidget* owner, Run run, Placing::Choice choice)
     : QWidget(owner, Qt::Tool | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowCloseButtonHint),
       box_(&box),
       run_(std::move(run)),
@@ -62,7 +61,7 @@ SearchBox::SearchBox(FrmSearch& box, QWidget* owner, Run run)
   // A click on a button leaves the focus in the text, so that the next word can be typed.
   for (QPushButton* button : findChildren<QPushButton*>()) button->setFocusPolicy(Qt::TabFocus);
   txtSearch_->setFocus();
-  new Centring(*this, owner->frameGeometry());
+  new Placing(*this, std::move(choice));
 }
 
 void SearchBox::synchronise() {

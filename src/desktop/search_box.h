@@ -4,6 +4,8 @@
 #include <array>
 #include <functional>
 
+#include "desktop/placing.h"
+
 class QPushButton;
 
 namespace dravenna {
@@ -17,7 +19,7 @@ class SearchBox : public QWidget {
   // Runs a handler of the form and brings the screen up to what it did.
   using Run = std::function<void(const std::function<void()>&)>;
 
-  SearchBox(FrmSearch& box, QWidget* owner, Run run);
+  SearchBox(FrmSearch& box, QWidget* owner, Run run, Placing::Choice choice);
 
   void synchronise();
 

@@ -41,7 +41,8 @@ extern const Setting mnuFile, mnuOpen, mnuExport, mnuImport, mnuSave, mnuExit, m
 // Those under kDesktopLangKey.
 namespace desktop_words {
 extern const Setting ScriptIsTarget, StatusText, StatusLine, StatusModified, LooksUtf8, BytesLacked, OtherPage,
-    ChangedOnDisk, NotOpened, Rescued, RescuedTexts, RescuedFile, Restore, ThrowAway, TextsRestored, NotRescued;
+    ChangedOnDisk, NotOpened, Rescued, RescuedTexts, RescuedFile, Restore, ThrowAway, TextsRestored, NotRescued,
+    HowToBegin, Copy, CopyLine;
 }
 
 // All 34 words under kLangKey, and those under kDesktopLangKey, for whoever makes a language pack.

@@ -46,6 +46,20 @@ TEST_F(EditBoxTest, TellsTheModelOnlyWhatTheUserDid) {
   EXPECT_EQ(model.Text(), u"one two");
 }
 
+TEST_F(EditBoxTest, ShowsTheBeginningOfALongTextAndItsColour) {
+  model.ForeColor = 0xFFFF00;
+  model.BackColor = 0x000080;
+  model.setText(std::u16string(400, u'w'));
+  model.selectAll();
+  box.synchronise();
+  EXPECT_EQ(box.cursorPosition(), 0);
+  EXPECT_EQ(box.selectionLength(), 400);
+  EXPECT_EQ(box.palette().color(QPalette::HighlightedText), QColor(0, 0xFF, 0xFF));
+  QTest::keyClick(&box, Qt::Key_Left, Qt::ShiftModifier);  // still extends and shortens at the end
+  EXPECT_EQ(box.selectionStart(), 0);
+  EXPECT_EQ(box.selectionLength(), 399);
+}
+
 TEST_F(EditBoxTest, JoinsTheLinesOfAPaste) {
   model.setText(u"a\rb");  // a lone CR of the script is none
   model.setSelStart(3);

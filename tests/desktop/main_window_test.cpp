@@ -5,15 +5,20 @@
 
 #include <QtTest/QtTest>
 #include <QtWidgets/QtWidgets>
+#include <random>
+#include <tuple>
 
 #include "desktop/color_pick_dialog.h"
 #include "desktop/edit_box.h"
+#include "desktop/placing.h"
 #include "desktop/qt_text.h"
+#include "desktop/script_view.h"
 #include "desktop/search_box.h"
 #include "desktop/twips.h"
 #include "platform/rescue_folder.h"
 #include "platform/scratch_folder.h"
 #include "platform/system.h"
+#include "support/driver.h"
 #include "support/memory_registry.h"
 #include "support/scripted_platform.h"
 
@@ -169,6 +174,82 @@ TEST_F(MainWindowTest, AltIsForMenusAndButtons) {
   press(word, Qt::Key_W, u"w", Qt::AltModifier);
   EXPECT_EQ(window->principal().LastSearch, u"t");
   EXPECT_EQ(window->principal().N.SelText(), u"two");
+}
+
+TEST_F(MainWindowTest, TheSearchBoxSparesTheTextAndTheRightButtonItsMenu) {
+  start(u"sub/gate.txt");
+  window->handle([this] { window->principal().mnu_Search_Click(); });
+  EXPECT_TRUE(QTest::qWaitForWindowExposed(window->searchBox(), kPatience));
+  const auto onScreen = [](const QWidget& widget, QRect rect) {
+    return QRect(widget.mapToGlobal(rect.topLeft()), rect.size());
+  };
+  ScriptView& view = window->scriptView();
+  QWidget& page = *view.viewport();
+  const QRect box = window->searchBox()->frameGeometry();
+  EXPECT_TRUE(onScreen(page, page.rect()).contains(box));
+  EXPECT_FALSE(onScreen(page, view.rectOfSelection()).intersects(box));
+  const QRect all = page.rect();
+  EXPECT_EQ(freeCorner(all, box.size(), QRect(all.width() / 2, 0, all.width(), 9)),
+            QPoint(all.width() - box.width(), all.height() - box.height()));
+
+  QString entries;
+  view.onMenu = [&](QPoint, std::size_t offset) {
+    entries = window->editBox().text();
+    view.copyLine(offset);
+  };
+  QTest::mouseClick(&page, Qt::RightButton, {}, view.rectOf(18).center());
+  EXPECT_EQ(entries, QStringLiteral("two"));  // it has been selected by then
+  EXPECT_EQ(QGuiApplication::clipboard()->text(), QStringLiteral("mes \"two\";"));
+}
+
+// What the window adds to the keyboard changes nothing that the form sees.
+TEST_F(MainWindowTest, AThousandKeysDoWhatTheyDoWithoutAWindow) {
+  std::string script;
+  for (int i = 0; i < 60; ++i) {
+    const std::string n = std::to_string(i);
+    script += "mes \"[name" + n + "]\";\r\n\tmes \"a text " + n + "\"; // said\r\nset x,\"code " + n + "\";\r\n";
+  }
+  folder.put("sub/gate.txt", script);
+  FailingTextFiles coreFiles(makeTextFiles(codePageByName("1252")));
+  MemoryRegistry coreStore;
+  ScriptedProcess coreProcess(u"/opt/dravenna");
+  Stage stage;
+  const auto core = makeCoreDriver({coreFiles, coreStore, coreProcess, stage, [](ColorPick&) {}});
+  core->start(u"sub/gate.txt");
+  Principal& expected = *core->form();
+  Principal& form = start(u"sub/gate.txt").principal();
+  window->onBeep = [] {};
+  expected.LastSearch = form.LastSearch = u"7";
+  const std::pair<std::int16_t, Qt::Key> keys[] = {
+      {kKeyUp, Qt::Key_Up},      {kKeyDown, Qt::Key_Down}, {kKeyEnter, Qt::Key_Return},
+      {kKeyEsc, Qt::Key_Escape}, {kKeyLeft, Qt::Key_Left}, {kKeyRight, Qt::Key_Right},
+      {kKeyHome, Qt::Key_Home},  {kKeyEnd, Qt::Key_End},   {kKeyDel, Qt::Key_Delete},
+      {kKeyF3, Qt::Key_F3},      {'A', Qt::Key_A},         {'7', Qt::Key_7}};
+  const std::pair<Qt::Key, Qt::KeyboardModifiers> added[] = {{Qt::Key_PageUp, {}},
+                                                             {Qt::Key_PageDown, {}},
+                                                             {Qt::Key_F9, {}},
+                                                             {Qt::Key_Plus, Qt::ControlModifier},
+                                                             {Qt::Key_Minus, Qt::ControlModifier},
+                                                             {Qt::Key_0, Qt::ControlModifier}};
+  std::minstd_rand random(1);
+  for (int i = 0; i < 1000; ++i) {
+    const auto& [code, key] = keys[random() % std::size(keys)];
+    const bool shift = code != kKeyDel && random() % 4 == 0;  // with Del that is a cut
+    const bool letter = key == Qt::Key_A || key == Qt::Key_7;
+    const char16_t character = letter ? (shift ? code : code | 0x20) : code == kKeyEnter || code == kKeyEsc ? code : 0;
+    core->key({code, shift ? kShift : std::int16_t{0}, character});
+    QTest::sendKeyEvent(QTest::Click, window->windowHandle(), key,
+                        character != 0 ? QString(QChar(character)) : QString(),
+                        shift ? Qt::ShiftModifier : Qt::NoModifier);
+    const auto& [own, modifier] = added[random() % std::size(added)];
+    QTest::sendKeyEvent(QTest::Click, window->windowHandle(), own, QString(), modifier);
+    const auto state = [](const Principal& of) {
+      return std::tuple(of.N.SelStart(), of.N.SelLength(), of.Ini, of.Fin, of.xIni, of.Modified, of.UndoText,
+                        of.EDT.Text(), of.EDT.SelStart(), of.EDT.SelLength(), of.EDT.Visible, of.EDT.BackColor);
+    };
+    ASSERT_EQ(state(form), state(expected)) << i << " " << code << " " << shift;
+    ASSERT_EQ(form.N.Text(), expected.N.Text()) << i;
+  }
 }
 
 TEST_F(MainWindowTest, ADroppedFileIsOpened) {

@@ -9,6 +9,7 @@
 #include <QtWidgets/QScrollBar>
 
 #include "desktop/qt_text.h"
+#include "desktop/selection_colors.h"
 
 namespace dravenna {
 
@@ -65,6 +66,32 @@ TEST_F(ScriptViewTest, WrapsAndFindsEveryOffsetUnderItsRectangle) {
   EXPECT_EQ(afterKey(Qt::Key_Up), 0U);
 }
 
+TEST_F(ScriptViewTest, IndentsWrappedRowsAndSelectsThemWithoutGaps) {
+  std::u16string text = u"\t  ";
+  for (int i = 0; i < 9; ++i) text += u"some words that wrap ";
+  fill(text);
+  const QRect first = view.rectOf(3);
+  std::size_t below = 4;
+  while (view.rectOf(below).top() == first.top()) ++below;
+  EXPECT_EQ(view.rectOf(below).left(), first.left());
+  EXPECT_EQ(view.offsetAt(QPoint(0, view.rectOf(below).center().y())), below);
+  view.select(3, text.size());
+  const QImage seen = view.viewport()->grab().toImage();
+  for (int y = 0; y < 3 * first.height(); ++y) {
+    bool filled = false;
+    for (int x = first.left(); x < first.left() + 3 * first.width(); ++x) {
+      filled = filled || seen.pixelColor(QPoint(x, y) * seen.devicePixelRatio()) == kSelectionGround;
+    }
+    EXPECT_TRUE(filled) << y;
+  }
+  const int height = first.height();
+  view.select(3, 3);
+  view.zoom(6);
+  EXPECT_GT(view.rectOf(3).height(), height);
+  view.zoom(0);
+  EXPECT_EQ(view.rectOf(3).height(), height);
+}
+
 TEST_F(ScriptViewTest, BringsSelectionsIntoViewUntilTheUserScrolls) {
   std::u16string text;
   for (int i = 0; i < 3000; ++i) text += u"a line of the script\r\n";
@@ -78,7 +105,9 @@ TEST_F(ScriptViewTest, BringsSelectionsIntoViewUntilTheUserScrolls) {
   for (const std::int32_t at : {22 * 1500, 22 * 2999, 22 * 20, 22 * 21, 0}) {
     const QRect rect = show(at, 6);
     EXPECT_FALSE(rect.isNull());
-    EXPECT_TRUE(view.viewport()->rect().contains(rect)) << at;
+    const int margin = at == 0 ? 0 : 3 * rect.height();
+    EXPECT_TRUE(view.viewport()->rect().contains(rect.adjusted(0, -margin, 0, 0))) << at;
+    EXPECT_TRUE(at == 22 * 2999 || view.viewport()->rect().contains(rect.adjusted(0, 0, 0, margin))) << at;
   }
   view.verticalScrollBar()->setValue(2000);
   view.synchronise();
