@@ -46,6 +46,10 @@ Status::Parts Status::parts() {
   parts.text = replaceAll(replaceAll(words().text, u"%2", number(place.count)), u"%1",
                           place.number == 0 ? u"\u2013" : number(place.number));
   parts.line = replaceAll(words().line, u"%1", number(place.line));
+  if (const ErrorLines::Count& errors = errorLines_.count(form_.N); errors.lines > 0) {
+    parts.errors = replaceAll(readFilled(form_.registry(), desktop_words::StatusErrors, number(errors.lines)), u"%2",
+                              number(errors.first));
+  }
   return parts;
 }
 

@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 
+#include "editing/error_lines.h"
 #include "editing/text_count.h"
 #include "settings/catalogue.h"
 
@@ -19,7 +20,7 @@ class Status {
   struct Parts {
     std::u16string rescued, notice, text, line, page;
     std::u16string pageDoubt;  // why the page may be the wrong one
-    std::u16string modified;
+    std::u16string modified, errors;
     bool operator==(const Parts&) const = default;
   };
 
@@ -54,6 +55,7 @@ class Status {
   Principal& form_;
   DiskWatch& disk_;
   TextCount count_;
+  ErrorLines errorLines_;
   std::optional<bool> wanted_;
   std::optional<Words> words_;  // read at the first use: a step does not go to the store
   std::u16string notice_, rescued_;

@@ -44,6 +44,8 @@ StatusPlace::StatusPlace(QMenuBar& bar, QWidget* window, const QString& pageHint
   notice_ = part("Status.Notice");
   text_ = part("Status.Text");
   line_ = part("Status.Line");
+  errors_ = part("Status.Errors");
+  errors_->setToolTip(QStringLiteral("F9"));
   modified_ = part("Status.Modified");
   bar_.installEventFilter(this);
   arrange();
@@ -56,6 +58,7 @@ void StatusPlace::setParts(const Status::Parts& parts) {
   rescued_->setText(displayText(parts.rescued));
   text_->setText(displayText(parts.text));
   line_->setText(displayText(parts.line));
+  errors_->setText(displayText(parts.errors));
   page_->setAccessibleName(pageText());
   page_->setAccessibleDescription(pageHint_);
   page_->setToolTip(parts.pageDoubt.empty() ? pageHint_ : pageText() + QStringLiteral("\n") + pageHint_);
@@ -119,8 +122,9 @@ void StatusPlace::arrange() {
   }
   give(notice_);
   give(line_);
+  give(errors_);
   int x = room;
-  for (QWidget* label : std::initializer_list<QWidget*>{rescued_, notice_, text_, line_, page_, modified_}) {
+  for (QWidget* label : std::initializer_list<QWidget*>{rescued_, notice_, errors_, text_, line_, page_, modified_}) {
     if (!label->isVisibleTo(this)) continue;
     label->setGeometry(x, 0, label->sizeHint().width(), height());
     x += label->width() + kGap;

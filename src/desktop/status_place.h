@@ -40,7 +40,7 @@ class StatusPlace : public QWidget {
   QString pageHint_;
   QPushButton* rescued_;
   QToolButton* page_;
-  QLabel *notice_, *text_, *line_, *modified_;
+  QLabel *notice_, *errors_, *text_, *line_, *modified_;
 };
 
 }  // namespace dravenna

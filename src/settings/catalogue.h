@@ -42,7 +42,7 @@ extern const Setting mnuFile, mnuOpen, mnuExport, mnuImport, mnuSave, mnuExit, m
 namespace desktop_words {
 extern const Setting ScriptIsTarget, StatusText, StatusLine, StatusModified, LooksUtf8, BytesLacked, OtherPage,
     ChangedOnDisk, NotOpened, Rescued, RescuedTexts, RescuedFile, Restore, ThrowAway, TextsRestored, NotRescued,
-    HowToBegin, Copy, CopyLine;
+    HowToBegin, Copy, CopyLine, StatusErrors;
 }
 
 // All 34 words under kLangKey, and those under kDesktopLangKey, for whoever makes a language pack.

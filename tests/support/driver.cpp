@@ -54,7 +54,8 @@ const std::map<std::string, Reader>& readers() {
             SHOWN("btn_Search0.Caption", driver.searchBox().btn_Search[0]),
             SHOWN("btn_Search1.Caption", driver.searchBox().btn_Search[1]),
             SHOWN("CancelButton.Caption", driver.searchBox().CancelButton), SHOWN("Status.Text", statusOf(driver).text),
-            SHOWN("Status.Line", statusOf(driver).line), SHOWN("Status.Modified", statusOf(driver).modified),
+            SHOWN("Status.Line", statusOf(driver).line), SHOWN("Status.Errors", statusOf(driver).errors),
+            SHOWN("Status.Modified", statusOf(driver).modified),
             SHOWN("ColorPick", openIf(driver.form()->colorPick != nullptr)), OF_PICKER(RFF.Text()),
             OF_PICKER(HT.Text()), OF_PICKER(txtHexColor.Text()), OF_PICKER(iPreview.BackColor));
   return all;
