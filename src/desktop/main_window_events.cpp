@@ -12,6 +12,7 @@
 #include "desktop/main_window.h"
 #include "desktop/qt_text.h"
 #include "desktop/script_view.h"
+#include "editing/error_lines.h"
 #include "text/text.h"
 
 // The user's input on its way to the form's handlers.
@@ -98,12 +99,21 @@ bool MainWindow::ownKey(const QKeyEvent& event) {
       if (!EDT_->hasFocus()) return false;
       N_->scrollPages(event.key() == Qt::Key_PageUp ? -1 : 1);
       return true;
+    case Qt::Key_F9:
+      showNextErrorLine();
+      return true;
     case Qt::Key_F10:
       menuBar()->setActiveAction(menuBar()->actions().constFirst());
       return true;
     default:
       return false;
   }
+}
+
+void MainWindow::showNextErrorLine() {
+  const std::size_t line = nextErrorLine(principal_.N, N_->placeShown());
+  if (line == std::u16string::npos) return onBeep();
+  N_->showLine(line);
 }
 
 void MainWindow::showViewMenu(QPoint place, std::size_t offset) {

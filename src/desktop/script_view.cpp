@@ -17,7 +17,6 @@ namespace dravenna {
 namespace {
 
 constexpr int kTabColumns = 4;
-constexpr int kContextRows = 3;  // kept visible above and below a selection that has been brought into view
 constexpr std::size_t kMostLayouts = 256;
 constexpr int kSmallestFont = 5, kLargestFont = 48;  // points, by zooming
 
@@ -93,6 +92,10 @@ void ScriptView::takeTextChanges() {
   layouts_.clear();
   const std::size_t block = index_.blockAt(change.moved(topOffset));
   if (block != top_.block) top_ = {block, 0};
+  if (markedLine_) {
+    const bool gone = *markedLine_ >= change.position && *markedLine_ < change.position + change.removed;
+    markedLine_ = gone ? std::nullopt : std::optional(change.moved(*markedLine_));
+  }
   tellTextChange(*this, change);
 }
 
@@ -306,7 +309,7 @@ void ScriptView::resizeEvent(QResizeEvent* event) {
     top_ = placeOf(offset);
   }
   setTop(top_);
-  if (following_) bringIntoView(followBegin_, followEnd_, 0);
+  if (following_) bringIntoView(followBegin_, followEnd_, kContextRows);
   updateScrollBar();
 }
 
@@ -317,7 +320,7 @@ void ScriptView::changeEvent(QEvent* event) {
   takeTextChanges();
   dropLayouts();
   setTop({top_.block, 0});
-  if (following_) bringIntoView(followBegin_, followEnd_, 0);
+  if (following_) bringIntoView(followBegin_, followEnd_, kContextRows);
   updateScrollBar();
 }
 

@@ -6,6 +6,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "desktop/block_index.h"
@@ -42,6 +43,10 @@ class ScriptView : public QAbstractScrollArea, private RichTextBox::Listener {
   // What is selected, as far as it is on the page.
   QRect rectOfSelection();
   void scrollTo(std::size_t offset);
+  // Shows a line, marked, and leaves the selection where it is.
+  void showLine(std::size_t offset);
+  // Behind the line that was shown last, while it is on the page; else the first offset of the page.
+  std::size_t placeShown();
   void scrollPages(int pages);  // down, or up if negative; the caret stays where it is
 
   // Makes the font larger or smaller by points; 0 takes all of that back.
@@ -78,7 +83,8 @@ class ScriptView : public QAbstractScrollArea, private RichTextBox::Listener {
   void timerEvent(QTimerEvent* event) override;
 
  private:
-  static constexpr int kMargin = 4;  // pixels at the left and the right
+  static constexpr int kMargin = 4;       // pixels at the left and the right
+  static constexpr int kContextRows = 3;  // kept visible above and below what has been brought into view
 
   // A row of a block, from 0.
   struct Place {
@@ -139,6 +145,7 @@ class ScriptView : public QAbstractScrollArea, private RichTextBox::Listener {
   Place top_;
   bool following_ = true;  // the last selection (the caret, where the user moved it) stays in view until a scroll
   std::size_t followBegin_ = 0, followEnd_ = 0;
+  std::optional<std::size_t> markedLine_;  // where it begins
   bool settingBar_ = false;
   bool contentShown_ = true;
 

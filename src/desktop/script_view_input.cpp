@@ -42,6 +42,21 @@ void ScriptView::afterUserMove() {
   viewport()->update();
 }
 
+void ScriptView::showLine(std::size_t offset) {
+  takeTextChanges();
+  const auto [begin, end] = lineAround(offset);
+  markedLine_ = begin;
+  following_ = false;
+  bringIntoView(begin, end, kContextRows);
+  updateScrollBar();
+  viewport()->update();
+}
+
+std::size_t ScriptView::placeShown() {
+  if (markedLine_ && !rectOf(*markedLine_).isNull()) return *markedLine_ + 1;
+  return index_.begin(top_.block) + (top_.row > 0 ? 1 : 0);
+}
+
 void ScriptView::scrollPages(int pages) {
   QScrollBar& bar = *verticalScrollBar();
   bar.setValue(bar.value() + pages * std::max(1, pageRows() - 1));  // a row stays, for the eye

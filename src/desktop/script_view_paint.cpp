@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "desktop/script_view.h"
+#include "desktop/twips.h"
 
 namespace dravenna {
 
@@ -36,6 +37,9 @@ void ScriptView::paintEvent(QPaintEvent* event) {
 
 void ScriptView::paintBlock(QPainter& painter, std::size_t block, int y, const QRect& clip) {
   const QTextLayout& layout = layoutOf(block);
+  if (markedLine_ && index_.blockAt(*markedLine_) == block) {
+    painter.fillRect(0, y, kMargin - 1, layout.lineCount() * rowHeight_, toQt(clrError));
+  }
   const std::size_t begin = index_.begin(block);
   const std::size_t end = begin + static_cast<std::size_t>(layout.text().size());
   const std::size_t selectionEnd = shownStart_ + shownLength_;

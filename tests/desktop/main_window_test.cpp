@@ -202,6 +202,23 @@ TEST_F(MainWindowTest, TheSearchBoxSparesTheTextAndTheRightButtonItsMenu) {
   EXPECT_EQ(QGuiApplication::clipboard()->text(), QStringLiteral("mes \"two\";"));
 }
 
+TEST_F(MainWindowTest, TheErrorLinesAreShownOneAfterTheOther) {
+  std::string script = "mes \"odd;\r\n" + std::string("mes \"one\";\r\n") + "mes \"odd too; // \"\r\n";
+  for (int i = 0; i < 200; ++i) script += "end;\r\n";
+  const std::size_t second = script.find("mes \"odd too"), last = script.size();
+  folder.put("sub/gate.txt", script + "mes \"odd;");
+  start(u"sub/gate.txt");
+  const auto shown = [&] { return window->scriptView().placeShown() - 1; };
+  for (const std::size_t line : {std::size_t{0}, second, last, std::size_t{0}}) {
+    QTest::keyClick(&window->editBox(), Qt::Key_F9);
+    EXPECT_EQ(shown(), line);
+  }
+  EXPECT_EQ(window->principal().N.SelText(), u"one");
+  window->scriptView().verticalScrollBar()->setValue(100);
+  QTest::keyClick(&window->editBox(), Qt::Key_F9);
+  EXPECT_EQ(shown(), last);
+}
+
 // What the window adds to the keyboard changes nothing that the form sees.
 TEST_F(MainWindowTest, AThousandKeysDoWhatTheyDoWithoutAWindow) {
   std::string script;
