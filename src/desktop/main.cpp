@@ -139,7 +139,7 @@ int runWindow(const Arguments& arguments, char** argv, std::chrono::steady_clock
   int argc = 1;  // the words are the form's, not the toolkit's
   QApplication application(argc, argv);
   QCoreApplication::setApplicationName(QStringLiteral("dravenna"));
-  QGuiApplication::setDesktopFileName(QStringLiteral("dravenna"));
+  QGuiApplication::setDesktopFileName(QStringLiteral("org.orvane.Dravenna"));
 
   const std::unique_ptr<RegistryCalls> registry = makeRegistry();
   const std::unique_ptr<TextFiles> files = textFilesFor(*registry);

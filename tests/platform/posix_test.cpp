@@ -186,7 +186,7 @@ class DesktopEntry : public testing::Test {
   DesktopEntry() {
     ::setenv("XDG_DATA_HOME", folder_.file("data").c_str(), 1);
     ::setenv("XDG_CONFIG_HOME", folder_.file("config").c_str(), 1);
-    ::setenv("XDG_DATA_DIRS", folder_.file("system").c_str(), 1);
+    ::setenv("XDG_DATA_DIRS", (folder_.file("system").string() + "/").c_str(), 1);
     fs::create_directories(folder_.file("system/applications/kde"));
     fs::create_directory(folder_.file("config"));
   }
@@ -223,6 +223,17 @@ TEST_F(DesktopEntry, StaysBehindTheProgramThatOpensTextFilesNow) {
   add();
   add();
   EXPECT_EQ(lists(), "[Added Associations]\ntext/plain=kde-edit.desktop;dravenna-open.desktop;\n");
+  remove();
+  EXPECT_FALSE(fs::exists(folder_.file("config/mimeapps.list")));
+}
+
+TEST_F(DesktopEntry, IsTheInstalledOneForTheInstalledProgram) {
+  folder_.put("system/applications/org.orvane.Dravenna.desktop", "");
+  add();
+  EXPECT_EQ(lists(), "[Added Associations]\ntext/plain=dravenna-open.desktop;\n");
+  posix::addDesktopEntry(posix::realSystemCalls(), folder_.file("bin/dravenna"));
+  EXPECT_EQ(lists(), "[Added Associations]\ntext/plain=org.orvane.Dravenna.desktop;\n");
+  EXPECT_NE(folder_.get("data/applications/dravenna-open.desktop").find("\nHidden=true\n"), std::string::npos);
   remove();
   EXPECT_FALSE(fs::exists(folder_.file("config/mimeapps.list")));
 }

@@ -15,6 +15,7 @@ namespace dravenna::posix {
 namespace {
 
 constexpr std::string_view kEntry = "dravenna-open.desktop";
+constexpr std::string_view kInstalledEntry = "org.orvane.Dravenna.desktop";
 constexpr std::string_view kType = "text/plain";
 constexpr std::string_view kAdded = "Added Associations";
 // In our entry: the program whose line in mimeapps.list is ours too.
@@ -118,16 +119,19 @@ class Associations {
     KeyFile lists(read(lists_));
     Strings added = lists.list(kAdded, kType);
     std::string pinned;
-    if (std::find(added.begin(), added.end(), kEntry) != added.end()) {
+    const bool installed = isInstalledFor(program);
+    const std::string_view id = installed ? kInstalledEntry : kEntry;
+    if (const auto at = std::find_if(added.begin(), added.end(), isOurs); at != added.end()) {
       pinned = pinnedBefore();
+      *at = id;
     } else {
       // The first program in this list opens the files of a user who has picked no default.
       if (added.empty()) pinned = presentProgram();
       if (!pinned.empty()) added.push_back(pinned);
-      added.emplace_back(kEntry);
+      added.emplace_back(id);
     }
     makeFolders(calls_, applications_, 0700);
-    replaceFile(calls_, entry_, entryText(program, pinned), {});
+    replaceFile(calls_, entry_, entryText(program, pinned, installed), {});
     lists.setList(kAdded, kType, added);
     makeFolders(calls_, folderOf(lists_), 0700);
     writeIfChanged(lists.text());
@@ -136,7 +140,7 @@ class Associations {
   void remove() {
     KeyFile lists(read(lists_));
     Strings added = lists.list(kAdded, kType);
-    if (std::erase(added, kEntry) != 0) {
+    if (std::erase_if(added, isOurs) != 0) {
       if (added.size() == 1 && added[0] == pinnedBefore()) added.clear();
       lists.setList(kAdded, kType, added);
       writeIfChanged(lists.text());
@@ -145,6 +149,29 @@ class Associations {
   }
 
  private:
+  static bool isOurs(std::string_view id) { return id == kEntry || id == kInstalledEntry; }
+
+  static Strings systemFolders() {
+    const char* const named = std::getenv("XDG_DATA_DIRS");
+    Strings folders = split(named != nullptr && named[0] != '\0' ? named : "/usr/local/share:/usr/share", ':');
+    for (std::string& folder : folders) {
+      while (folder.ends_with('/')) folder.pop_back();
+      folder += "/applications";
+    }
+    return folders;
+  }
+
+  // Whether the entry of an installed program starts this one. It is taken then: file managers show no second one.
+  bool isInstalledFor(const std::string& program) {
+    const Strings folders = systemFolders();
+    return std::any_of(folders.begin(), folders.end(), [&](const std::string& folder) {
+      struct stat status {};
+      const std::string prefix = folderOf(folderOf(folder));  // of PREFIX/share/applications
+      return program == prefix + "/bin/dravenna" &&
+             calls_.stat((folder + "/" + std::string(kInstalledEntry)).c_str(), status) == 0;
+    });
+  }
+
   // Empty for a missing file.
   std::string read(const std::string& path) {
     try {
@@ -172,16 +199,14 @@ class Associations {
 
   // The entry of the program that opens text files when no default is picked; empty if there is none.
   std::string presentProgram() {
-    const char* const named = std::getenv("XDG_DATA_DIRS");
-    Strings folders = split(named != nullptr && named[0] != '\0' ? named : "/usr/local/share:/usr/share", ':');
-    for (std::string& folder : folders) folder += "/applications";
+    Strings folders = systemFolders();
     folders.insert(folders.begin(), applications_);
     for (const std::string& folder : folders) {
       Strings programs = KeyFile(read(folder + "/mimeapps.list")).list(kAdded, kType);
       const Strings cached = KeyFile(read(folder + "/mimeinfo.cache")).list("MIME Cache", kType);
       programs.insert(programs.end(), cached.begin(), cached.end());
       for (const std::string& program : programs) {
-        if (program != kEntry && isInstalled(folders, program)) return program;
+        if (!isOurs(program) && isInstalled(folders, program)) return program;
       }
     }
     return {};
@@ -216,7 +241,8 @@ class Associations {
     return argument + "\"";
   }
 
-  static std::string entryText(const std::string& program, const std::string& pinned) {
+  // Where the installed entry is taken, this one counts as deleted and only remembers.
+  static std::string entryText(const std::string& program, const std::string& pinned, bool installed) {
     return "[Desktop Entry]\n"
            "Type=Application\n"
            "Version=1.0\n"
@@ -227,9 +253,9 @@ class Associations {
            " %f\n"
            "Icon=dravenna\n"
            "Terminal=false\n"
-           "NoDisplay=true\n"  // not in the menus; the file managers show it all the same
-           "MimeType=" +
-           std::string(kType) + ";\n" + (pinned.empty() ? "" : std::string(kPinnedKey) + "=" + pinned + "\n");
+           // Without a place in the menus; the file managers show it all the same.
+           + std::string(installed ? "Hidden" : "NoDisplay") + "=true\nMimeType=" + std::string(kType) + ";\n" +
+           (pinned.empty() ? "" : std::string(kPinnedKey) + "=" + pinned + "\n");
   }
 
   SystemCalls& calls_;
