@@ -10,6 +10,7 @@
 #include "platform/tree_files.h"
 #include "tool/script/align.h"
 #include "tool/script/exchange_file.h"
+#include "tool/script/records.h"
 
 namespace dravenna {
 
@@ -19,6 +20,7 @@ OldVersion::OldVersion(Session& session, std::string tree, std::string translati
     if (session_.files->pathKind(path) == PathKind::Missing)
       throw Failure(u"No such file or directory: '" + fromUtf8(path) + u"'");
   }
+  if (session_.files->pathKind(translations_) == PathKind::Folder) index_.emplace(session_, translations_);
 }
 
 void OldVersion::findRenamed(const std::vector<Script>& fresh) {
@@ -111,6 +113,8 @@ std::vector<Translation> OldVersion::translationsFor(const std::string& relative
       return;
     }
     if (const auto wrong = wrongEncodingOf(file, path, old.file, in.codec.page())) throw *wrong;
+    if (index_ && !index_->isOriginal(withExtension(relative, ".lxf"), digestOf(old.work, in.lists).value()))
+      throw Failure(fromUtf8(path) + u": made from other texts than " + fromUtf8(carried.oldPath) + u" has");
     std::string buffer;
     translations = translationsFromExchange(old, in.codec.toWork(file, buffer), path);
   });

@@ -2,11 +2,12 @@
 
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "tool/carry/carry.h"
-#include "tool/run/session.h"
+#include "tool/run/text_index.h"
 
 namespace dravenna {
 
@@ -45,6 +46,7 @@ class OldVersion {
   Session& session_;
   std::string tree_;
   std::string translations_;
+  std::optional<TextIndex> index_;              // of a folder of exchange files
   std::map<std::string, std::string> renamed_;  // new to old, relative
 };
 

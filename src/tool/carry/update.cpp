@@ -4,10 +4,11 @@
 #include <numeric>
 #include <set>
 
-#include "exchange/records.h"
 #include "platform/failure.h"
 #include "tool/carry/old_version.h"
 #include "tool/run/for_each_script.h"
+#include "tool/run/text_index.h"
+#include "tool/script/records.h"
 
 namespace dravenna {
 
@@ -41,8 +42,10 @@ constexpr std::array<const char*, 5> kStateNames = {"carried", "untranslated", "
 struct Outcome {
   std::string report;
   std::string warning;
-  bool unfit = false;  // there is a translation, but it could not be used
-  std::string error;   // why its exchange file was not written
+  bool unfit = false;           // there is a translation, but it could not be used
+  std::string error;            // why its exchange file was not written
+  std::optional<bool> written;  // anew, or it stood there; nothing for none
+  TextDigest digest;            // of the texts that it was made from
   std::array<std::size_t, 5> counts{};
   std::size_t gone = 0;
 };
@@ -128,6 +131,7 @@ Outcome Update::updateScript(const Script& script, const OldVersion& oldVersion)
   outcome.warning = carried.warning;
   outcome.unfit = carried.unfit;
   std::string lxf;
+  for (const OutlineText* text : fresh->records) outcome.digest.add(text->text);
   for (std::size_t i = 0; i < fresh->records.size(); ++i) {
     const CarriedText& text = carried.result.texts[i];
     ++outcome.counts[static_cast<std::size_t>(text.state)];
@@ -144,7 +148,8 @@ Outcome Update::updateScript(const Script& script, const OldVersion& oldVersion)
     std::string buffer;
     const std::string target = joinPath(options_.out, withExtension(script.relative, ".lxf"));
     if (fresh->records.empty() && session_.files->pathKind(target) == PathKind::Missing) return;
-    session_.outputs->write(target, fresh->in.codec.toFile(lxf, buffer), Outputs::Kind::ExchangeFile, options_.force);
+    outcome.written = session_.outputs->write(target, fresh->in.codec.toFile(lxf, buffer), Outputs::Kind::ExchangeFile,
+                                              options_.force);
   });
   if (failure) outcome.error = shown(failure->description());
   return outcome;
@@ -187,11 +192,14 @@ void Update::run() {
   for (const std::string& folder : folders) session_.files->makeFolders(folder);
 
   Output output(*session_.outputs, options_.report, options_.force);
+  TextIndex index(session_, options_.out);
   std::array<std::size_t, 5> counts{};
   std::size_t gone = 0;
   forEachScript<Outcome>(
       session_, scripts, [&](const Script& script, Buffers&) { return updateScript(script, oldVersion); },
-      [&](const Script&, Outcome&& outcome) {
+      [&](const Script& script, Outcome&& outcome) {
+        if (outcome.written)
+          index.madeFrom(withExtension(script.relative, ".lxf"), outcome.digest.value(), *outcome.written);
         if (!outcome.warning.empty()) session_.console.warning(outcome.warning);
         if (outcome.unfit) session_.console.fail();
         if (!outcome.error.empty()) session_.console.error(outcome.error);
@@ -200,6 +208,7 @@ void Update::run() {
         output.buffer().append(outcome.report);
         return output.flushSome();
       });
+  index.save();
   reportLeft(oldVersion.unclaimed(scripts), output, gone);
   if (!output.close()) session_.console.fail();
   summary(counts, gone);

@@ -6,6 +6,7 @@
 #include "platform/terminal.h"
 #include "tool/run/for_each_script.h"
 #include "tool/run/globs.h"
+#include "tool/run/text_index.h"
 #include "tool/script/records.h"
 
 namespace dravenna {
@@ -67,6 +68,24 @@ std::string targetOf(const Script& script, const std::string& out) {
   return joinPath(out, withExtension(script.relative, ".lxf"));
 }
 
+struct Exported {
+  enum class Fate { Kept, WithoutTexts, Same, Written } fate = Fate::Kept;
+  ExportedTexts texts;
+};
+
+Exported exportScript(Session& session, const Options& options, const Script& script, Buffers& buffers) {
+  using Fate = Exported::Fate;
+  const std::string target = targetOf(script, options.out);
+  if (options.noClobber && session.files->pathKind(target) == PathKind::File) return {};
+  const auto [in, work] = openScript(session, script.path, buffers.file, buffers.work);
+  const ExportedTexts texts = exportWork(work, in.lists, options.keepCodes, buffers.out);
+  // A script without texts has no exchange file; one that is there may be a translation and is told of.
+  if (texts.records == 0 && session.files->pathKind(target) == PathKind::Missing) return {Fate::WithoutTexts, texts};
+  const std::string_view bytes = in.codec.toFile(buffers.out, buffers.work);
+  const bool anew = session.outputs->write(target, bytes, Outputs::Kind::ExchangeFile, options.force);
+  return {anew ? Fate::Written : Fate::Same, texts};
+}
+
 // Makes the folders of the exchange files. Two scripts must not share one, and none must be a script.
 void makeFoldersFor(Session& session, const std::vector<Script>& scripts, const std::string& out) {
   std::unordered_map<std::string, std::string> owners;
@@ -92,32 +111,28 @@ void makeFoldersFor(Session& session, const std::vector<Script>& scripts, const 
 void exportTree(Session& session, const Options& options) {
   const std::vector<Script> scripts = collectScripts(session, options.paths);
   makeFoldersFor(session, scripts, options.out);
+  TextIndex index(session, options.out);
   std::size_t files = 0;
-  std::size_t empty = 0;  // scripts without texts
+  std::size_t empty = 0;
   std::size_t records = 0;
-  constexpr std::size_t kKept = static_cast<std::size_t>(-1);
-  forEachScript<std::size_t>(
+  forEachScript<Exported>(
       session, scripts,
-      [&](const Script& script, Buffers& buffers) {
-        const std::string target = targetOf(script, options.out);
-        if (options.noClobber && session.files->pathKind(target) == PathKind::File) return kKept;
-        const auto [in, work] = openScript(session, script.path, buffers.file, buffers.work);
-        const std::size_t count = exportWork(work, in.lists, options.keepCodes, buffers.out);
-        // A script without texts has no exchange file; one that is there may be a translation and is told of.
-        if (count == 0 && session.files->pathKind(target) == PathKind::Missing) return count;
-        session.outputs->write(target, in.codec.toFile(buffers.out, buffers.work), Outputs::Kind::ExchangeFile,
-                               options.force);
-        return count;
-      },
-      [&](const Script& script, std::size_t&& count) {
-        if (count == kKept) {
+      [&](const Script& script, Buffers& buffers) { return exportScript(session, options, script, buffers); },
+      [&](const Script& script, Exported&& exported) {
+        using Fate = Exported::Fate;
+        if (exported.fate == Fate::Kept) {
           session.console.note(fmt::format("{}: kept", shownName(targetOf(script, options.out))));
-        } else {
-          ++(count == 0 ? empty : files);
-          records += count;
+          return true;
+        }
+        ++(exported.texts.records == 0 ? empty : files);
+        records += exported.texts.records;
+        if (exported.fate != Fate::WithoutTexts) {
+          index.madeFrom(withExtension(script.relative, ".lxf"), exported.texts.digest.value(),
+                         exported.fate == Fate::Written);
         }
         return true;
       });
+  index.save();
   if (empty > 0 && files == 0) {
     session.console.warning("no script has a text for an exchange file");
     session.console.fail();

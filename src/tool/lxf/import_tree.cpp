@@ -8,8 +8,10 @@
 #include "platform/tree_files.h"
 #include "text/text.h"
 #include "tool/run/for_each_script.h"
+#include "tool/run/text_index.h"
 #include "tool/script/breaks.h"
 #include "tool/script/merge.h"
+#include "tool/script/records.h"
 
 namespace dravenna {
 
@@ -23,31 +25,50 @@ struct Outcome {
   std::vector<std::string> warnings;
   std::size_t texts = 0;
   std::size_t changed = 0;
+  std::optional<TextDigest> digest;  // of the script as it will be, where the index knows its exchange file
 };
 
 class TreeImport {
  public:
   TreeImport(Session& session, const ImportOptions& options)
-      : session_(session), options_(options), scripts_(collectScripts(session, options.paths)) {}
+      : session_(session),
+        options_(options),
+        scripts_(collectScripts(session, options.paths)),
+        index_(session, options.from) {}
 
   void run();
 
  private:
   Outcome mergeScript(const Script& script, Buffers& buffers, std::optional<std::string>& bytes) const;
+  bool isOutOfDate(const std::string& lxfName, const CommandLists& lists, std::string_view script, TextDigest texts,
+                   std::string_view lxf) const;
   void report(const Script& script, const Outcome& outcome);
   void findStrays();
 
   Session& session_;
   const ImportOptions& options_;
   std::vector<Script> scripts_;
+  TextIndex index_;
   std::size_t fates_[4] = {};
   std::size_t changed_ = 0;
 };
 
+// The script's texts are not those that the exchange file was made from, nor those that it puts in.
+bool TreeImport::isOutOfDate(const std::string& lxfName, const CommandLists& lists, std::string_view script,
+                             TextDigest texts, std::string_view lxf) const {
+  if (index_.fits(lxfName, texts.value())) return false;
+  bool putsNothingIn = false;
+  const auto failure = attempt([&] {
+    putsNothingIn = mergeWork(lists, script, lxf, lxfName, {.keepEol = true, .keepCodes = true}).work == script;
+  });
+  return failure || !putsNothingIn;
+}
+
 Outcome TreeImport::mergeScript(const Script& script, Buffers& buffers, std::optional<std::string>& bytes) const {
   const std::string& file = buffers.file;
   Outcome outcome;
-  const std::string lxfPath = joinPath(options_.from, withExtension(script.relative, ".lxf"));
+  const std::string lxfName = withExtension(script.relative, ".lxf");
+  const std::string lxfPath = joinPath(options_.from, lxfName);
   if (session_.files->pathKind(lxfPath) != PathKind::File) {
     outcome.fate = Fate::NoExchangeFile;
     return outcome;
@@ -64,8 +85,14 @@ Outcome TreeImport::mergeScript(const Script& script, Buffers& buffers, std::opt
   };
   const ExchangeFile cut = cutExchangeFile(lxf);
   const RecordBreaks breaks = breaksOf(in.codec, in.lists, scriptWork, cut, !options_.likeWindow);
-  for (const auto& misfit :
-       {wrongEncodingOf(buffers.otherFile, lxfPath, file, in.codec.page()), misfitOf(cut, lxfPath, breaks.texts)}) {
+  std::optional<Failure> outOfDate;
+  if (isOutOfDate(lxfName, in.lists, scriptWork, breaks.digest, lxf)) {
+    outOfDate = Failure(fromUtf8(lxfPath) +
+                        u": made from other texts than the script has now: a new version needs "
+                        u"`update`");
+  }
+  for (const auto& misfit : {wrongEncodingOf(buffers.otherFile, lxfPath, file, in.codec.page()), outOfDate,
+                             misfitOf(cut, lxfPath, breaks.texts)}) {
     if (!misfit) continue;
     if (!options_.force) return refuse(shown(misfit->description()));
     outcome.warnings.push_back(shown(misfit->description()));
@@ -96,6 +123,7 @@ Outcome TreeImport::mergeScript(const Script& script, Buffers& buffers, std::opt
   outcome.texts = merge.texts;
   outcome.changed = merge.changed;
   const std::string_view now = in.codec.toFile(merge.work, buffers.out);
+  if (index_.knows(lxfName)) outcome.digest = now == file ? breaks.digest : digestOf(merge.work, in.lists);
   if (now == file) return outcome;
   outcome.fate = Fate::Replaced;
   bytes = now;
@@ -106,6 +134,7 @@ void TreeImport::report(const Script& script, const Outcome& outcome) {
   ++fates_[static_cast<std::size_t>(outcome.fate)];
   for (const std::string& warning : outcome.warnings) session_.console.warning(warning);
   if (outcome.fate == Fate::Refused) session_.console.error(outcome.message);
+  if (outcome.digest) index_.imported(withExtension(script.relative, ".lxf"), outcome.digest->value());
   if (outcome.fate != Fate::Replaced) return;
   changed_ += outcome.changed;
   if (options_.dryRun) {
@@ -147,6 +176,7 @@ void TreeImport::run() {
         ++done;
         return true;
       });
+  if (!options_.dryRun) index_.save();
   if (interrupted()) return session_.console.error("Interrupted; every script is the old or the new one");
   const auto count = [&](Fate fate) { return fates_[static_cast<std::size_t>(fate)]; };
   if (!scripts_.empty() && count(Fate::NoExchangeFile) == scripts_.size()) {

@@ -46,14 +46,18 @@ bool Outputs::mayReplace(const std::string& path, const FileIdentity& there, std
   return true;
 }
 
-void Outputs::write(const std::string& path, std::string_view bytes, Kind kind, bool force) {
+bool Outputs::write(const std::string& path, std::string_view bytes, Kind kind, bool force) {
   const auto there = files_.identity(path);
-  if (there && !there->plain) return files_.writeDevice(path, bytes);
-  if (there && !mayReplace(path, *there, bytes, kind, force)) return;
+  if (there && !there->plain) {
+    files_.writeDevice(path, bytes);
+    return true;
+  }
+  if (there && !mayReplace(path, *there, bytes, kind, force)) return false;
   const auto replacement = files_.replace(path);
   replacement->write(bytes);
   replacement->close();
   replacement->place();
+  return true;
 }
 
 }  // namespace dravenna

@@ -29,8 +29,8 @@ class Outputs {
   // False when the same bytes stand there already.
   bool mayWrite(const std::string& path, std::string_view bytes, Kind kind, bool force);
 
-  // Writes the output as far as it may, whole or not at all. Its folder exists.
-  void write(const std::string& path, std::string_view bytes, Kind kind, bool force);
+  // Writes the output as far as it may, whole or not at all. Its folder exists. False when the same bytes stand there.
+  bool write(const std::string& path, std::string_view bytes, Kind kind, bool force);
 
  private:
   bool mayReplace(const std::string& path, const FileIdentity& there, std::string_view bytes, Kind kind, bool force);

@@ -68,6 +68,7 @@ RecordBreaks breaksOf(const Codec& codec, const CommandLists& lists, std::string
   const char* before = nullptr;
   forEachRecordText(script, lists, [&](std::string_view raw, std::string_view plain) {
     const std::size_t i = breaks.texts++;
+    breaks.digest.add(raw);
     // What has no line end is put in only where the line of the text before runs on into it.
     const bool runsOn = before != nullptr && std::find(before, raw.data(), '\n') == raw.data();
     before = raw.data();

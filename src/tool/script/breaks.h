@@ -7,6 +7,7 @@
 
 #include "tool/script/codec.h"
 #include "tool/script/exchange_file.h"
+#include "tool/script/text_digest.h"
 
 // What would break a script for the next scan or for the servers that read it. All texts are work bytes.
 namespace dravenna {
@@ -33,6 +34,7 @@ struct BrokenRecord {
 };
 struct RecordBreaks {
   std::size_t texts = 0;  // of the script that take a record
+  TextDigest digest;      // of these
   std::vector<BrokenRecord> list;
 };
 

@@ -5,6 +5,7 @@
 
 #include "exchange/records.h"
 #include "tool/script/script_lines.h"
+#include "tool/script/text_digest.h"
 
 // Records of scripts in their work bytes.
 namespace dravenna {
@@ -21,15 +22,26 @@ void forEachRecordText(std::string_view work, const CommandLists& lists, Found&&
 }
 
 // The exchange file of a script into a buffer that is used again. `keepCodes` leaves the colour codes in the texts.
-// Gives the number of records.
-inline std::size_t exportWork(std::string_view work, const CommandLists& lists, bool keepCodes, std::string& lxf) {
+// Gives the number of records, and what the file was made from.
+struct ExportedTexts {
+  std::size_t records = 0;
+  TextDigest digest;
+};
+inline ExportedTexts exportWork(std::string_view work, const CommandLists& lists, bool keepCodes, std::string& lxf) {
   lxf.clear();
-  std::size_t number = 0;
+  ExportedTexts exported;
   forEachRecordText(work, lists, [&](std::string_view raw, std::string_view withoutColor) {
-    appendRecord(++number, keepCodes ? raw : withoutColor, lxf);
+    appendRecord(++exported.records, keepCodes ? raw : withoutColor, lxf);
     lxf.append("\r\n", 2);
+    exported.digest.add(raw);
   });
-  return number;
+  return exported;
+}
+
+inline TextDigest digestOf(std::string_view work, const CommandLists& lists) {
+  TextDigest digest;
+  forEachRecordText(work, lists, [&](std::string_view raw, std::string_view) { digest.add(raw); });
+  return digest;
 }
 
 }  // namespace dravenna

@@ -1,0 +1,110 @@
+#include "tool/run/text_index.h"
+
+#include <fmt/core.h>
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+
+#include "platform/failure.h"
+#include "tool/script/script_lines.h"
+
+namespace dravenna {
+
+namespace {
+
+constexpr char kIndexHead[] = "# the texts that these exchange files were made from: digest, file\n";
+constexpr char kImportsHead[] = "# what imports made of these texts: digest before, digest after, file\n";
+constexpr std::size_t kDigits = 16;
+
+bool contains(const std::vector<std::uint64_t>& digests, std::uint64_t digest) {
+  return std::find(digests.begin(), digests.end(), digest) != digests.end();
+}
+
+}  // namespace
+
+template <class Take>
+void TextIndex::read(const std::string& path, std::size_t digests, Take&& take) {
+  if (session_.files->pathKind(path) != PathKind::File) return;
+  std::string bytes;
+  session_.files->readWhole(path, bytes);
+  forEachLine(bytes, [&](const ScriptLine& line) {
+    if (line.text.starts_with('#')) return;
+    std::array<std::uint64_t, 2> numbers{};
+    std::string_view rest = line.text;
+    bool well = true;
+    for (std::size_t i = 0; i < digests && well; ++i) {
+      well = rest.size() > kDigits + 1 && rest[kDigits] == ' ';
+      if (!well) break;
+      well = std::from_chars(rest.data(), rest.data() + kDigits, numbers[i], 16).ptr == rest.data() + kDigits;
+      rest.remove_prefix(kDigits + 1);
+    }
+    if (well) return take(numbers, std::string(rest));
+    session_.console.warning(fmt::format("{}:{}: no digest and file; left out", shownName(path), line.number + 1));
+  });
+}
+
+TextIndex::TextIndex(Session& session, const std::string& folder)
+    : session_(session),
+      indexPath_(joinPath(folder, "dravenna.index")),
+      importsPath_(joinPath(folder, "dravenna.imports")) {
+  read(indexPath_, 1, [&](const auto& digests, std::string&& lxf) { originals_[lxf].push_back(digests[0]); });
+  read(importsPath_, 2, [&](const auto& digests, std::string&& lxf) {
+    // An exchange file that was made anew has no imports yet.
+    const auto found = originals_.find(lxf);
+    if (found != originals_.end() && contains(found->second, digests[0]))
+      imports_[lxf].push_back({digests[0], digests[1]});
+  });
+}
+
+bool TextIndex::isOriginal(const std::string& lxf, std::uint64_t texts) const {
+  const auto found = originals_.find(lxf);
+  return found == originals_.end() || contains(found->second, texts);
+}
+
+bool TextIndex::fits(const std::string& lxf, std::uint64_t texts) const {
+  if (isOriginal(lxf, texts)) return true;
+  const auto found = imports_.find(lxf);
+  return found != imports_.end() && std::any_of(found->second.begin(), found->second.end(),
+                                                [&](const Import& import) { return import.texts == texts; });
+}
+
+void TextIndex::madeFrom(const std::string& lxf, std::uint64_t texts, bool anew) {
+  std::vector<std::uint64_t>& known = originals_[lxf];
+  if (anew ? known == std::vector{texts} : contains(known, texts)) return;
+  if (anew) known.clear();
+  known.push_back(texts);
+  originalsChanged_ = true;
+}
+
+void TextIndex::imported(const std::string& lxf, std::uint64_t texts) {
+  const auto found = originals_.find(lxf);
+  if (found == originals_.end() || fits(lxf, texts)) return;
+  imports_[lxf].push_back({found->second.front(), texts});
+  importsChanged_ = true;
+}
+
+void TextIndex::write(const std::string& path, const std::string& bytes) {
+  const auto failure = attempt([&] { session_.outputs->write(path, bytes, Outputs::Kind::Report, false); });
+  if (failure) session_.console.error(shown(failure->description()));
+}
+
+void TextIndex::save() {
+  if (originalsChanged_) {
+    std::string bytes = kIndexHead;
+    for (const auto& [lxf, digests] : originals_) {
+      for (const std::uint64_t digest : digests) bytes += fmt::format("{:016x} {}\n", digest, lxf);
+    }
+    write(indexPath_, bytes);
+  }
+  if (importsChanged_) {
+    std::string bytes = kImportsHead;
+    for (const auto& [lxf, imports] : imports_) {
+      for (const Import& import : imports)
+        bytes += fmt::format("{:016x} {:016x} {}\n", import.original, import.texts, lxf);
+    }
+    write(importsPath_, bytes);
+  }
+}
+
+}  // namespace dravenna
