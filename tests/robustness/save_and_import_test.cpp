@@ -56,6 +56,7 @@ void failEach(int messages, const std::function<std::function<bool()>(Scene&)>& 
       const std::string now = scene.folder.get(name);
       EXPECT_TRUE(now == before[name] || now == bytes) << name << " of " << now.size() << " bytes";
       EXPECT_TRUE(told || called.killed() || now == bytes) << "a failure that nobody heard of: " << called.failed();
+      EXPECT_TRUE(told || called.killed() || scene.folder.names().contains(name + scene.backup)) << "no backup";
     }
     for (const std::string& name : scene.folder.names()) {
       const std::string original = name.substr(0, name.rfind(scene.backup));

@@ -192,13 +192,35 @@ void FileReplacement::flush() {
   file_.close();
 }
 
-// The old file under a second name. A link, unlike a rename, never takes the place of another file.
+// The old file under a second name, as a copy where the file system has no links. Neither of them, unlike a rename,
+// takes the place of another file.
 void FileReplacement::backUp(const std::string& backup) {
   std::string name = backup;
   for (int number = 2; calls_.link(target_.c_str(), name.c_str()) != 0; ++number) {
     if (errno == ENOENT) return;  // there is no old file
-    if (errno != EEXIST || number > kMostBackups) failWithErrno(name);
+    if (errno != EEXIST) {
+      try {
+        return copyTo(name);
+      } catch (const SystemFailure& failure) {
+        if (failure.error() != EEXIST) throw;
+      }
+    }
+    if (number > kMostBackups) throw SystemFailure(EEXIST, name);
     name = backup + std::to_string(number);
+  }
+}
+
+void FileReplacement::copyTo(const std::string& name) {
+  OpenFile from = openForReading(calls_, target_);
+  OpenFile copy(calls_, name, O_WRONLY | O_CREAT | O_EXCL, 0600, name);
+  try {
+    copy.writeAll(readWholeFile(from, std::string().max_size()));
+    if (calls_.fchmod(copy.number(), from.status().st_mode & 0777) < 0) failWithErrno(name);
+    copy.sync();
+    copy.close();
+  } catch (...) {
+    calls_.unlink(name.c_str());
+    throw;
   }
 }
 

@@ -58,6 +58,7 @@ class FileReplacement : public dravenna::FileReplacement {
   void openTemporary(Options options, bool targetExists);
   void takeOver(const struct stat& target);
   void backUp(const std::string& backup);
+  void copyTo(const std::string& name);
   void removeTemporary() noexcept;
 
   SystemCalls& calls_;
