@@ -10,6 +10,7 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/failure.h"
 #include "platform/file_replacement.h"
 
 namespace dravenna {
@@ -29,7 +30,10 @@ struct FileIdentity {
 class TreeFiles {
  public:
   using Chooser = std::function<bool(const std::string& relative)>;
-  using Hearer = std::function<void(const std::string& relative)>;
+  struct Hearer {
+    std::function<void(const std::string& relative)> passedBy;
+    std::function<void(const Failure& failure)> unreadable;
+  };
 
   virtual ~TreeFiles() = default;
 
@@ -41,10 +45,10 @@ class TreeFiles {
 
   // The files below a folder, as paths relative to it with `/` between their names, sorted by bytes. Links to files
   // count as files, links to folders are not entered. `enter` says whether a folder below is looked into, `take`
-  // whether a file is wanted; `passedBy`, where there is one, hears of each link to a folder. Fails when a folder
-  // cannot be read.
+  // whether a file is wanted. A hearer is told of each link to a folder, of wanted ones that are no files, and of
+  // folders below that cannot be read; without it such a folder is a failure, as the folder itself always is.
   virtual std::vector<std::string> filesBelow(const std::filesystem::path& folder, const Chooser& enter,
-                                              const Chooser& take, const Hearer& passedBy = {}) = 0;
+                                              const Chooser& take, const Hearer* hearer = nullptr) = 0;
 
   // The whole file into a buffer that is used again.
   virtual void readWhole(const std::filesystem::path& path, std::string& bytes) = 0;

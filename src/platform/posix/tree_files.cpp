@@ -20,7 +20,7 @@ namespace {
 namespace fs = std::filesystem;
 
 void listFolder(const fs::path& folder, const std::string& relative, const TreeFiles::Chooser& enter,
-                const TreeFiles::Chooser& take, const TreeFiles::Hearer& passedBy, std::vector<std::string>& out) {
+                const TreeFiles::Chooser& take, const TreeFiles::Hearer* hearer, std::vector<std::string>& out) {
   std::error_code error;
   fs::directory_iterator entries(folder, error);
   if (error) throw SystemFailure(error.value(), folder.native());
@@ -29,10 +29,17 @@ void listFolder(const fs::path& folder, const std::string& relative, const TreeF
     std::string name = relative + entry.path().filename().native();
     const bool link = entry.is_symlink(error);
     if (entry.is_directory(error)) {
-      if (!link && enter(name)) listFolder(entry.path(), name + "/", enter, take, passedBy, out);
-      if (link && passedBy) passedBy(name);
-    } else if (entry.is_regular_file(error) && take(name)) {
-      out.push_back(std::move(name));
+      if (link && hearer != nullptr) hearer->passedBy(name);
+      if (link || !enter(name)) continue;
+      const auto failure = attempt([&] { listFolder(entry.path(), name + "/", enter, take, hearer, out); });
+      if (failure && hearer == nullptr) throw *failure;
+      if (failure) hearer->unreadable(*failure);
+    } else if (take(name)) {
+      if (entry.is_regular_file(error)) {
+        out.push_back(std::move(name));
+      } else if (hearer != nullptr) {
+        hearer->passedBy(name);
+      }
     }
   }
   if (error) throw SystemFailure(error.value(), folder.native());
@@ -60,9 +67,9 @@ class PosixTreeFiles : public TreeFiles {
   }
 
   std::vector<std::string> filesBelow(const fs::path& folder, const Chooser& enter, const Chooser& take,
-                                      const Hearer& passedBy) override {
+                                      const Hearer* hearer) override {
     std::vector<std::string> out;
-    listFolder(folder, {}, enter, take, passedBy, out);
+    listFolder(folder, {}, enter, take, hearer, out);
     std::sort(out.begin(), out.end());
     return out;
   }

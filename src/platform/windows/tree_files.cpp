@@ -52,7 +52,7 @@ class FolderListing {
 };
 
 void listFolder(const fs::path& folder, const std::string& relative, const Chooser& enter, const Chooser& take,
-                const TreeFiles::Hearer& passedBy, std::vector<std::string>& out) {
+                const TreeFiles::Hearer* hearer, std::vector<std::string>& out) {
   FolderListing listing(folder);
   while (const WIN32_FIND_DATAW* entry = listing.next()) {
     const std::wstring_view file = entry->cFileName;
@@ -61,8 +61,11 @@ void listFolder(const fs::path& folder, const std::string& relative, const Choos
     if (isFolder(entry->dwFileAttributes)) {
       const bool link = (entry->dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 &&
                         IsReparseTagNameSurrogate(entry->dwReserved0);
-      if (!link && enter(name)) listFolder(folder / file, name + "/", enter, take, passedBy, out);
-      if (link && passedBy) passedBy(name);
+      if (link && hearer != nullptr) hearer->passedBy(name);
+      if (link || !enter(name)) continue;
+      const auto failure = attempt([&] { listFolder(folder / file, name + "/", enter, take, hearer, out); });
+      if (failure && hearer == nullptr) throw *failure;
+      if (failure) hearer->unreadable(*failure);
     } else if (take(name)) {
       out.push_back(std::move(name));
     }
@@ -94,9 +97,9 @@ class WindowsTreeFiles : public TreeFiles {
   }
 
   std::vector<std::string> filesBelow(const fs::path& folder, const Chooser& enter, const Chooser& take,
-                                      const Hearer& passedBy) override {
+                                      const Hearer* hearer) override {
     std::vector<std::string> out;
-    listFolder(folder, {}, enter, take, passedBy, out);
+    listFolder(folder, {}, enter, take, hearer, out);
     std::sort(out.begin(), out.end());
     return out;
   }

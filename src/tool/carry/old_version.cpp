@@ -9,6 +9,7 @@
 #include "platform/failure.h"
 #include "platform/tree_files.h"
 #include "tool/script/align.h"
+#include "tool/script/contents.h"
 #include "tool/script/exchange_file.h"
 #include "tool/script/records.h"
 
@@ -20,28 +21,44 @@ OldVersion::OldVersion(Session& session, std::string tree, std::string translati
     if (session_.files->pathKind(path) == PathKind::Missing)
       throw Failure(u"No such file or directory: '" + fromUtf8(path) + u"'");
   }
-  if (session_.files->pathKind(translations_) == PathKind::Folder) index_.emplace(session_, translations_);
+  if (session_.files->pathKind(translations_) == PathKind::Folder) {
+    index_.emplace(session_, translations_);
+    return;
+  }
+  std::string bytes;
+  session_.files->readWhole(translations_, bytes);
+  if (contentsOf(bytes, session_.pages->usual().lists) == Contents::PoFile) {
+    throw UsageError(
+        fmt::format("--from: {} is a PO file, not scripts or exchange files; `po import` puts it into scripts",
+                    shownName(translations_)));
+  }
 }
 
 void OldVersion::findRenamed(const std::vector<Script>& fresh) {
+  needOneScript(*session_.files, "the old version", tree_, fresh.size());
+  needOneScript(*session_.files, "--from", translations_, fresh.size());
   if (session_.files->pathKind(tree_) != PathKind::Folder) return;
   std::set<std::string> names;
   std::vector<const Script*> homeless;
   for (const Script& script : fresh) {
-    names.insert(script.relative);
-    if (session_.files->pathKind(joinPath(tree_, script.relative)) != PathKind::File) homeless.push_back(&script);
+    names.insert(relativeIn(*session_.files, tree_, script));
+    if (session_.files->pathKind(partnerIn(*session_.files, tree_, script)) != PathKind::File)
+      homeless.push_back(&script);
   }
   if (homeless.empty()) return;
 
   std::vector<std::string> left;
   std::unordered_map<std::uint64_t, std::vector<std::size_t>> owners;
+  // A script that cannot be read has no texts here; who carries it tells why.
   const auto hashesOf = [&](const std::string& path) {
     std::set<std::uint64_t> hashes;
-    std::string bytes;
-    readFile(session_, path, bytes);
-    const Encoding& in = session_.pages->of(bytes);
-    const auto script = std::make_unique<LoadedScript>(std::move(bytes), in);
-    for (const OutlineText* text : script->records) hashes.insert(hashOf(withoutColor(text->text)));
+    static_cast<void>(attempt([&] {
+      std::string bytes;
+      readFile(session_, path, bytes);
+      const Encoding& in = session_.pages->of(bytes);
+      const auto script = std::make_unique<LoadedScript>(std::move(bytes), in);
+      for (const OutlineText* text : script->records) hashes.insert(hashOf(withoutColor(text->text)));
+    }));
     return hashes;
   };
   for (const Script& old : collectScripts(session_, {tree_})) {
@@ -64,18 +81,19 @@ void OldVersion::findRenamed(const std::vector<Script>& fresh) {
   }
 }
 
-const std::string& OldVersion::oldNameOf(const Script& script) const {
+std::string OldVersion::oldNameIn(const std::string& tree, const Script& script) const {
   const auto renamed = renamed_.find(script.relative);
-  return renamed == renamed_.end() ? script.relative : renamed->second;
+  return renamed == renamed_.end() ? relativeIn(*session_.files, tree, script) : renamed->second;
 }
 
 std::string OldVersion::oldPathOf(const Script& script) const {
-  return session_.files->pathKind(tree_) == PathKind::File ? tree_ : joinPath(tree_, oldNameOf(script));
+  return session_.files->pathKind(tree_) == PathKind::File ? tree_ : joinPath(tree_, oldNameIn(tree_, script));
 }
 
 std::vector<std::string> OldVersion::unclaimed(const std::vector<Script>& fresh) const {
   std::vector<std::string> paths;
-  if (session_.files->pathKind(tree_) != PathKind::Folder) return paths;
+  const bool some = std::any_of(fresh.begin(), fresh.end(), [](const Script& script) { return script.named; });
+  if (some || session_.files->pathKind(tree_) != PathKind::Folder) return paths;
   std::set<std::string> claimed;
   for (const Script& script : fresh) claimed.insert(script.relative);
   for (const auto& [name, old] : renamed_) claimed.insert(old);
@@ -113,9 +131,14 @@ std::vector<Translation> OldVersion::translationsFor(const std::string& relative
       return;
     }
     if (const auto wrong = wrongEncodingOf(file, path, old.file, in.codec.page())) throw *wrong;
-    if (index_ && !index_->isOriginal(withExtension(relative, ".lxf"), digestOf(old.work, in.lists).value()))
-      throw Failure(fromUtf8(path) + u": made from other texts than " + fromUtf8(carried.oldPath) + u" has");
     std::string buffer;
+    if (const std::string name = withExtension(relative, ".lxf"); index_ && index_->knows(name)) {
+      std::string bytes;  // not brought into another page
+      readFile(session_, carried.oldPath, bytes);
+      const Encoding& own = session_.pages->of(bytes);
+      if (!index_->isOriginal(name, digestOf(own.codec.toWork(bytes, buffer), own.lists).value()))
+        throw Failure(fromUtf8(path) + u": made from other texts than " + fromUtf8(carried.oldPath) + u" has");
+    }
     translations = translationsFromExchange(old, in.codec.toWork(file, buffer), path);
   });
   carried.unfit = misfit.has_value();
@@ -128,7 +151,7 @@ std::unique_ptr<LoadedScript> OldVersion::loadFresh(const Script& script) const 
   std::string translation;
   readFile(session_, script.path, file);
   if (!session_.pages->named() && isAscii(file)) {
-    if (const std::string path = translationOf(oldNameOf(script)); !path.empty()) {
+    if (const std::string path = translationOf(oldNameIn(translations_, script)); !path.empty()) {
       readFile(session_, path, translation);
     }
   }
@@ -146,7 +169,7 @@ OldVersion::Carried OldVersion::carry(const Script& script, const LoadedScript& 
   std::string file;
   readBeside(session_, carried.oldPath, fresh.in, file);
   carried.old = std::make_unique<LoadedScript>(std::move(file), fresh.in);
-  const std::vector<Translation> translations = translationsFor(oldNameOf(script), carried);
+  const std::vector<Translation> translations = translationsFor(oldNameIn(translations_, script), carried);
   carried.result = carryTranslations(*carried.old, translations, fresh);
   return carried;
 }

@@ -17,7 +17,7 @@ class OldVersion {
   OldVersion(Session& session, std::string tree, std::string translations);
 
   // A renamed script is looked for by its texts among those of the old tree that the new one lacks. Call once with
-  // all scripts of the new tree.
+  // all scripts of the new tree. Throws UsageError where a single file should stand for several of them.
   void findRenamed(const std::vector<Script>& fresh);
 
   struct Carried {
@@ -37,7 +37,7 @@ class OldVersion {
   Carried carry(const Script& script, const LoadedScript& fresh) const;
 
  private:
-  const std::string& oldNameOf(const Script& script) const;  // relative
+  std::string oldNameIn(const std::string& tree, const Script& script) const;  // relative
   std::string oldPathOf(const Script& script) const;
   // Of the old script of that name; empty for none.
   std::string translationOf(const std::string& relative) const;

@@ -2,9 +2,9 @@
 
 #include <array>
 #include <numeric>
-#include <set>
 
 #include "platform/failure.h"
+#include "platform/terminal.h"
 #include "tool/carry/old_version.h"
 #include "tool/run/for_each_script.h"
 #include "tool/run/text_index.h"
@@ -47,6 +47,7 @@ struct Outcome {
   std::optional<bool> written;  // anew, or it stood there; nothing for none
   TextDigest digest;            // of the texts that it was made from
   std::array<std::size_t, 5> counts{};
+  std::size_t translations = 0;  // put in or told
   std::size_t gone = 0;
 };
 
@@ -135,6 +136,7 @@ Outcome Update::updateScript(const Script& script, const OldVersion& oldVersion)
   for (std::size_t i = 0; i < fresh->records.size(); ++i) {
     const CarriedText& text = carried.result.texts[i];
     ++outcome.counts[static_cast<std::size_t>(text.state)];
+    if (text.state != CarryState::Untranslated && !text.translation.empty()) ++outcome.translations;
     const bool put = text.state == CarryState::Carried || (options_.putUnsure && text.state == CarryState::Unsure &&
                                                            !text.translation.empty() && !text.ofPage);
     const std::string_view chosen = put ? std::string_view(text.translation) : fresh->records[i]->text;
@@ -187,14 +189,15 @@ void Update::run() {
   const std::vector<Script> scripts = collectScripts(session_, {options_.newTree});
   OldVersion oldVersion(session_, options_.oldTree, options_.from);
   oldVersion.findRenamed(scripts);
-  std::set<std::string> folders{options_.out};
-  for (const Script& script : scripts) folders.insert(folderOf(joinPath(options_.out, script.relative)));
-  for (const std::string& folder : folders) session_.files->makeFolders(folder);
+  std::vector<std::string> targets;
+  for (const Script& script : scripts) targets.push_back(script.relative);
+  makeFolders(session_, options_.out, targets);
 
   Output output(*session_.outputs, options_.report, options_.force);
   TextIndex index(session_, options_.out);
   std::array<std::size_t, 5> counts{};
   std::size_t gone = 0;
+  std::size_t translations = 0;
   forEachScript<Outcome>(
       session_, scripts, [&](const Script& script, Buffers&) { return updateScript(script, oldVersion); },
       [&](const Script& script, Outcome&& outcome) {
@@ -205,12 +208,19 @@ void Update::run() {
         if (!outcome.error.empty()) session_.console.error(outcome.error);
         for (std::size_t k = 0; k < counts.size(); ++k) counts[k] += outcome.counts[k];
         gone += outcome.gone;
+        translations += outcome.translations;
         output.buffer().append(outcome.report);
         return output.flushSome();
       });
   index.save();
   reportLeft(oldVersion.unclaimed(scripts), output, gone);
   if (!output.close()) session_.console.fail();
+  if (!scripts.empty() && translations == 0 && !interrupted()) {
+    const bool none = std::accumulate(counts.begin(), counts.end(), std::size_t{0}) == 0;
+    session_.console.warning(none ? "no script has a text for an exchange file"
+                                  : "no text has a translation to carry over");
+    session_.console.fail();
+  }
   summary(counts, gone);
 }
 

@@ -41,11 +41,6 @@ bool isExchangeFile(const std::string& path) {
   return end == ".lxf" || end == ".LXF";
 }
 
-// The file of another tree that stands for this one; the tree may be a single file.
-std::string partnerIn(TreeFiles& files, const std::string& tree, const std::string& relative) {
-  return files.pathKind(tree) == PathKind::File ? tree : joinPath(tree, relative);
-}
-
 // The scripts of a run by what an exchange file may be called after: the same path, the same path below a folder of the
 // arguments, or the same name when only one script has it; each without the extension.
 class GivenScripts {
@@ -106,7 +101,7 @@ class Check {
   std::vector<Finding> checkFile(const Script& script, Buffers& buffers) const;
   Findings checkOneScript(const Script& script, Buffers& buffers) const;
   Findings checkOneExchangeFile(const Script& script, Buffers& buffers) const;
-  std::string scriptBelow(const std::string& relative) const;
+  std::string scriptBelow(const Script& lxf) const;
   void gatherFrozen();
   void addMissing(const std::vector<Script>& files, std::string& out);
   void write(const std::string& path, const Finding& finding, std::string& out);
@@ -134,7 +129,7 @@ Findings Check::checkOneScript(const Script& script, Buffers& buffers) const {
   const Outline outline = outlineOf(work, in.lists, what);
   checkScript(findings, outline, buffers.file, work);
   if (options_.against.empty()) return findings;
-  const std::string oldPath = partnerIn(*session_.files, options_.against, script.relative);
+  const std::string oldPath = partnerIn(*session_.files, options_.against, script);
   if (session_.files->pathKind(oldPath) != PathKind::File) {
     findings.list().push_back({1, 1, "missing", fmt::format("no original {}", shownName(oldPath))});
     return findings;
@@ -148,8 +143,9 @@ Findings Check::checkOneScript(const Script& script, Buffers& buffers) const {
 
 // The script of an exchange file below --scripts: the first of those with its name and another extension, `.txt` before
 // all.
-std::string Check::scriptBelow(const std::string& relative) const {
+std::string Check::scriptBelow(const Script& lxf) const {
   if (session_.files->pathKind(options_.scripts) == PathKind::File) return options_.scripts;
+  const std::string relative = relativeIn(*session_.files, options_.scripts, lxf);
   std::string path = joinPath(options_.scripts, withExtension(relative, ".txt"));
   if (session_.files->pathKind(path) == PathKind::File) return path;
   for (const std::string& pattern : session_.include) {
@@ -168,7 +164,7 @@ Findings Check::checkOneExchangeFile(const Script& script, Buffers& buffers) con
   if (marked) file.erase(0, kUtf8Mark.size());
   const bool alone = options_.scripts.empty() && (!given_ || given_->empty());
   std::string path;
-  if (!alone) path = options_.scripts.empty() ? given_->scriptOf(script) : scriptBelow(script.relative);
+  if (!alone) path = options_.scripts.empty() ? given_->scriptOf(script) : scriptBelow(script);
   const bool found = !path.empty() && session_.files->pathKind(path) == PathKind::File;
   if (found) readFile(session_, path, buffers.otherFile);
   const Encoding& in = found ? session_.pages->of(buffers.otherFile, file) : takeEncoding(session_, script.path, file);
@@ -261,9 +257,11 @@ void Check::run() {
   if (options_.frozen && options_.against.empty()) throw UsageError("--frozen needs --against");
   if (options_.frozen) gatherFrozen();
   const std::vector<Script> files = collectScripts(session_, options_.paths, {"*.txt", "*.lxf"});
-  if (std::any_of(files.begin(), files.end(), [](const Script& file) { return isExchangeFile(file.path); })) {
-    given_.emplace(files);
-  }
+  const auto lxfs = static_cast<std::size_t>(
+      std::count_if(files.begin(), files.end(), [](const Script& file) { return isExchangeFile(file.path); }));
+  if (lxfs > 0) given_.emplace(files);
+  needOneScript(*session_.files, "--scripts", options_.scripts, lxfs);
+  needOneScript(*session_.files, "--against", options_.against, files.size() - lxfs);
   Output output(*session_.outputs, options_.output);
   forEachScript<std::vector<Finding>>(
       session_, files, [&](const Script& file, Buffers& buffers) { return checkFile(file, buffers); },

@@ -127,9 +127,7 @@ Outcome measure(const Session& session, const Options& options, const Script& sc
   addTexts(outline, options.leftOut, in.codec, buffers.out, outcome);
   outcome.figures[LackedBytes] = in.codec.page().countUndefined(buffers.file);
   if (options.against.empty()) return outcome;
-  const std::string oldPath = session.files->pathKind(options.against) == PathKind::File
-                                  ? options.against
-                                  : joinPath(options.against, script.relative);
+  const std::string oldPath = partnerIn(*session.files, options.against, script);
   if (session.files->pathKind(oldPath) != PathKind::File) {
     outcome.warning = fmt::format("{}: no original {}", shownName(script.path), shownName(oldPath));
     return outcome;
@@ -247,6 +245,7 @@ void run(Session& session, const Options& options) {
     throw Failure(u"No such file or directory: '" + fromUtf8(options.against) + u"'");
   }
   const std::vector<Script> scripts = collectScripts(session, options.paths);
+  needOneScript(*session.files, "--against", options.against, scripts.size());
   Output output(*session.outputs, options.output);
   Report report(options, output.buffer());
   forEachScript<Outcome>(

@@ -1,6 +1,5 @@
 #include <fmt/core.h>
 
-#include <set>
 #include <unordered_map>
 
 #include "platform/terminal.h"
@@ -89,7 +88,7 @@ Exported exportScript(Session& session, const Options& options, const Script& sc
 // Makes the folders of the exchange files. Two scripts must not share one, and none must be a script.
 void makeFoldersFor(Session& session, const std::vector<Script>& scripts, const std::string& out) {
   std::unordered_map<std::string, std::string> owners;
-  std::set<std::string> folders{out};
+  std::vector<std::string> relatives;
   for (const Script& script : scripts) {
     if (script.path == "-") throw UsageError("standard input cannot go to --out");
     const std::string target = targetOf(script, out);
@@ -98,14 +97,14 @@ void makeFoldersFor(Session& session, const std::vector<Script>& scripts, const 
       throw UsageError(fmt::format("{} and {} would both go to {}", shownName(owner->second), shownName(script.path),
                                    shownName(target)));
     }
-    folders.insert(folderOf(target));
+    relatives.push_back(script.relative);
   }
   for (const Script& script : scripts) {
     if (owners.count(script.path) != 0) {
       throw UsageError(fmt::format("an exchange file would overwrite the script {}", shownName(script.path)));
     }
   }
-  for (const std::string& folder : folders) session.files->makeFolders(folder);
+  makeFolders(session, out, relatives);
 }
 
 void exportTree(Session& session, const Options& options) {

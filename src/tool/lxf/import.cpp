@@ -69,7 +69,7 @@ void importOne(Session& session, const ImportOptions& options) {
   std::string buffer;
   const std::string_view bytes = in.codec.toFile(merge.work, buffer);
   warnOfOddities(session, lxfPath, cut, merge.texts, wrongEncodingOf(lxfFile, lxfPath, file, in.codec.page()));
-  if (path == "-") {
+  if (path == "-" && !options.dryRun) {
     if (!writeStandardOutput(bytes)) session.console.fail();
     return;
   }
@@ -86,6 +86,7 @@ void run(Session& session, const ImportOptions& options) {
   session.prepare();
   if (!options.from.empty()) return importTree(session, options);
   if (options.paths.size() != 2) throw UsageError("give SCRIPT and LXF, or --from DIR for a tree");
+  if (options.report.json || !options.report.file.empty()) throw UsageError("--report and --json go with --from");
   importOne(session, options);
 }
 
@@ -96,7 +97,7 @@ void addImport(Verb program, Session& session) {
   const auto options = std::make_shared<ImportOptions>();
   verb.words("path", options->paths, "PATH...",
              "SCRIPT LXF, `-` for a standard stream; or with --from files and folders");
-  verb.text("--from", options->from, "DIR", "Folder with one exchange file a script");
+  verb.text("--from", options->from, "DIR", "Folder with one exchange file a script, or the one of a single script");
   verb.flag("--dry-run", options->dryRun, "Change nothing, tell what would change");
   addBackupOption(verb, options->backup);
   verb.choice("--eol", [options](const std::string& eol) { options->eol = eol; }, "KIND",
@@ -106,6 +107,7 @@ void addImport(Verb program, Session& session) {
             "With --from: CR LF throughout, and untranslated texts lose their colour codes");
   verb.flag("--strict", options->strict, "Leave one script alone, too, when a text would break one of its lines");
   verb.flag("-f,--force", options->force, "Merge exchange files that do not fit too, as the window does");
+  options->report.addTo(verb);
   session.addOptions(verb);
   verb.footer(kImportFooter);
   verb.onRun([&session, options] { run(session, *options); });

@@ -2,6 +2,7 @@
 
 #include <fmt/core.h>
 
+#include <algorithm>
 #include <set>
 
 #include "platform/failure.h"
@@ -22,7 +23,7 @@ enum class Fate { Replaced, Unchanged, NoExchangeFile, Refused };
 struct Outcome {
   Fate fate = Fate::Unchanged;
   std::string message;
-  std::vector<std::string> warnings;
+  std::vector<Notice> warnings;
   std::size_t texts = 0;
   std::size_t changed = 0;
   std::optional<TextDigest> digest;  // of the script as it will be, where the index knows its exchange file
@@ -34,7 +35,9 @@ class TreeImport {
       : session_(session),
         options_(options),
         scripts_(collectScripts(session, options.paths)),
-        index_(session, options.from) {}
+        notices_(session, options.report),
+        isFile_(session.files->pathKind(options.from) == PathKind::File),
+        index_(session, isFile_ ? folderOf(options.from) : options.from) {}
 
   void run();
 
@@ -42,12 +45,15 @@ class TreeImport {
   Outcome mergeScript(const Script& script, Buffers& buffers, std::optional<std::string>& bytes) const;
   bool isOutOfDate(const std::string& lxfName, const CommandLists& lists, std::string_view script, TextDigest texts,
                    std::string_view lxf) const;
+  std::string nameOf(const Script& script) const;  // of its exchange file, below the folder
   void report(const Script& script, const Outcome& outcome);
   void findStrays();
 
   Session& session_;
   const ImportOptions& options_;
   std::vector<Script> scripts_;
+  Notices notices_;
+  bool isFile_;  // --from names the exchange file of a single script
   TextIndex index_;
   std::size_t fates_[4] = {};
   std::size_t changed_ = 0;
@@ -67,8 +73,8 @@ bool TreeImport::isOutOfDate(const std::string& lxfName, const CommandLists& lis
 Outcome TreeImport::mergeScript(const Script& script, Buffers& buffers, std::optional<std::string>& bytes) const {
   const std::string& file = buffers.file;
   Outcome outcome;
-  const std::string lxfName = withExtension(script.relative, ".lxf");
-  const std::string lxfPath = joinPath(options_.from, lxfName);
+  const std::string lxfName = nameOf(script);
+  const std::string lxfPath = isFile_ ? options_.from : joinPath(options_.from, lxfName);
   if (session_.files->pathKind(lxfPath) != PathKind::File) {
     outcome.fate = Fate::NoExchangeFile;
     return outcome;
@@ -95,13 +101,12 @@ Outcome TreeImport::mergeScript(const Script& script, Buffers& buffers, std::opt
                              misfitOf(cut, lxfPath, breaks.texts)}) {
     if (!misfit) continue;
     if (!options_.force) return refuse(shown(misfit->description()));
-    outcome.warnings.push_back(shown(misfit->description()));
+    outcome.warnings.push_back({.why = shown(misfit->description())});
   }
   if (lxf.empty()) return outcome;  // a script without texts, or forced with nothing to merge
 
   for (const BrokenRecord& record : breaks.list) {
-    outcome.warnings.push_back(fmt::format("{}:{}: {}:{}: {}", shownName(script.path), record.scriptLine,
-                                           shownName(lxfPath), record.record, record.why));
+    outcome.warnings.push_back({script.path, record.scriptLine, "", lxfPath, record.record, record.why});
   }
   if (!breaks.list.empty()) return refuse(fmt::format("{} would break it", shownName(lxfPath)));
   const bool likeWindow = options_.likeWindow;
@@ -114,11 +119,11 @@ Outcome TreeImport::mergeScript(const Script& script, Buffers& buffers, std::opt
   }
   for (std::size_t i = 0; i < cut.records.size() && i < breaks.texts; ++i) {
     const char* const what = whatLeavesExport(cut.records[i].text);
-    if (what != nullptr) outcome.warnings.push_back(fmt::format("{}:{}: {}", shownName(lxfPath), i + 1, what));
+    if (what != nullptr) outcome.warnings.push_back({.from = lxfPath, .fromLine = i + 1, .why = what});
   }
   if (merge.withoutCodes > 0 && !likeWindow) {
-    outcome.warnings.push_back(fmt::format("{}: {} lost all colour codes by translation", shownName(script.path),
-                                           counted(merge.withoutCodes, "text")));
+    outcome.warnings.push_back({.why = fmt::format("{}: {} lost all colour codes by translation",
+                                                   shownName(script.path), counted(merge.withoutCodes, "text"))});
   }
   outcome.texts = merge.texts;
   outcome.changed = merge.changed;
@@ -132,9 +137,11 @@ Outcome TreeImport::mergeScript(const Script& script, Buffers& buffers, std::opt
 
 void TreeImport::report(const Script& script, const Outcome& outcome) {
   ++fates_[static_cast<std::size_t>(outcome.fate)];
-  for (const std::string& warning : outcome.warnings) session_.console.warning(warning);
-  if (outcome.fate == Fate::Refused) session_.console.error(outcome.message);
-  if (outcome.digest) index_.imported(withExtension(script.relative, ".lxf"), outcome.digest->value());
+  for (const Notice& warning : outcome.warnings) {
+    warning.fromLine > 0 ? notices_.warn(warning) : notices_.warn(warning, Notices::kAll);
+  }
+  if (outcome.fate == Fate::Refused) notices_.error({.why = outcome.message});
+  if (outcome.digest) index_.imported(nameOf(script), outcome.digest->value());
   if (outcome.fate != Fate::Replaced) return;
   changed_ += outcome.changed;
   if (options_.dryRun) {
@@ -143,25 +150,29 @@ void TreeImport::report(const Script& script, const Outcome& outcome) {
   }
 }
 
+std::string TreeImport::nameOf(const Script& script) const {
+  if (isFile_) return std::string(fileNameOf(options_.from));
+  return withExtension(relativeIn(*session_.files, options_.from, script), ".lxf");
+}
+
 // Exchange files that no script asked for: a renamed script, most likely.
 void TreeImport::findStrays() {
   std::set<std::string> wanted;
-  for (const Script& script : scripts_) wanted.insert(withExtension(script.relative, ".lxf"));
-  std::size_t strays = 0;
-  for (const std::string& relative : session_.files->filesBelow(
-           options_.from, [](const std::string&) { return true; },
-           [](const std::string& name) { return name.size() > 4 && name.compare(name.size() - 4, 4, ".lxf") == 0; })) {
-    if (wanted.count(relative) != 0) continue;
-    if (++strays <= 5)
-      session_.console.warning(fmt::format("{}: no script for it", shownName(joinPath(options_.from, relative))));
+  for (const Script& script : scripts_) wanted.insert(nameOf(script));
+  for (const std::string& relative : filesBelow(
+           session_, options_.from, [](const std::string&) { return true; },
+           [](const std::string& name) { return name.ends_with(".lxf"); })) {
+    if (wanted.count(relative) == 0)
+      notices_.warn({.why = fmt::format("{}: no script for it", shownName(joinPath(options_.from, relative)))}, 5);
   }
-  if (strays > 5) session_.console.warning(fmt::format("and {} more without a script", strays - 5));
+  notices_.endGroup("without a script");
 }
 
 void TreeImport::run() {
-  if (session_.files->pathKind(options_.from) != PathKind::Folder) {
+  if (session_.files->pathKind(options_.from) == PathKind::Missing) {
     throw Failure(u"No such folder: '" + fromUtf8(options_.from) + u"'");
   }
+  needOneScript(*session_.files, "--from", options_.from, scripts_.size());
   for (const Script& script : scripts_) {
     if (script.path == "-") throw UsageError("standard input cannot be merged with --from");
   }
@@ -185,7 +196,10 @@ void TreeImport::run() {
     session_.console.fail();
   }
   // A whole tree has scripts that nobody translates; a folder of exchange files is seldom left over.
-  if (session_.include.empty() && session_.exclude.empty()) findStrays();
+  notices_.endGroup("texts");
+  const bool wholeFolders = std::none_of(scripts_.begin(), scripts_.end(), [](const Script& s) { return s.named; });
+  if (session_.include.empty() && session_.exclude.empty() && wholeFolders && !isFile_) findStrays();
+  notices_.close();
   session_.console.note(
       fmt::format("{}{} {} ({} changed), {} unchanged, {} without exchange file, {} left alone, {} failed",
                   options_.dryRun ? "dry run: " : "", counted(count(Fate::Replaced), "script"),

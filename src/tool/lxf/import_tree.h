@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "tool/run/session.h"
+#include "tool/run/notices.h"
 
 namespace dravenna {
 
@@ -16,6 +16,7 @@ struct ImportOptions {
   bool likeWindow = false;
   bool strict = false;
   bool force = false;
+  ReportOptions report;
 };
 
 // Merges the exchange files below options.from into the scripts, all or nothing each.

@@ -40,6 +40,7 @@ void addPoExport(Verb po, Session& session) {
   verb.choice("--for", [options](const std::string&) { options->forServer = true; }, "SERVER",
               "The form of a server's own reader: hercules", {"hercules"});
   verb.flag("-f,--force", options->force, "Overwrite a PO file that holds translations");
+  options->report.addTo(verb);
   session.addOptions(verb);
   verb.footer(kExportFooter);
   verb.onRun([&session, options] { exportPo(session, *options); });
@@ -55,6 +56,7 @@ void addPoImport(Verb po, Session& session) {
   addBackupOption(verb, options->backup);
   verb.choice("--eol", [options](const std::string& eol) { options->crlf = eol == "crlf"; }, "KIND",
               "Line ends of a script that is written: keep or crlf (default keep)", {"crlf", "keep"});
+  options->report.addTo(verb);
   session.addOptions(verb);
   verb.footer(kImportFooter);
   verb.onRun([&session, options] { importPo(session, *options); });

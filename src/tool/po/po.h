@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "tool/run/session.h"
+#include "tool/run/notices.h"
 
 namespace dravenna {
 
@@ -16,6 +16,7 @@ struct PoExportOptions {
   bool split = false;
   bool force = false;
   bool forServer = false;  // what the server's own reader takes
+  ReportOptions report;
 };
 
 struct PoImportOptions {
@@ -25,6 +26,7 @@ struct PoImportOptions {
   bool fuzzy = false;
   bool dryRun = false;
   bool crlf = false;
+  ReportOptions report;
 };
 
 void exportPo(Session& session, const PoExportOptions& options);

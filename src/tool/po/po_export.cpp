@@ -2,6 +2,7 @@
 
 #include <set>
 #include <unordered_map>
+#include <unordered_set>
 
 #include "platform/failure.h"
 #include "platform/terminal.h"
@@ -11,19 +12,20 @@
 #include "tool/po/po_file.h"
 #include "tool/po/po_text.h"
 #include "tool/run/for_each_script.h"
+#include "tool/run/notices.h"
 
 namespace dravenna {
 
 namespace {
 
 constexpr std::size_t kServerLine = 1024;  // bytes of a line that the server reads, its end included
-constexpr std::size_t kMostWarnings = 20;
-constexpr std::size_t kMostStaged = 64;  // PO files that wait for the disk together; each is open
+constexpr std::size_t kMostStaged = 64;    // PO files that wait for the disk together; each is open
 
 struct Outcome {
   std::vector<PoEntry> entries;
   std::string serverEntries;
-  std::vector<std::string> left;  // what the PO file lacks: "file:line: why"
+  std::size_t serverMessages = 0;
+  std::vector<Notice> left;  // what the PO file lacks
   std::string warning;
   bool unfit = false;
 };
@@ -42,7 +44,8 @@ struct ServerEntries {
 
 class PoExport {
  public:
-  PoExport(Session& session, const PoExportOptions& options) : session_(session), options_(options) {}
+  PoExport(Session& session, const PoExportOptions& options)
+      : session_(session), options_(options), notices_(session, options.report) {}
 
   void run();
 
@@ -52,15 +55,16 @@ class PoExport {
                   const CarriedText& carried, const OldVersion::Carried& version) const;
   std::string addServerEntry(const LoadedScript& script, const OutlineText& text, const CarriedText& carried,
                              ServerEntries& entries) const;
-  void write(const std::string& path, const Outcome& outcome);
+  void refuseDoubles(const std::vector<Script>& scripts) const;
+  void write(const std::string& path, Outcome&& outcome);
+  void takeOverComments(const std::string& path, PoFile& file);
   void placeStaged();
-  void tellLeft(const std::vector<std::string>& left);
 
   Session& session_;
   const PoExportOptions& options_;
+  Notices notices_;
   std::set<std::string> folders_;
   Replacements replacements_{*session_.files};
-  std::size_t left_ = 0;
 };
 
 PoEntry PoExport::entryOf(const Script& script, const Codec& codec, const OutlineText& text, std::string context,
@@ -93,13 +97,13 @@ std::string PoExport::addServerEntry(const LoadedScript& script, const OutlineTe
   std::string buffer;
   const auto fileBytes = [&](std::string_view work) { return std::string(script.in.codec.toFile(work, buffer)); };
   const std::string_view npc = script.outline.npcs[text.npc];
-  if (npc.empty()) return "left out: it stands in no NPC";
+  if (npc.empty()) return "it stands in no NPC";
   const std::string context = fmt::format("msgctxt \"{}\"\n", fileBytes(npc));
   const std::string id = fmt::format("msgid \"{}\"\n", fileBytes(text.text));
   const bool sure = carried.state == CarryState::Carried;
   const std::string translation = fmt::format("msgstr \"{}\"\n", sure ? fileBytes(carried.translation) : std::string());
   const auto tooLong = [](const std::string& line) { return line.size() >= kServerLine; };
-  if (tooLong(context) || tooLong(id) || tooLong(translation)) return "left out: too long for the server";
+  if (tooLong(context) || tooLong(id) || tooLong(translation)) return "too long for the server";
   const auto [found, fresh] = entries.byKey.emplace(context + id, entries.list.size());
   if (fresh) {
     entries.list.push_back({context + id, translation, text.lineNumber});
@@ -112,7 +116,7 @@ std::string PoExport::addServerEntry(const LoadedScript& script, const OutlineTe
     first.line = text.lineNumber;
     return {};
   }
-  return fmt::format("left out: line {} has another translation of the same text of the NPC", first.line + 1);
+  return fmt::format("line {} has another translation of the same text of the NPC", first.line + 1);
 }
 
 Outcome PoExport::readScript(const Script& script, const OldVersion* oldVersion) const {
@@ -132,23 +136,76 @@ Outcome PoExport::readScript(const Script& script, const OldVersion* oldVersion)
     if (text.text.empty()) continue;
     std::string why;
     if (!fitsPo(text.text)) {
-      why = "left out: control characters";
+      why = "control characters";
     } else if (options_.forServer) {
       why = addServerEntry(*loaded, text, version.result.texts[i], serverEntries);
     } else {
       outcome.entries.push_back(entryOf(script, codec, text, std::move(context), version.result.texts[i], version));
     }
     if (!why.empty()) {
-      outcome.left.push_back(fmt::format("{}:{}: {}", shownName(script.path), text.lineNumber + 1, why));
+      outcome.left.push_back({script.path, text.lineNumber + 1, "left out", "", 0, why});
     }
   }
+  outcome.serverMessages = serverEntries.list.size();
   for (const ServerEntry& entry : serverEntries.list) outcome.serverEntries += entry.key + entry.translation + "\n";
   return outcome;
 }
 
-void PoExport::write(const std::string& path, const Outcome& outcome) {
-  const std::string bytes =
-      options_.forServer ? outcome.serverEntries : poFileBytes(options_.language, outcome.entries);
+// Two scripts must not share a PO file or the contexts in it.
+void PoExport::refuseDoubles(const std::vector<Script>& scripts) const {
+  std::unordered_map<std::string, std::string> owners;
+  for (const Script& script : scripts) {
+    const auto [owner, fresh] =
+        owners.emplace(options_.split ? withExtension(script.relative, ".po") : script.relative, script.path);
+    if (!fresh) {
+      throw UsageError(fmt::format("{} and {} would both be {} in the PO files", shownName(owner->second),
+                                   shownName(script.path), shownName(owner->first)));
+    }
+  }
+}
+
+// What translators have noted in the PO file that is replaced: to the same message, else to one with the same text,
+// else to a new text in its place.
+void PoExport::takeOverComments(const std::string& path, PoFile& file) {
+  if (session_.files->pathKind(path) != PathKind::File) return;
+  PoFile old;
+  if (const auto failure = attempt([&] { old = readPoFile(*session_.files, path); })) {
+    return session_.console.warning(fmt::format("{}; its comments are not taken over", shown(failure->description())));
+  }
+  file.headerComments = old.headerComments;
+  std::unordered_set<std::string> known;
+  for (const PoEntry& entry : old.entries) known.insert(entry.id);
+  std::erase_if(old.entries, [](const PoEntry& entry) { return entry.translatorComments.empty(); });
+  using Key = std::string (*)(const PoEntry&);
+  constexpr Key kKeys[] = {[](const PoEntry& entry) { return entry.context + '\0' + entry.id; },
+                           [](const PoEntry& entry) { return entry.id; },
+                           [](const PoEntry& entry) { return entry.context; }};
+  for (const Key key : kKeys) {
+    if (old.entries.empty()) return;
+    std::unordered_map<std::string, PoEntry*> places;
+    for (PoEntry& entry : file.entries) {
+      const bool fits = key != kKeys[2] || known.count(entry.id) == 0;
+      if (fits && entry.translatorComments.empty()) places.emplace(key(entry), &entry);
+    }
+    std::erase_if(old.entries, [&](PoEntry& entry) {
+      const auto place = places.find(key(entry));
+      if (place == places.end() || !place->second->translatorComments.empty()) return false;
+      place->second->translatorComments = std::move(entry.translatorComments);
+      return true;
+    });
+  }
+  for (const PoEntry& entry : old.entries) {
+    notices_.warn({.fate = "left out",
+                   .from = path,
+                   .fromLine = entry.ownLine,
+                   .why = "a comment whose message is no more: " + shownName(entry.translatorComments)});
+  }
+}
+
+void PoExport::write(const std::string& path, Outcome&& outcome) {
+  PoFile file{{}, std::move(outcome.entries)};
+  if (!options_.forServer) takeOverComments(path, file);
+  const std::string bytes = options_.forServer ? outcome.serverEntries : poFileBytes(options_.language, file);
   if (path == "-") {
     if (!writeStandardOutput(bytes)) session_.console.fail();
     return;
@@ -166,21 +223,18 @@ void PoExport::placeStaged() {
   }
 }
 
-void PoExport::tellLeft(const std::vector<std::string>& left) {
-  for (const std::string& text : left) {
-    if (++left_ <= kMostWarnings) session_.console.warning(text);
-  }
-}
-
 void PoExport::run() {
-  session_.prepare();
-  if (!poFilesBuiltIn() && !options_.forServer) throw Failure(u"PO files are not built into this program");
-  if (options_.split && options_.out == "-") throw UsageError("--split needs a folder");
+  const PathKind outKind = options_.out == "-" ? PathKind::File : session_.files->pathKind(options_.out);
+  if (options_.split && outKind == PathKind::File) throw UsageError("--split needs a folder");
+  if (!options_.split && outKind == PathKind::Folder) throw UsageError("--out: a folder needs --split");
+  if (options_.out == "-" && options_.report.json && options_.report.file.empty())
+    throw UsageError("--json needs --report FILE where the PO file goes to standard output");
   if (!options_.old.empty() && options_.from.empty()) throw UsageError("--old needs --from");
   if (!options_.from.empty() && options_.old.empty() && options_.paths.size() != 1) {
     throw UsageError("--from without --old takes one tree");
   }
   const std::vector<Script> scripts = collectScripts(session_, options_.paths);
+  refuseDoubles(scripts);
   if (!options_.split && options_.out != "-") {
     session_.outputs->mayWrite(options_.out, {}, Outputs::Kind::PoFile, options_.force);  // told before the long work
   }
@@ -198,34 +252,42 @@ void PoExport::run() {
       [&](const Script& script, Outcome&& outcome) {
         if (!outcome.warning.empty()) session_.console.warning(outcome.warning);
         if (outcome.unfit) session_.console.fail();
-        tellLeft(outcome.left);
-        messages += outcome.entries.size();
+        for (const Notice& notice : outcome.left) notices_.warn(notice);
+        const std::size_t found = options_.forServer ? outcome.serverMessages : outcome.entries.size();
+        messages += found;
         if (!options_.split) {
           std::move(outcome.entries.begin(), outcome.entries.end(), std::back_inserter(all.entries));
           all.serverEntries += outcome.serverEntries;
-        } else if (!outcome.entries.empty() || !outcome.serverEntries.empty()) {
-          const auto failure =
-              attempt([&] { write(joinPath(options_.out, withExtension(script.relative, ".po")), outcome); });
+        } else if (found > 0) {
+          const std::string path = joinPath(options_.out, withExtension(script.relative, ".po"));
+          const auto failure = attempt([&] { write(path, std::move(outcome)); });
           if (failure) session_.console.error(shown(failure->description()));
         }
         return true;
       });
   if (interrupted()) return;
-  if (!options_.split && !whole) throw Failure(fromUtf8(options_.out) + u": not written, for it would lack a script");
-  if (!options_.split) write(options_.out, all);
+  if (!options_.split && !whole && outKind == PathKind::File && options_.out != "-" && !options_.force) {
+    throw Failure(fromUtf8(options_.out) + u": not written: it would lack a script that it may have now");
+  }
+  if (!options_.split) write(options_.out, std::move(all));
   placeStaged();
   flushFolders(session_, folders_);
-  if (left_ > kMostWarnings) session_.console.warning(fmt::format("and {} more left out", left_ - kMostWarnings));
-  if (!scripts.empty() && messages == 0 && !options_.forServer) {
+  notices_.endGroup("left out");
+  notices_.close();
+  if (!scripts.empty() && messages == 0) {
     session_.console.warning("no script has a text for a PO file");
     session_.console.fail();
   }
-  session_.console.note(fmt::format("{}, {}", counted(scripts.size(), "script"),
-                                    options_.forServer ? "written for the server" : counted(messages, "message")));
+  session_.console.note(fmt::format("{}, {}{}", counted(scripts.size(), "script"), counted(messages, "message"),
+                                    options_.forServer ? " for the server" : ""));
 }
 
 }  // namespace
 
-void exportPo(Session& session, const PoExportOptions& options) { PoExport(session, options).run(); }
+void exportPo(Session& session, const PoExportOptions& options) {
+  session.prepare();
+  if (!poFilesBuiltIn() && !options.forServer) throw Failure(u"PO files are not built into this program");
+  PoExport(session, options).run();
+}
 
 }  // namespace dravenna

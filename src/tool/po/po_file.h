@@ -18,15 +18,21 @@ struct PoEntry {
   std::size_t line = 0;
   std::size_t ownLine = 0;  // in the PO file it was read from, of its msgid; 0 where that is not known
   std::vector<std::string> comments;
+  std::string translatorComments;  // lines
+};
+
+struct PoFile {
+  std::string headerComments;  // of translators, in front of the header
+  std::vector<PoEntry> entries;
 };
 
 // False in a build without the library for PO files; reading and writing throw Failure then.
 bool poFilesBuiltIn();
 
 // The bytes of a PO file. `language` may be empty. Throws Failure.
-std::string poFileBytes(const std::string& language, const std::vector<PoEntry>& entries);
+std::string poFileBytes(const std::string& language, const PoFile& file);
 
-// The entries but for the header and obsolete ones. Throws Failure that names the line.
-std::vector<PoEntry> readPoFile(TreeFiles& files, const std::string& path);
+// The entries but for the header and obsolete ones. Throws Failure that names the line. Several threads may read.
+PoFile readPoFile(TreeFiles& files, const std::string& path);
 
 }  // namespace dravenna

@@ -3,6 +3,7 @@
 
 #include <cstdlib>
 #include <memory>
+#include <mutex>
 #include <type_traits>
 
 #include "platform/failure.h"
@@ -43,7 +44,7 @@ using Iterator = std::unique_ptr<std::remove_pointer_t<po_message_iterator_t>, F
 
 std::string orEmpty(const char* text) { return text == nullptr ? std::string() : std::string(text); }
 
-void insertHeader(po_message_iterator_t iterator, const std::string& language) {
+void insertHeader(po_message_iterator_t iterator, const std::string& language, const std::string& comments) {
   const po_message_t header = po_message_create();
   po_message_set_msgid(header, "");
   po_message_set_msgstr(header, fmt::format("Project-Id-Version: NPC scripts\n"
@@ -58,6 +59,7 @@ void insertHeader(po_message_iterator_t iterator, const std::string& language) {
                                             "X-Generator: dravenna-lxf\n",
                                             language)
                                     .c_str());
+  if (!comments.empty()) po_message_set_comments(header, comments.c_str());
   po_message_insert(iterator, header);
 }
 
@@ -72,6 +74,7 @@ void insertEntry(po_message_iterator_t iterator, const PoEntry& entry) {
   std::string comments;
   for (const std::string& comment : entry.comments) comments += comment + "\n";
   if (!comments.empty()) po_message_set_extracted_comments(message, comments.c_str());
+  if (!entry.translatorComments.empty()) po_message_set_comments(message, entry.translatorComments.c_str());
   po_message_insert(iterator, message);
 }
 
@@ -97,12 +100,12 @@ void refuseOtherCharset(const std::string& path, po_file_t file, std::string_vie
 
 bool poFilesBuiltIn() { return true; }
 
-std::string poFileBytes(const std::string& language, const std::vector<PoEntry>& entries) {
+std::string poFileBytes(const std::string& language, const PoFile& contents) {
   const File file(po_file_create());
   {
     const Iterator iterator(po_message_iterator(file.get(), nullptr));
-    insertHeader(iterator.get(), language);
-    for (const PoEntry& entry : entries) insertEntry(iterator.get(), entry);
+    insertHeader(iterator.get(), language, contents.headerComments);
+    for (const PoEntry& entry : contents.entries) insertEntry(iterator.get(), entry);
   }
   return bytesWrittenBy([&](const std::string& memory) {
     if (po_file_write(file.get(), memory.c_str(), &kHandler) == nullptr) throw Failure(u"PO file: cannot be made");
@@ -126,15 +129,17 @@ std::vector<std::size_t> messageLines(std::string_view bytes) {
 
 }  // namespace
 
-std::vector<PoEntry> readPoFile(TreeFiles& files, const std::string& path) {
+PoFile readPoFile(TreeFiles& files, const std::string& path) {
   std::string probe;
   files.readWhole(path, probe);  // the library's own word for a missing file ends the process
   if (isUtf16(probe)) throw Failure(fromUtf8(path) + u": it is UTF-16, and a PO file must be UTF-8");
   if (probe.starts_with(kUtf8Mark)) throw Failure(fromUtf8(path) + u": it begins with a byte order mark");
+  static std::mutex libraryMutex;
+  const std::lock_guard lock(libraryMutex);
   const File file(po_file_read(path.c_str(), &kHandler));
   if (!file) throw Failure(fromUtf8(path) + u": cannot be read");
   refuseOtherCharset(path, file.get(), probe);
-  std::vector<PoEntry> entries;
+  PoFile contents;
   const std::vector<std::size_t> lines = messageLines(probe);
   std::size_t messages = 0;
   const Iterator iterator(po_message_iterator(file.get(), nullptr));
@@ -145,7 +150,11 @@ std::vector<PoEntry> readPoFile(TreeFiles& files, const std::string& path) {
     if (po_message_is_obsolete(message) != 0) continue;
     if (messages < lines.size()) entry.ownLine = lines[messages];
     ++messages;
-    if (entry.context.empty() && entry.id.empty()) continue;
+    if (entry.context.empty() && entry.id.empty()) {
+      contents.headerComments = orEmpty(po_message_comments(message));
+      continue;
+    }
+    entry.translatorComments = orEmpty(po_message_comments(message));
     entry.text = orEmpty(po_message_msgstr(message));
     entry.fuzzy = po_message_is_fuzzy(message) != 0;
     if (const po_filepos_t place = po_message_filepos(message, 0); place != nullptr) {
@@ -153,9 +162,9 @@ std::vector<PoEntry> readPoFile(TreeFiles& files, const std::string& path) {
       const std::size_t line = po_filepos_start_line(place);
       entry.line = line == static_cast<std::size_t>(-1) ? 0 : line;
     }
-    entries.push_back(std::move(entry));
+    contents.entries.push_back(std::move(entry));
   }
-  return entries;
+  return contents;
 }
 
 }  // namespace dravenna

@@ -1,6 +1,7 @@
 #include <fmt/core.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <set>
 #include <unordered_map>
 
@@ -11,13 +12,12 @@
 #include "tool/po/po_file.h"
 #include "tool/po/po_text.h"
 #include "tool/run/for_each_script.h"
+#include "tool/run/notices.h"
 #include "tool/script/script_lines.h"
 
 namespace dravenna {
 
 namespace {
-
-constexpr std::size_t kMostWarnings = 20;
 
 // The entries of a PO file, and which of them have found their place.
 struct Entries {
@@ -25,34 +25,45 @@ struct Entries {
   std::vector<PoEntry> list;
   std::vector<bool> placed;
   std::unordered_map<std::string, std::size_t> byContext;  // the first one of several
+  std::set<std::string> files;                             // that contexts name
+};
+
+struct Outcome {
+  std::vector<Notice> left;
+  std::vector<std::size_t> placed;  // entries
+  std::size_t changed = 0;
+  std::size_t fuzzy = 0;
+  std::optional<Entries> own;  // of the script's own PO file
+  bool withoutFile = false;
 };
 
 class PoImport {
  public:
-  PoImport(Session& session, const PoImportOptions& options) : session_(session), options_(options) {}
+  PoImport(Session& session, const PoImportOptions& options)
+      : session_(session), options_(options), notices_(session, options.report) {}
 
   void run();
 
  private:
-  Entries readEntries(const std::string& path);
-  void importAll(const std::vector<Script>& scripts);
+  Entries readEntries(const std::string& path) const;
+  std::string ownPath(const Script& script) const;
   std::unique_ptr<LoadedScript> load(const Script& script) const;
-  void importScript(const Script& script, const LoadedScript& loaded, Entries& entries);
-  void importSplit(const Script& script, const LoadedScript& loaded, std::set<std::string>& taken);
-  void apply(const Script& script, Entries& entries, const LoadedScript& loaded, std::string& work);
+  Outcome importScript(const Script& script, std::optional<std::string>& bytes) const;
+  std::string apply(const Script& script, const LoadedScript& loaded, const Entries& entries, Outcome& outcome) const;
+  void take(const Script& script, Outcome&& outcome);
   void tellUnplaced(const Entries& entries);
-  void tellLeftFiles(const std::set<std::string>& taken);
-  void warn(const std::string& text);
+  void tellLeftFiles();
   void summary();
 
   Session& session_;
   const PoImportOptions& options_;
-  std::set<std::string> folders_;
+  Notices notices_;
+  std::vector<Script> scripts_;
+  Entries whole_;             // of the one PO file
+  std::vector<Notice> lost_;  // entries without a place
   std::size_t changed_ = 0;
   std::size_t written_ = 0;
   std::size_t fuzzy_ = 0;
-  std::size_t warnings_ = 0;
-  std::size_t inScript_ = 0;
   std::size_t entries_ = 0;
   std::size_t placed_ = 0;
   std::size_t unplaced_ = 0;  // translated ones only: nothing is lost with the others
@@ -61,11 +72,29 @@ class PoImport {
   bool wholeFolders_ = false;  // else only some scripts are meant, and entries of others are none to warn of
 };
 
-Entries PoImport::readEntries(const std::string& path) {
-  Entries entries{path, readPoFile(*session_.files, path), {}, {}};
+Entries PoImport::readEntries(const std::string& path) const {
+  Entries entries{path, readPoFile(*session_.files, path).entries, {}, {}, {}};
   entries.placed.resize(entries.list.size());
-  for (std::size_t i = 0; i < entries.list.size(); ++i) entries.byContext.emplace(entries.list[i].context, i);
+  for (std::size_t i = 0; i < entries.list.size(); ++i) {
+    const std::string& context = entries.list[i].context;
+    entries.byContext.emplace(context, i);
+    entries.files.insert(context.substr(0, context.find(" | ")));
+  }
   return entries;
+}
+
+// The path by which contexts call a script. One that was named goes by the longest part of its path that is in use.
+std::string relativeAmong(const std::set<std::string>& files, const Script& script) {
+  const std::string path = std::filesystem::absolute(script.path).lexically_normal().generic_string();
+  for (std::size_t slash = path.find('/'); script.named && slash != std::string::npos;
+       slash = path.find('/', slash + 1)) {
+    if (files.count(poNameOf(path.substr(slash + 1))) != 0) return path.substr(slash + 1);
+  }
+  return script.relative;
+}
+
+std::string PoImport::ownPath(const Script& script) const {
+  return joinPath(options_.from, withExtension(relativeIn(*session_.files, options_.from, script), ".po"));
 }
 
 void PoImport::tellUnplaced(const Entries& entries) {
@@ -74,105 +103,65 @@ void PoImport::tellUnplaced(const Entries& entries) {
     ++entries_;
     if (entries.placed[i]) ++placed_;
     if (entries.placed[i] || entry.text.empty()) continue;
-    if (++unplaced_ > kMostWarnings || !wholeFolders_) continue;
-    session_.console.warning(fmt::format("{}:{}: left out of {}: no such place in the scripts: {}",
-                                         entry.file.empty() ? "(no reference)" : shownName(entry.file), entry.line,
-                                         shownName(entries.path),
-                                         shownName(entry.context.empty() ? entry.id : entry.context)));
+    ++unplaced_;
+    if (!wholeFolders_) continue;
+    const std::string& name = entry.context.empty() ? entry.id : entry.context;
+    lost_.push_back({entry.file.empty() ? "(no reference)" : entry.file, entry.line, "left out", entries.path,
+                     entry.ownLine, "no such place in the scripts: " + shownName(name)});
   }
 }
 
 // PO files of the folder that no script is called after.
-void PoImport::tellLeftFiles(const std::set<std::string>& taken) {
+void PoImport::tellLeftFiles() {
+  std::set<std::string> taken;
+  for (const Script& script : scripts_) taken.insert(ownPath(script));
   const auto all = [](const std::string&) { return true; };
-  for (const std::string& relative : session_.files->filesBelow(options_.from, all, [](const std::string& name) {
-         return name.size() > 3 && name.compare(name.size() - 3, 3, ".po") == 0;
-       })) {
+  for (const std::string& relative :
+       filesBelow(session_, options_.from, all, [](const std::string& name) { return name.ends_with(".po"); })) {
     const std::string path = joinPath(options_.from, relative);
     if (taken.count(path) != 0 || interrupted()) continue;
-    try {
-      tellUnplaced(readEntries(path));
-    } catch (const Failure& failure) {
-      session_.console.error(shown(failure.description()));
-    }
+    const auto failure = attempt([&] { tellUnplaced(readEntries(path)); });
+    if (failure) session_.console.error(shown(failure->description()));
   }
 }
 
-void PoImport::warn(const std::string& text) {
-  session_.console.fail();
-  if (++warnings_ <= kMostWarnings) session_.console.warning(text);
-}
-
 // The script with its translations, in work bytes.
-void PoImport::apply(const Script& script, Entries& entries, const LoadedScript& loaded, std::string& work) {
+std::string PoImport::apply(const Script& script, const LoadedScript& loaded, const Entries& entries,
+                            Outcome& outcome) const {
   const Codec& codec = loaded.in.codec;
-  PoContexts contexts(codec, script.relative);
+  std::string work;
+  PoContexts contexts(codec, relativeAmong(entries.files, script));
   std::size_t copied = 0;
-  inScript_ = 0;
   for (const OutlineText* text : loaded.records) {
     const auto found = entries.byContext.find(contexts.next(loaded, *text));
     if (found == entries.byContext.end()) continue;
-    entries.placed[found->second] = true;
+    outcome.placed.push_back(found->second);
     const PoEntry& entry = entries.list[found->second];
     if (entry.text.empty()) continue;
-    const std::string place = fmt::format("{}:{}", shownName(script.path), text->lineNumber + 1);
     if (entry.fuzzy && !options_.fuzzy) {
-      ++fuzzy_;
+      ++outcome.fuzzy;
       continue;
     }
     const std::string now = poTextOf(codec, text->text);
     if (entry.text == now) continue;
+    const auto leave = [&](const std::string& why) {
+      outcome.left.push_back({script.path, text->lineNumber + 1, "left as it is", entries.path, entry.ownLine, why});
+    };
     if (entry.id != now) {
-      warn(fmt::format("{}: left as it is: {}:{}: the text is not the entry's msgid", place, shownName(entries.path),
-                       entry.ownLine));
+      leave("the text is not the entry's msgid");
       continue;
     }
     std::string translation;
     if (const auto failure = attempt([&] { translation = fromPoText(codec, entry.text, text->text); })) {
-      warn(fmt::format("{}: left as it is: {}:{}: {}", place, shownName(entries.path), entry.ownLine,
-                       shown(failure->description())));
+      leave(shown(failure->description()));
       continue;
     }
     const auto begin = static_cast<std::size_t>(text->text.data() - loaded.work.data());
     work.append(loaded.work.substr(copied, begin - copied)).append(translation);
     copied = begin + text->text.size();
-    ++inScript_;
+    ++outcome.changed;
   }
-  work.append(loaded.work.substr(copied));
-}
-
-void PoImport::importScript(const Script& script, const LoadedScript& loaded, Entries& entries) {
-  std::string work;
-  apply(script, entries, loaded, work);
-  if (inScript_ == 0) return;
-  if (options_.crlf) {
-    std::string lines;
-    forEachLine(work, [&](const ScriptLine& line) { lines.append(line.text).append("\r\n"); });
-    work.swap(lines);
-  }
-  std::string buffer;
-  if (options_.dryRun) {
-    session_.console.note(fmt::format("{}: {} would change", shownName(script.path), counted(inScript_, "text")));
-  } else {
-    replaceScript(session_, script.path, loaded.in.codec.toFile(work, buffer), options_.backup);
-    folders_.insert(folderOf(script.path));
-  }
-  ++written_;
-  changed_ += inScript_;
-}
-
-// With the PO file of its own, if it has one.
-void PoImport::importSplit(const Script& script, const LoadedScript& loaded, std::set<std::string>& taken) {
-  const std::string path = joinPath(options_.from, withExtension(script.relative, ".po"));
-  if (session_.files->pathKind(path) == PathKind::File) {
-    taken.insert(path);
-    Entries entries = readEntries(path);
-    importScript(script, loaded, entries);
-    tellUnplaced(entries);
-  } else if (std::any_of(loaded.records.begin(), loaded.records.end(),
-                         [](const OutlineText* text) { return fitsPo(text->text); })) {
-    ++withoutFile_;  // an export makes one of such a script
-  }
+  return work.append(loaded.work.substr(copied));
 }
 
 // Nothing but the other scripts tells the code page of one that is ASCII.
@@ -183,31 +172,47 @@ std::unique_ptr<LoadedScript> PoImport::load(const Script& script) const {
   return std::make_unique<LoadedScript>(std::move(file), in);
 }
 
-void PoImport::importAll(const std::vector<Script>& scripts) {
-  Entries whole;
-  std::set<std::string> taken;
-  if (!split_) whole = readEntries(options_.from);
-  forEachScript<std::unique_ptr<LoadedScript>>(
-      session_, scripts, [&](const Script& script, Buffers&) { return load(script); },
-      [&](const Script& script, std::unique_ptr<LoadedScript>&& loaded) {
-        const auto failure =
-            attempt([&] { split_ ? importSplit(script, *loaded, taken) : importScript(script, *loaded, whole); });
-        if (failure) session_.console.error(shown(failure->description()));
-        return true;
-      });
-  flushFolders(session_, folders_);
-  if (interrupted()) return;
-  if (!split_) tellUnplaced(whole);
-  if (split_ && wholeFolders_) tellLeftFiles(taken);
+Outcome PoImport::importScript(const Script& script, std::optional<std::string>& bytes) const {
+  Outcome outcome;
+  const auto loaded = load(script);
+  if (split_) {
+    const std::string path = ownPath(script);
+    if (session_.files->pathKind(path) != PathKind::File) {
+      // An export makes one of a script with such a text.
+      outcome.withoutFile = std::any_of(loaded->records.begin(), loaded->records.end(),
+                                        [](const OutlineText* text) { return fitsPo(text->text); });
+      return outcome;
+    }
+    outcome.own = readEntries(path);
+  }
+  std::string work = apply(script, *loaded, split_ ? *outcome.own : whole_, outcome);
+  if (outcome.changed == 0) return outcome;
+  if (options_.crlf) {
+    std::string lines;
+    forEachLine(work, [&](const ScriptLine& line) { lines.append(line.text).append("\r\n"); });
+    work.swap(lines);
+  }
+  std::string buffer;
+  bytes = loaded->in.codec.toFile(work, buffer);
+  return outcome;
+}
+
+void PoImport::take(const Script& script, Outcome&& outcome) {
+  for (const Notice& notice : outcome.left) notices_.warn(notice);
+  if (!outcome.left.empty()) session_.console.fail();
+  if (outcome.withoutFile) ++withoutFile_;
+  Entries& entries = outcome.own ? *outcome.own : whole_;
+  for (const std::size_t entry : outcome.placed) entries.placed[entry] = true;
+  if (outcome.own) tellUnplaced(entries);
+  fuzzy_ += outcome.fuzzy;
+  if (outcome.changed == 0) return;
+  if (options_.dryRun)
+    session_.console.note(fmt::format("{}: {} would change", shownName(script.path), counted(outcome.changed, "text")));
+  ++written_;
+  changed_ += outcome.changed;
 }
 
 void PoImport::summary() {
-  if (wholeFolders_ && unplaced_ > kMostWarnings) {
-    session_.console.warning(fmt::format("and {} more without a place", unplaced_ - kMostWarnings));
-  }
-  if (warnings_ > kMostWarnings)
-    session_.console.warning(fmt::format("and {} more entries left out", warnings_ - kMostWarnings));
-  if (interrupted()) return session_.console.error("Interrupted; every script is the old or the new one");
   if (placed_ == 0 && (entries_ > 0 || withoutFile_ > 0)) {
     session_.console.error(fmt::format("{}: nothing fits: {}", shownName(options_.from),
                                        entries_ > 0 ? "it was made from other scripts, or from another folder of them"
@@ -222,18 +227,33 @@ void PoImport::summary() {
 }
 
 void PoImport::run() {
-  session_.prepare();
-  if (!poFilesBuiltIn()) throw Failure(u"PO files are not built into this program");
   split_ = session_.files->pathKind(options_.from) == PathKind::Folder;
-  wholeFolders_ = std::any_of(options_.paths.begin(), options_.paths.end(), [this](const std::string& path) {
-    return session_.files->pathKind(path) == PathKind::Folder;
-  });
-  importAll(collectScripts(session_, options_.paths));
+  scripts_ = collectScripts(session_, options_.paths);
+  wholeFolders_ = std::any_of(scripts_.begin(), scripts_.end(), [](const Script& script) { return !script.named; });
+  if (!split_) whole_ = readEntries(options_.from);
+  rewriteEachScript<Outcome>(
+      session_, scripts_, options_.backup, options_.dryRun,
+      [&](const Script& script, Buffers&, std::optional<std::string>& bytes) { return importScript(script, bytes); },
+      [&](const Script& script, Outcome&& outcome) {
+        take(script, std::move(outcome));
+        return true;
+      });
+  if (interrupted()) return session_.console.error("Interrupted; every script is the old or the new one");
+  if (!split_) tellUnplaced(whole_);
+  if (split_ && wholeFolders_) tellLeftFiles();
+  notices_.endGroup("entries left out");
+  for (const Notice& notice : lost_) notices_.warn(notice);
+  notices_.endGroup("without a place");
+  notices_.close();
   summary();
 }
 
 }  // namespace
 
-void importPo(Session& session, const PoImportOptions& options) { PoImport(session, options).run(); }
+void importPo(Session& session, const PoImportOptions& options) {
+  session.prepare();
+  if (!poFilesBuiltIn()) throw Failure(u"PO files are not built into this program");
+  PoImport(session, options).run();
+}
 
 }  // namespace dravenna

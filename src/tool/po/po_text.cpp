@@ -13,18 +13,39 @@ namespace dravenna {
 
 namespace {
 
+constexpr char16_t kItself = 0xEF7F;       // what follows, from here to kLastOpaque, stands for itself
 constexpr char16_t kFirstOpaque = 0xEF80;  // stands for the byte 0x80
 constexpr char16_t kLastOpaque = 0xEFFF;
 
-std::string utf8Of(std::u16string text) {
+std::string utf8Of(std::u16string_view text) {
+  std::u16string out;
+  out.reserve(text.size());
   for (std::size_t at = 0; at < text.size(); ++at) {
-    if (isHighSurrogate(text[at])) {
-      ++at;
-    } else if (text[at] >= 0xDC80 && text[at] <= 0xDCFF) {
-      text[at] = static_cast<char16_t>(kFirstOpaque + (text[at] - 0xDC80));
+    const char16_t unit = text[at];
+    if (isHighSurrogate(unit)) {
+      out.append(text.substr(at++, 2));
+    } else if (unit >= 0xDC80 && unit <= 0xDCFF) {
+      out.push_back(static_cast<char16_t>(kFirstOpaque + (unit - 0xDC80)));
+    } else {
+      if (unit >= kItself && unit <= kLastOpaque) out.push_back(kItself);
+      out.push_back(unit);
     }
   }
-  return toUtf8(text);
+  return toUtf8(out);
+}
+
+std::u16string wideOf(std::string_view utf8) {
+  const std::u16string text = fromUtf8(utf8);
+  std::u16string out;
+  out.reserve(text.size());
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    const bool itself =
+        text[at] == kItself && at + 1 < text.size() && text[at + 1] >= kItself && text[at + 1] <= kLastOpaque;
+    if (itself) ++at;
+    const bool byte = !itself && text[at] >= kFirstOpaque && text[at] <= kLastOpaque;
+    out.push_back(byte ? static_cast<char16_t>(0xDC80 + (text[at] - kFirstOpaque)) : text[at]);
+  }
+  return out;
 }
 
 }  // namespace
@@ -34,10 +55,7 @@ std::string poTextOf(const Codec& codec, std::string_view work) { return utf8Of(
 std::string poNameOf(std::string_view name) { return utf8Of(fromUtf8(name)); }
 
 std::string fromPoText(const Codec& codec, std::string_view text, std::string_view before) {
-  std::u16string wide = fromUtf8(text);
-  for (char16_t& unit : wide) {
-    if (unit >= kFirstOpaque && unit <= kLastOpaque) unit = static_cast<char16_t>(0xDC80 + (unit - kFirstOpaque));
-  }
+  const std::u16string wide = wideOf(text);
   std::string work;
   const std::size_t bad = codec.encode(wide, work);
   if (bad != std::u16string::npos) {

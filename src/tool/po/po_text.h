@@ -9,7 +9,8 @@
 // Texts between scripts and PO files.
 namespace dravenna {
 
-// UTF-8 for a PO file. A byte that the code page lacks becomes one of U+EF80 to U+EFFF, so that nothing is lost.
+// UTF-8 for a PO file. A byte that the code page lacks becomes one of U+EF80 to U+EFFF, and these characters themselves
+// stand behind a U+EF7F, so that nothing is lost.
 std::string poTextOf(const Codec& codec, std::string_view work);
 std::string poNameOf(std::string_view name);
 

@@ -24,6 +24,8 @@ bool Outputs::isInput(const FileIdentity& file) {
 
 bool Outputs::mayWrite(const std::string& path, std::string_view bytes, Kind kind, bool force) {
   const auto there = files_.identity(path);
+  if (there && !there->plain && files_.pathKind(path) == PathKind::Folder)
+    throw Failure(fromUtf8(path) + u": is a folder");
   return !there || !there->plain || mayReplace(path, *there, bytes, kind, force);
 }
 

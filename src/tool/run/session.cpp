@@ -71,44 +71,50 @@ void Session::prepare() {
   outputs = std::make_unique<Outputs>(*files, pages->usual().lists);
 }
 
+std::vector<std::string> filesBelow(Session& session, const std::string& folder, const TreeFiles::Chooser& enter,
+                                    const TreeFiles::Chooser& take) {
+  const TreeFiles::Hearer hearer{[&](const std::string& relative) {
+                                   if (!enter(relative)) return;
+                                   const std::string path = joinPath(folder, relative);
+                                   session.console.warning(fmt::format("{}: {}", shownName(path),
+                                                                       session.files->pathKind(path) == PathKind::Folder
+                                                                           ? "a link to a folder, not entered"
+                                                                           : "neither a file nor a folder, left out"));
+                                 },
+                                 [&](const Failure& failure) { session.console.error(shown(failure.description())); }};
+  return session.files->filesBelow(folder, enter, take, &hearer);
+}
+
 std::vector<Script> collectScripts(Session& session, const std::vector<std::string>& arguments,
                                    const std::vector<std::string>& defaultInclude) {
   const std::vector<std::string>& include = session.include.empty() ? defaultInclude : session.include;
   std::vector<Script> scripts;
   std::unordered_set<std::string> seen;
   const auto add = [&](Script script) {
+    if (script.relative.find_first_of("\r\n") != std::string::npos)
+      return session.console.error(fmt::format("{}: left out: a line end in its name", shownName(script.path)));
     if (seen.insert(std::filesystem::path(script.path).lexically_normal().string()).second) {
       session.outputs->addInput(script.path);
       session.pages->addScript(script.path);
       scripts.push_back(std::move(script));
     }
   };
+  const auto wanted = [&](const std::string& relative) { return !matchesAny(session.exclude, relative); };
+  const auto taken = [&](const std::string& relative) {
+    // Without --include, UP.TXT is a script as any other.
+    return matchesAny(include, session.include.empty() ? lowerAsciiOf(relative) : relative) && wanted(relative);
+  };
   for (const std::string& argument : arguments) {
     try {
       const PathKind kind = argument == "-" ? PathKind::File : session.files->pathKind(argument);
       if (kind == PathKind::Missing) throw Failure(u"No such file or directory: '" + fromUtf8(argument) + u"'");
       if (kind == PathKind::File) {
-        add({argument, std::string(fileNameOf(argument))});
+        add({argument, std::string(fileNameOf(argument)), true});
         continue;
       }
-      bool found = false;
-      const auto wanted = [&](const std::string& relative) { return !matchesAny(session.exclude, relative); };
-      for (std::string& relative : session.files->filesBelow(
-               argument, wanted,
-               [&](const std::string& relative) {
-                 // Without --include, UP.TXT is a script as any other.
-                 return matchesAny(include, session.include.empty() ? lowerAsciiOf(relative) : relative) &&
-                        wanted(relative);
-               },
-               [&](const std::string& link) {
-                 if (wanted(link))
-                   session.console.warning(
-                       fmt::format("{}: a link to a folder, not entered", shownName(joinPath(argument, link))));
-               })) {
-        add({joinPath(argument, relative), relative});
-        found = true;
-      }
-      if (!found) {
+      const std::vector<std::string> found = filesBelow(session, argument, wanted, taken);
+      for (const std::string& relative : found) add({joinPath(argument, relative), relative});
+      if (found.empty()) {
         session.console.warning(fmt::format("{}: no file in it is taken", shownName(argument)));
         session.console.fail();
       }
@@ -117,6 +123,27 @@ std::vector<Script> collectScripts(Session& session, const std::vector<std::stri
     }
   }
   return scripts;
+}
+
+std::string relativeIn(TreeFiles& files, const std::string& tree, const Script& script) {
+  if (!script.named || script.path == "-" || files.pathKind(tree) != PathKind::Folder) return script.relative;
+  const std::string path = std::filesystem::absolute(script.path).lexically_normal().generic_string();
+  for (std::size_t slash = path.find('/'); slash != std::string::npos; slash = path.find('/', slash + 1)) {
+    const std::string rest = path.substr(slash + 1);
+    const std::string folder = folderOf(rest);
+    if (!folder.empty() && files.pathKind(joinPath(tree, folder)) == PathKind::Folder) return rest;
+  }
+  return script.relative;
+}
+
+std::string partnerIn(TreeFiles& files, const std::string& tree, const Script& script) {
+  return files.pathKind(tree) == PathKind::File ? tree : joinPath(tree, relativeIn(files, tree, script));
+}
+
+void needOneScript(TreeFiles& files, const char* option, const std::string& tree, std::size_t scripts) {
+  if (scripts > 1 && !tree.empty() && files.pathKind(tree) == PathKind::File)
+    throw UsageError(
+        fmt::format("{}: {} is a file and stands for one script, not for {}", option, shownName(tree), scripts));
 }
 
 std::vector<ScriptGroup> groupsByFolder(const std::vector<Script>& scripts) {
@@ -170,6 +197,17 @@ void replaceScript(const Session& session, const std::string& path, std::string_
   replacements.stage(path, bytes);
   const std::u16string failed = replacements.commit()[0];
   if (!failed.empty()) throw Failure(failed);
+}
+
+void makeFolders(Session& session, const std::string& out, const std::vector<std::string>& files) {
+  if (session.files->pathKind(out) == PathKind::File)
+    throw UsageError(fmt::format("--out: {} is a file", shownName(out)));
+  std::set<std::string> folders{out};
+  for (const std::string& file : files) folders.insert(folderOf(joinPath(out, file)));
+  for (const std::string& folder : folders) {
+    const auto failure = attempt([&] { session.files->makeFolders(folder); });
+    if (failure) session.console.error(shown(failure->description()));
+  }
 }
 
 void flushFolders(Session& session, const std::set<std::string>& folders) {

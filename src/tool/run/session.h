@@ -45,6 +45,7 @@ struct Session {
 struct Script {
   std::string path;      // to open it, and what messages say
   std::string relative;  // below the folder that was named; the file's own name when the file was
+  bool named = false;    // the file was
 };
 
 // What folders are searched for without --include.
@@ -52,9 +53,21 @@ inline const std::vector<std::string> kScriptNames = {"*.txt"};
 
 // The scripts that the arguments stand for, in their order, folders by their sorted names, each file once. Folders are
 // searched for what the include patterns fit (else `defaultInclude`). What is missing is reported and sets the exit
-// status.
+// status; so is a name with a line end, which no list of names can hold.
 std::vector<Script> collectScripts(Session& session, const std::vector<std::string>& arguments,
                                    const std::vector<std::string>& defaultInclude = kScriptNames);
+
+// Links to folders, and what is neither file nor folder, are told; folders that cannot be read are told as errors.
+std::vector<std::string> filesBelow(Session& session, const std::string& folder, const TreeFiles::Chooser& enter,
+                                    const TreeFiles::Chooser& take);
+
+// The path below another tree that stands for a script. For a file that was named it is as much of its path as begins
+// with a folder of the tree, so that `npc-es/quests/a.txt` finds `npc/quests/a.txt`; else its name.
+std::string relativeIn(TreeFiles& files, const std::string& tree, const Script& script);
+// The file there. The tree may be a single file, for a single script.
+std::string partnerIn(TreeFiles& files, const std::string& tree, const Script& script);
+// Throws UsageError where `tree`, of that option, is a file and there are several scripts.
+void needOneScript(TreeFiles& files, const char* option, const std::string& tree, std::size_t scripts);
 
 // A file's bytes; `-` is standard input. Throws Failure.
 void readFile(const Session& session, const std::string& path, std::string& file);
@@ -77,6 +90,9 @@ void readBeside(const Session& session, const std::string& path, const Encoding&
 
 // Puts new bytes in the place of a script, whole or not at all. Its folder is left for flushFolders.
 void replaceScript(const Session& session, const std::string& path, std::string_view bytes, const std::string& backup);
+// The folder of --out and those below it that hold `files`. Tells what fails; so does what is written there. Throws
+// UsageError where --out is a file.
+void makeFolders(Session& session, const std::string& out, const std::vector<std::string>& files);
 // Brings the renames in these folders to disk; tells what fails.
 void flushFolders(Session& session, const std::set<std::string>& folders);
 
