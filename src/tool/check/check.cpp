@@ -5,6 +5,7 @@
 #include <unordered_map>
 
 #include "platform/failure.h"
+#include "tool/check/consistency.h"
 #include "tool/check/findings.h"
 #include "tool/run/for_each_script.h"
 
@@ -32,6 +33,7 @@ struct Options {
   std::vector<std::string> ignore;
   bool strict = false;
   bool frozen = false;
+  bool consistent = false;
   bool json = false;
 };
 
@@ -98,7 +100,7 @@ class Check {
   void run();
 
  private:
-  std::vector<Finding> checkFile(const Script& script, Buffers& buffers) const;
+  Findings checkFile(const Script& script, Buffers& buffers) const;
   Findings checkOneScript(const Script& script, Buffers& buffers) const;
   Findings checkOneExchangeFile(const Script& script, Buffers& buffers) const;
   std::string scriptBelow(const Script& lxf) const;
@@ -123,7 +125,7 @@ bool Check::isWanted(const char* kind) const {
 
 Findings Check::checkOneScript(const Script& script, Buffers& buffers) const {
   const auto [in, work] = openScript(session_, script.path, buffers.file, buffers.work);
-  Findings findings(in.codec);
+  Findings findings(in.codec, options_.consistent);
   if (checkUtf16(findings, buffers.file)) return findings;
   const auto what = options_.against.empty() ? OutlineOf::Texts : OutlineOf::Dialogue;
   const Outline outline = outlineOf(work, in.lists, what);
@@ -168,16 +170,17 @@ Findings Check::checkOneExchangeFile(const Script& script, Buffers& buffers) con
   const bool found = !path.empty() && session_.files->pathKind(path) == PathKind::File;
   if (found) readFile(session_, path, buffers.otherFile);
   const Encoding& in = found ? session_.pages->of(buffers.otherFile, file) : takeEncoding(session_, script.path, file);
-  Findings findings(in.codec);
+  Findings findings(in.codec, options_.consistent);
   if (checkUtf16(findings, file)) return findings;
   if (marked)
     findings.list().push_back({1, 1, "lxf-order", "begins with a byte order mark, which is no part of a number"});
   const std::string_view lxf = in.codec.toWork(file, buffers.work);
   checkEncoding(findings, file, lxf);
   if (found) {
-    const Outline outline = outlineOf(in.codec.toWork(buffers.otherFile, buffers.otherWork), in.lists);
+    const std::string_view work = in.codec.toWork(buffers.otherFile, buffers.otherWork);
+    const Outline outline = outlineOf(work, in.lists);
     // With --against the scripts are translations, and a record may be as in its script.
-    checkExchangeFile(findings, lxf, &outline, options_.against.empty());
+    checkExchangeFile(findings, lxf, work, &outline, options_.against.empty());
     return findings;
   }
   if (!alone) {
@@ -185,17 +188,17 @@ Findings Check::checkOneExchangeFile(const Script& script, Buffers& buffers) con
         {1, 1, "missing",
          path.empty() ? "no script of its name among those given" : fmt::format("no script {}", shownName(path))});
   }
-  checkExchangeFile(findings, lxf, nullptr);
+  checkExchangeFile(findings, lxf, {}, nullptr);
   return findings;
 }
 
-std::vector<Finding> Check::checkFile(const Script& script, Buffers& buffers) const {
+Findings Check::checkFile(const Script& script, Buffers& buffers) const {
   Findings findings =
       isExchangeFile(script.path) ? checkOneExchangeFile(script, buffers) : checkOneScript(script, buffers);
   std::stable_sort(findings.list().begin(), findings.list().end(), [](const Finding& a, const Finding& b) {
     return a.line != b.line ? a.line < b.line : a.column < b.column;
   });
-  return std::move(findings.list());
+  return findings;
 }
 
 void Check::gatherFrozen() {
@@ -263,12 +266,15 @@ void Check::run() {
   needOneScript(*session_.files, "--scripts", options_.scripts, lxfs);
   needOneScript(*session_.files, "--against", options_.against, files.size() - lxfs);
   Output output(*session_.outputs, options_.output);
-  forEachScript<std::vector<Finding>>(
+  Consistency consistency;
+  forEachScript<Findings>(
       session_, files, [&](const Script& file, Buffers& buffers) { return checkFile(file, buffers); },
-      [&](const Script& file, std::vector<Finding>&& findings) {
-        for (const Finding& finding : findings) write(file.path, finding, output.buffer());
+      [&](const Script& file, Findings&& findings) {
+        for (const Finding& finding : findings.list()) write(file.path, finding, output.buffer());
+        consistency.add(file.path, std::move(findings.renderings()));
         return output.flushSome();
       });
+  consistency.tell([&](const std::string& path, const Finding& finding) { write(path, finding, output.buffer()); });
   addMissing(files, output.buffer());
   if (!output.close()) session_.console.fail();
   if (found_ > 0) session_.console.fail();
@@ -284,7 +290,7 @@ void addCheck(Verb program, Session& session) {
   std::string footer = kFooter;
   for (const FindingKind& kind : findingKinds()) {
     kinds.emplace_back(kind.name);
-    footer += fmt::format("  {:<16} {}\n", kind.name, kind.about);
+    footer += fmt::format("  {:<16} {:<8} {}\n", kind.name, nameOf(kind.severity), kind.about);
   }
   footer.pop_back();
   verb.words("path", options->paths, "PATH...", "Scripts, exchange files (*.lxf) and folders");
@@ -292,6 +298,7 @@ void addCheck(Verb program, Session& session) {
   verb.text("--scripts", options->scripts, "DIR", "The tree, or the script, that exchange files belong to");
   verb.flag("--strict", options->strict, "Compare colour codes text by text, not by dialogue page");
   verb.flag("--frozen", options->frozen, "Find changed texts that code depends on; needs --against");
+  verb.flag("--consistent", options->consistent, "Find one original with two translations, and two originals with one");
   verb.each("--only", options->only, "KIND", "Report this kind only; may be given again", kinds);
   verb.each("--ignore", options->ignore, "KIND", "Do not report this kind; may be given again", kinds);
   verb.flag("--json", options->json, "JSON lines: an object a finding");

@@ -18,45 +18,79 @@ namespace dravenna {
 
 namespace {
 
-std::size_t countColons(std::string_view text) {
-  return static_cast<std::size_t>(std::count(text.begin(), text.end(), ':'));
-}
-
 bool isReadable(const OutlineText& text) { return text.segment == Segment::Message || text.segment == Segment::Title; }
 
-bool hasBracketAtEnd(std::string_view plain) { return !plain.empty() && (plain.front() == '[' || plain.back() == ']'); }
+// The texts of a script beside those that they stand for.
+class TextChecks {
+ public:
+  TextChecks(Findings& findings, const Outline& old, std::string_view work, const Outline& outline,
+             const Pairing& pairing, bool strict, const FrozenNames* frozen)
+      : findings_(findings),
+        old_(old),
+        work_(work),
+        outline_(outline),
+        pairing_(pairing),
+        strict_(strict),
+        frozen_(frozen) {}
 
-void checkText(Findings& findings, const OutlineText& before, const OutlineText& text, bool strict,
-               const FrozenNames* frozen) {
-  if (frozen != nullptr && before.text != text.text && frozen->count(std::string(before.text)) != 0) {
-    findings.add("frozen", text, 0,
-                 fmt::format("{} was {}, which is a name in the code too", findings.quoted(text.text),
-                             findings.quoted(before.text)));
+  void check(std::size_t i) {
+    const OutlineText& text = outline_.texts[i];
+    const OutlineText& before = old_.texts[pairing_.oldOf[i]];
+    if (frozen_ != nullptr && before.text != text.text && frozen_->count(std::string(before.text)) != 0) {
+      findings_.add("frozen", text, 0,
+                    fmt::format("{} was {}, which is a name in the code too", findings_.quoted(text.text),
+                                findings_.quoted(before.text)));
+    }
+    for (Break& found : breaksOf(findings_.codec(), before.text, text.text)) {
+      findings_.add(found.kind, text, found.offset, std::move(found.why));
+    }
+    if (!text.inMenu && !isReadable(text)) return;
+    TextPair pair{before.text, text.text, before.record || text.record, text.inMenu};
+    pair.countsCodes = strict_;
+    findPlus(work_, text, pair);
+    if (isReadable(text)) findings_.addRendering(pair, text.lineNumber, text.line, text.begin);
+    for (Break& found : checkTranslation(findings_.codec(), pair)) {
+      if (!isReadable(text) && found.kind != std::string_view("menu-count")) continue;
+      if (!strict_ && mayMove(found.kind) && pageHoldsAll(i)) continue;
+      findings_.add(found.kind, text, found.offset, std::move(found.why));
+    }
   }
-  if (text.inMenu && countColons(before.text) != countColons(text.text)) {
-    findings.add("menu-count", text, 0,
-                 fmt::format("{} in a menu's text, {} in the original", counted(countColons(text.text), "colon"),
-                             countColons(before.text)));
+
+ private:
+  // Whether the texts of the page, taken together, have the tokens of their originals.
+  bool pageHoldsAll(std::size_t i) {
+    const std::uint32_t page = outline_.texts[i].page;
+    if (page == page_) return holdsAll_;
+    page_ = page;
+    const auto [begin, end] =
+        std::equal_range(outline_.texts.begin(), outline_.texts.end(), outline_.texts[i],
+                         [](const OutlineText& a, const OutlineText& b) { return a.page < b.page; });
+    std::vector<std::string> before;
+    std::vector<std::string> now;
+    const auto gather = [](std::string_view text, std::vector<std::string>& out) {
+      for (const Token& token : tokensOf(text)) {
+        if (mayMove(token.kind)) out.push_back(token.kind + token.text);
+      }
+    };
+    for (auto text = begin; text != end; ++text) {
+      const std::size_t from = pairing_.oldOf[static_cast<std::size_t>(text - outline_.texts.begin())];
+      if (from == kNoText || !isReadable(*text)) continue;
+      gather(old_.texts[from].text, before);
+      gather(text->text, now);
+    }
+    return holdsAll_ = std::is_permutation(before.begin(), before.end(), now.begin(), now.end());
   }
-  for (Break& found : breaksOf(findings.codec(), before.text, text.text)) {
-    findings.add(found.kind, text, found.offset, std::move(found.why));
-  }
-  if (!isReadable(text)) return;
-  const std::string plainBefore = withoutColor(before.text);
-  const std::string plain = withoutColor(text.text);
-  if (text.record && plain == plainBefore && hasLetter(plain)) {
-    findings.add("untranslated", text, 0, findings.quoted(text.text));
-  }
-  if (before.record && !text.record && hasBracketAtEnd(plain)) {
-    findings.add("bracket", text, 0,
-                 "a bracket at an end, which the original has not, takes the text out of the exchange file");
-  }
-  if (strict && countColorCodes(before.text) != countColorCodes(text.text)) {
-    findings.add("color-count", text, 0,
-                 fmt::format("{}, {} in the original's text", counted(countColorCodes(text.text), "colour code"),
-                             countColorCodes(before.text)));
-  }
-}
+
+  Findings& findings_;
+  const Outline& old_;
+  std::string_view work_;
+  const Outline& outline_;
+  const Pairing& pairing_;
+  bool strict_;
+  const FrozenNames* frozen_;
+  std::uint32_t page_ = static_cast<std::uint32_t>(-1);
+  bool holdsAll_ = false;
+};
 
 struct PageCodes {
   std::size_t codes = 0;
@@ -348,9 +382,9 @@ void gatherFrozenNames(std::string_view work, const Outline& outline, const std:
 void checkAgainst(Findings& findings, std::string_view oldWork, const Outline& old, std::string_view work,
                   const Outline& outline, bool strict, const FrozenNames* frozen) {
   const Pairing pairing = pairScripts(oldWork, old, work, outline);
+  TextChecks texts(findings, old, work, outline, pairing, strict, frozen);
   for (std::size_t i = 0; i < outline.texts.size(); ++i) {
-    if (pairing.oldOf[i] == kNoText) continue;
-    checkText(findings, old.texts[pairing.oldOf[i]], outline.texts[i], strict, frozen);
+    if (pairing.oldOf[i] != kNoText) texts.check(i);
   }
   if (!strict) checkPages(findings, old, outline, pairing);
   if (pairing.lineEndsDiffer) checkLineEnds(findings, oldWork, work);

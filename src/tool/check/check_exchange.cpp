@@ -76,28 +76,22 @@ void checkRecord(Findings& findings, const ByteRecord& record, std::size_t index
 }
 
 void checkBeside(Findings& findings, const ByteRecord& record, std::size_t index, const OutlineText& text,
-                 bool hasCodes, bool scriptIsOriginal) {
-  const std::size_t begin = record.number.size() + 1;
-  const std::string before = withoutColor(text.text);
-  if (scriptIsOriginal && withoutColor(record.text) == before && hasLetter(before)) {
-    findings.add("untranslated", index, record.line, begin, findings.quoted(record.text));
-  }
-  const auto colons = [](std::string_view s) { return static_cast<std::size_t>(std::count(s.begin(), s.end(), ':')); };
-  if (text.inMenu && colons(before) != colons(record.text)) {
-    findings.add(
-        "menu-count", index, record.line, begin,
-        fmt::format("{} in a menu's text, {} in the script", counted(colons(record.text), "colon"), colons(before)));
-  }
-  if (hasCodes && countColorCodes(record.text) != countColorCodes(text.text)) {
-    findings.add("color-count", index, record.line, begin,
-                 fmt::format("{}, {} in the script's text", counted(countColorCodes(record.text), "colour code"),
-                             countColorCodes(text.text)));
+                 std::string_view script, bool hasCodes, bool scriptIsOriginal) {
+  TextPair pair{text.text, record.text, scriptIsOriginal, text.inMenu};
+  pair.countsCodes = hasCodes;
+  pair.source = "script";
+  findPlus(script, text, pair);
+  findings.addRendering(pair, index, record.line, record.number.size() + 1);
+  for (Break& found : checkTranslation(findings.codec(), pair)) {
+    if (found.kind == std::string_view("bracket")) continue;  // told of every record
+    findings.add(found.kind, index, record.line, record.number.size() + 1 + found.offset, std::move(found.why));
   }
 }
 
 }  // namespace
 
-void checkExchangeFile(Findings& findings, std::string_view lxf, const Outline* script, bool scriptIsOriginal) {
+void checkExchangeFile(Findings& findings, std::string_view lxf, std::string_view work, const Outline* script,
+                       bool scriptIsOriginal) {
   const ExchangeFile file = cutExchangeFile(lxf);
   if (file.bareFeeds > 0) {
     std::size_t line = 0;
@@ -133,7 +127,7 @@ void checkExchangeFile(Findings& findings, std::string_view lxf, const Outline* 
   const bool hasCodes = countColorCodes(lxf) > 0;
   for (std::size_t i = 0; i < file.records.size(); ++i) {
     if (file.records[i].hasColon) {
-      checkBeside(findings, file.records[i], i, *texts[i], hasCodes, scriptIsOriginal);
+      checkBeside(findings, file.records[i], i, *texts[i], work, hasCodes, scriptIsOriginal);
     }
   }
 }

@@ -12,7 +12,6 @@ namespace dravenna {
 
 namespace {
 
-constexpr std::size_t kShownCharacters = 60;
 constexpr std::size_t kMostInText = 20;  // findings of one sort
 constexpr std::string_view kBlack = "000000";
 
@@ -58,50 +57,61 @@ void checkEscapedQuotes(Findings& findings, std::size_t lineNumber, std::string_
 
 }  // namespace
 
-std::string Findings::quoted(std::string_view work) const {
-  // A character has four bytes at most.
-  std::u16string text = codec_.decode(work.substr(0, 4 * kShownCharacters + 4));
-  const bool cut = text.size() > kShownCharacters;
-  if (cut) {
-    text.resize(kShownCharacters - (isHighSurrogate(text[kShownCharacters - 1]) ? 1 : 0));
-    text += u"...";
-  }
-  std::string bytes;
-  std::string out = "\"";
-  codec_.encode(text, bytes);
-  appendEscaped(codec_, bytes, out);
-  return out + "\"";
+void Findings::addRendering(const TextPair& pair, std::size_t lineNumber, std::string_view line, std::size_t offset) {
+  if (!keepsRenderings_ || !pair.record || !hasLetter(pair.before)) return;
+  Rendering rendering{lineNumber + 1, counter_.before(line, offset) + 1,
+                      toUtf8(codec_.decode(withoutColor(pair.before))), toUtf8(codec_.decode(withoutColor(pair.now)))};
+  if (rendering.before != rendering.now && !rendering.now.empty()) renderings_.push_back(std::move(rendering));
+}
+
+const char* nameOf(Severity severity) {
+  return severity == Severity::Error ? "error" : severity == Severity::Warning ? "warning" : "note";
 }
 
 const std::vector<FindingKind>& findingKinds() {
+  using enum Severity;
   static const std::vector<FindingKind> kinds = {
-      {"odd-quotes", "a line with an odd number of quote marks"},
-      {"comment-in-text", "// inside a text: the rest of the line is a comment"},
-      {"escaped-quote", "\\\" inside a text"},
-      {"color-blank", "^ RRGGBB, with a blank behind the caret"},
-      {"color-short", "a colour code with fewer than six digits"},
-      {"color-digits", "a colour code with G or H, which players see as text"},
-      {"color-no-caret", "000000 without its caret"},
-      {"color-count", "another number of colour codes than in the original, by dialogue page (--strict: by text)"},
-      {"menu-count", "another number of : in a menu's text than in the original"},
-      {"bracket", "a bracket at an end that takes the text out of the exchange file"},
-      {"quote-mark", "a quote mark in a record, or more of them in a text than the original has"},
-      {"backslash", "a text that servers end elsewhere, for a backslash at its end that came or went"},
-      {"control", "a control character in a text"},
-      {"untranslated", "a text that is as in the original"},
-      {"utf8", "a file that is UTF-8 whole but is read in another code page"},
-      {"utf16", "a file that is UTF-16"},
-      {"lacked-byte", "bytes that the code page lacks"},
-      {"outside", "bytes outside the texts that are not as in the original"},
-      {"line-ends", "other line ends than the original"},
-      {"missing", "a script of one tree that the other lacks"},
-      {"frozen", "a changed text that code depends on (--frozen)"},
-      {"lxf-line-ends", "an exchange file with LF line ends"},
-      {"lxf-last-line", "an exchange file without CR LF behind its last record"},
-      {"lxf-count", "an exchange file with more or fewer records than the script has texts"},
-      {"lxf-order", "a record without its number"},
+      {"odd-quotes", Error, "a line with an odd number of quote marks"},
+      {"comment-in-text", Error, "// inside a text: the rest of the line is a comment"},
+      {"escaped-quote", Warning, "\\\" inside a text"},
+      {"color-blank", Warning, "^ RRGGBB, with a blank behind the caret"},
+      {"color-short", Warning, "a colour code with fewer than six digits"},
+      {"color-digits", Warning, "a colour code with G or H, which players see as text"},
+      {"color-no-caret", Warning, "000000 without its caret"},
+      {"color-count", Warning,
+       "another number of colour codes than in the original, by dialogue page (--strict: by text)"},
+      {"menu-count", Error, "another number of : in a menu's text than in the original"},
+      {"placeholder", Error, "other %d, %s and the like than in the original, or in another order"},
+      {"item-code", Error, "other ^nItemID^501 and the like than on the original's dialogue page (--strict: text)"},
+      {"tag", Error, "other <NAVI>, <INFO>map,1,2</INFO> and the like than on the original's page (--strict: text)"},
+      {"number", Warning, "other numbers than on the original's dialogue page (--strict: text)"},
+      {"edge-blank", Warning, "no blank at an end of a text, beside a +, where the original has one"},
+      {"empty", Warning, "nothing but blanks where the original has a text"},
+      {"bracket", Warning, "a bracket at an end that takes the text out of the exchange file"},
+      {"quote-mark", Error, "a quote mark in a record, or more of them in a text than the original has"},
+      {"backslash", Error, "a text that servers end elsewhere, for a backslash at its end that came or went"},
+      {"control", Error, "a control character in a text"},
+      {"untranslated", Note, "a text that is as in the original"},
+      {"two-translations", Note, "one original with another translation elsewhere (--consistent)"},
+      {"two-originals", Note, "one translation for another original elsewhere (--consistent)"},
+      {"utf8", Error, "a file that is UTF-8 whole but is read in another code page"},
+      {"utf16", Error, "a file that is UTF-16"},
+      {"lacked-byte", Warning, "bytes that the code page lacks"},
+      {"outside", Error, "bytes outside the texts that are not as in the original"},
+      {"line-ends", Note, "other line ends than the original"},
+      {"missing", Warning, "a script of one tree that the other lacks"},
+      {"frozen", Error, "a changed text that code depends on (--frozen)"},
+      {"lxf-line-ends", Error, "an exchange file with LF line ends"},
+      {"lxf-last-line", Error, "an exchange file without CR LF behind its last record"},
+      {"lxf-count", Error, "an exchange file with more or fewer records than the script has texts"},
+      {"lxf-order", Error, "a record without its number"},
   };
   return kinds;
+}
+
+Severity severityOf(std::string_view kind) {
+  const auto& kinds = findingKinds();
+  return std::find_if(kinds.begin(), kinds.end(), [&](const FindingKind& one) { return one.name == kind; })->severity;
 }
 
 bool checkUtf16(Findings& findings, std::string_view file) {
