@@ -10,6 +10,8 @@ _dravenna_lxf() {
   case $prev in
     --color) COMPREPLY=($(compgen -W 'auto always never' -- "$cur")); return ;;
     --eol) COMPREPLY=($(compgen -W 'crlf keep' -- "$cur")); return ;;
+    --format) COMPREPLY=($(compgen -W 'text json sarif github' -- "$cur")); return ;;
+    --fail-on) COMPREPLY=($(compgen -W 'error warning note' -- "$cur")); return ;;
     --for) COMPREPLY=($(compgen -W hercules -- "$cur")); return ;;
     --commands) COMPREPLY=($(compgen -W 'default extended' -- "$cur")); return ;;
     --codepage)

@@ -28,5 +28,7 @@ complete -c dravenna-lxf -n "__fish_seen_subcommand_from import" -l eol -x -a "c
 complete -c dravenna-lxf -n "__fish_seen_subcommand_from po" -l for -x -a hercules
 complete -c dravenna-lxf -n "__fish_seen_subcommand_from check" -l only -x -a "(__dravenna_lxf_kinds)"
 complete -c dravenna-lxf -n "__fish_seen_subcommand_from check" -l ignore -x -a "(__dravenna_lxf_kinds)"
+complete -c dravenna-lxf -n "__fish_seen_subcommand_from check" -l format -x -a "text json sarif github"
+complete -c dravenna-lxf -n "__fish_seen_subcommand_from check" -l fail-on -x -a "error warning note"
 complete -c dravenna-lxf -l commands -x -a "default extended"
 complete -c dravenna-lxf -l codepage -x -a "1250 1251 1252 1253 1254 1255 1256 1257 1258 874 932 936 949 950 utf-8"

@@ -5,8 +5,11 @@
 #include <unordered_map>
 
 #include "platform/failure.h"
+#include "tool/check/baseline.h"
 #include "tool/check/consistency.h"
 #include "tool/check/findings.h"
+#include "tool/check/report.h"
+#include "tool/run/chosen_files.h"
 #include "tool/run/for_each_script.h"
 
 namespace dravenna {
@@ -22,6 +25,7 @@ constexpr char kFooter[] =
     "  dravenna-lxf check lxf npc                          exchange files beside their scripts, and the scripts\n"
     "  dravenna-lxf check lxf --scripts npc                exchange files beside their scripts\n"
     "  dravenna-lxf check guard.lxf\n"
+    "  dravenna-lxf check npc-es --against npc --baseline known.txt --changed-since origin/main --format github\n"
     "Kinds:\n";
 
 struct Options {
@@ -34,8 +38,25 @@ struct Options {
   bool strict = false;
   bool frozen = false;
   bool consistent = false;
+  std::string changedSince;
+  std::string filesFrom;
+  std::string baseline;
+  bool writeBaseline = false;
+  ReportFormat format = ReportFormat::Text;
   bool json = false;
+  Severity failOn = Severity::Note;
 };
+
+ReportFormat formatOf(std::string_view name) {
+  return name == "sarif"    ? ReportFormat::Sarif
+         : name == "github" ? ReportFormat::GitHub
+         : name == "json"   ? ReportFormat::Json
+                            : ReportFormat::Text;
+}
+
+Severity levelOf(std::string_view name) {
+  return name == "error" ? Severity::Error : name == "warning" ? Severity::Warning : Severity::Note;
+}
 
 bool isExchangeFile(const std::string& path) {
   if (path.size() < 4) return false;
@@ -105,15 +126,21 @@ class Check {
   Findings checkOneExchangeFile(const Script& script, Buffers& buffers) const;
   std::string scriptBelow(const Script& lxf) const;
   void gatherFrozen();
-  void addMissing(const std::vector<Script>& files, std::string& out);
-  void write(const std::string& path, const Finding& finding, std::string& out);
+  std::vector<Script> chosen(std::vector<Script> files);
+  void addMissing(const std::vector<Script>& files, FindingReport& report);
+  void take(const std::string& path, const Finding& finding, FindingReport& report);
+  void openBaseline();
+  void summary(std::size_t files);
   bool isWanted(const char* kind) const;
+  bool isNarrowed() const;
 
   Session& session_;
   const Options& options_;
   FrozenNames frozen_;
   std::optional<GivenScripts> given_;  // when there are exchange files
+  Baseline baseline_;
   std::size_t found_ = 0;
+  std::size_t known_ = 0;
 };
 
 bool Check::isWanted(const char* kind) const {
@@ -138,7 +165,7 @@ Findings Check::checkOneScript(const Script& script, Buffers& buffers) const {
   }
   readBeside(session_, oldPath, in, buffers.otherFile);
   const std::string_view oldWork = in.codec.toWork(buffers.otherFile, buffers.otherWork);
-  checkAgainst(findings, oldWork, outlineOf(oldWork, in.lists), work, outline, options_.strict,
+  checkAgainst(findings, buffers.otherFile, oldWork, outlineOf(oldWork, in.lists), work, outline, options_.strict,
                options_.frozen ? &frozen_ : nullptr);
   return findings;
 }
@@ -219,7 +246,7 @@ void Check::gatherFrozen() {
 }
 
 // Scripts of the original tree that the checked one lacks.
-void Check::addMissing(const std::vector<Script>& files, std::string& out) {
+void Check::addMissing(const std::vector<Script>& files, FindingReport& report) {
   if (options_.against.empty() || options_.paths.size() != 1 ||
       session_.files->pathKind(options_.paths[0]) != PathKind::Folder ||
       session_.files->pathKind(options_.against) != PathKind::Folder) {
@@ -229,25 +256,53 @@ void Check::addMissing(const std::vector<Script>& files, std::string& out) {
   for (const Script& file : files) here.insert(file.relative);
   for (const Script& original : collectScripts(session_, {options_.against})) {
     if (here.count(original.relative) != 0) continue;
-    write(joinPath(options_.paths[0], original.relative),
-          {1, 1, "missing", fmt::format("{} has no partner here", shownName(original.path))}, out);
+    take(joinPath(options_.paths[0], original.relative),
+         {1, 1, "missing", fmt::format("{} has no partner here", shownName(original.path))}, report);
   }
 }
 
-void Check::write(const std::string& path, const Finding& finding, std::string& out) {
+void Check::take(const std::string& path, const Finding& finding, FindingReport& report) {
   if (!isWanted(finding.kind)) return;
-  ++found_;
-  if (options_.json) {
-    out += "{\"file\":";
-    appendJsonString(fromUtf8(path), out);
-    out +=
-        fmt::format(",\"line\":{},\"column\":{},\"kind\":\"{}\",\"text\":", finding.line, finding.column, finding.kind);
-    appendJsonString(fromUtf8(finding.text), out);
-    out += "}\n";
-  } else {
-    appendEscapedName(path, out);
-    out += fmt::format(":{}:{}: {}: {}\n", finding.line, finding.column, finding.kind, finding.text);
+  if (options_.writeBaseline) return baseline_.add(path, finding);
+  if (baseline_.take(path, finding)) {
+    ++known_;
+    return;
   }
+  ++found_;
+  if (severityOf(finding.kind) >= options_.failOn) session_.console.fail();
+  report.add(path, finding);
+}
+
+bool Check::isNarrowed() const { return !options_.changedSince.empty() || !options_.filesFrom.empty(); }
+
+std::vector<Script> Check::chosen(std::vector<Script> files) {
+  if (!isNarrowed()) return files;
+  ChosenFiles chosen(session_);
+  if (!options_.changedSince.empty()) chosen.addChangedSince(options_.changedSince);
+  if (!options_.filesFrom.empty()) chosen.addListed(options_.filesFrom);
+  return chosen.among(std::move(files));
+}
+
+void Check::openBaseline() {
+  if (options_.writeBaseline && options_.baseline.empty()) throw UsageError("--write-baseline needs --baseline");
+  if (options_.writeBaseline && isNarrowed()) throw UsageError("--write-baseline takes all files");
+  if (options_.baseline.empty() || options_.writeBaseline) return;
+  std::string text;
+  readFile(session_, options_.baseline, text);
+  baseline_.read(text, options_.baseline);
+}
+
+void Check::summary(std::size_t files) {
+  std::string text = fmt::format("{} checked, ", counted(files, "file"));
+  if (options_.writeBaseline) {
+    text += fmt::format("{} known from now on", counted(baseline_.left(), "finding"));
+  } else {
+    text += counted(found_, "finding");
+    if (!options_.baseline.empty()) text += fmt::format(", {} known", known_);
+    const bool allKinds = options_.only.empty() && options_.ignore.empty();
+    if (!isNarrowed() && allKinds && baseline_.left() > 0) text += fmt::format(", {} gone", baseline_.left());
+  }
+  session_.console.note(text);
 }
 
 void Check::run() {
@@ -258,27 +313,35 @@ void Check::run() {
     }
   }
   if (options_.frozen && options_.against.empty()) throw UsageError("--frozen needs --against");
+  openBaseline();
   if (options_.frozen) gatherFrozen();
-  const std::vector<Script> files = collectScripts(session_, options_.paths, {"*.txt", "*.lxf"});
+  const std::vector<Script> all = collectScripts(session_, options_.paths, {"*.txt", "*.lxf"});
   const auto lxfs = static_cast<std::size_t>(
-      std::count_if(files.begin(), files.end(), [](const Script& file) { return isExchangeFile(file.path); }));
-  if (lxfs > 0) given_.emplace(files);
+      std::count_if(all.begin(), all.end(), [](const Script& file) { return isExchangeFile(file.path); }));
+  if (lxfs > 0) given_.emplace(all);
+  const std::vector<Script> files = chosen(all);
   needOneScript(*session_.files, "--scripts", options_.scripts, lxfs);
-  needOneScript(*session_.files, "--against", options_.against, files.size() - lxfs);
+  needOneScript(*session_.files, "--against", options_.against, all.size() - lxfs);
   Output output(*session_.outputs, options_.output);
+  FindingReport report(options_.json ? ReportFormat::Json : options_.format, output.buffer());
   Consistency consistency;
-  forEachScript<Findings>(
+  const bool whole = forEachScript<Findings>(
       session_, files, [&](const Script& file, Buffers& buffers) { return checkFile(file, buffers); },
       [&](const Script& file, Findings&& findings) {
-        for (const Finding& finding : findings.list()) write(file.path, finding, output.buffer());
+        for (const Finding& finding : findings.list()) take(file.path, finding, report);
         consistency.add(file.path, std::move(findings.renderings()));
         return output.flushSome();
       });
-  consistency.tell([&](const std::string& path, const Finding& finding) { write(path, finding, output.buffer()); });
-  addMissing(files, output.buffer());
-  if (!output.close()) session_.console.fail();
-  if (found_ > 0) session_.console.fail();
-  session_.console.note(fmt::format("{} checked, {}", counted(files.size(), "file"), counted(found_, "finding")));
+  consistency.tell([&](const std::string& path, const Finding& finding) { take(path, finding, report); });
+  if (!isNarrowed()) addMissing(files, report);
+  report.end();
+  if (options_.writeBaseline) {
+    if (!whole) throw Failure(fromUtf8(options_.baseline) + u": not written, for not every file was checked");
+    session_.outputs->write(options_.baseline, baseline_.text(), Outputs::Kind::Report, false);
+  } else if (!output.close()) {
+    session_.console.fail();
+  }
+  summary(files.size());
 }
 
 }  // namespace
@@ -301,7 +364,18 @@ void addCheck(Verb program, Session& session) {
   verb.flag("--consistent", options->consistent, "Find one original with two translations, and two originals with one");
   verb.each("--only", options->only, "KIND", "Report this kind only; may be given again", kinds);
   verb.each("--ignore", options->ignore, "KIND", "Do not report this kind; may be given again", kinds);
-  verb.flag("--json", options->json, "JSON lines: an object a finding");
+  verb.text("--changed-since", options->changedSince, "REF", "Check only files that git finds changed since, or new");
+  verb.text("--files-from", options->filesFrom, "FILE",
+            "Check only files that this one lists, a line each, or parted by NUL; `-` is standard input");
+  verb.text("--baseline", options->baseline, "FILE", "Report only findings that this file does not know");
+  verb.flag("--write-baseline", options->writeBaseline, "Report nothing, write what is found to the baseline");
+  verb.choice("--format", [options](const std::string& name) { options->format = formatOf(name); }, "FORMAT",
+              "text, json (an object a line), sarif, or github (marks lines of a pull request)",
+              {"github", "json", "sarif", "text"});
+  verb.flag("--json", options->json, "The same as --format json");
+  verb.choice("--fail-on", [options](const std::string& name) { options->failOn = levelOf(name); }, "SEVERITY",
+              "The least that gives exit status 1: error, warning or note (default note)",
+              {"error", "note", "warning"});
   verb.text("-o,--output", options->output, "FILE", "File for the findings instead of standard output");
   session.addOptions(verb);
   verb.footer(footer);

@@ -5,6 +5,7 @@
 #include <map>
 #include <optional>
 #include <set>
+#include <tuple>
 
 #include "text/ascii.h"
 #include "text/path_names.h"
@@ -358,6 +359,26 @@ void checkLineEnds(Findings& findings, std::string_view oldWork, std::string_vie
   }
 }
 
+// Takes away what the original has too: on the line that a line stands for, or of the whole file in the same words.
+void dropKnown(Findings& findings, std::string_view oldFile, std::string_view oldWork, const Outline& old,
+               const Pairing& pairing) {
+  Findings known(findings.codec());
+  checkScript(known, old, oldFile, oldWork);
+  using Key = std::tuple<std::string_view, std::size_t, std::string_view>;
+  const auto keyOf = [](const Finding& finding, std::size_t line) {
+    const std::string_view kind = finding.kind;
+    return kind == "utf8" || kind == "lacked-byte" ? Key{kind, 0, finding.text} : Key{kind, line, {}};
+  };
+  std::multiset<Key> keys;
+  for (const Finding& finding : known.list()) keys.insert(keyOf(finding, finding.line - 1));
+  std::erase_if(findings.list(), [&](const Finding& finding) {
+    const auto found = keys.find(keyOf(finding, pairing.oldLineOf[finding.line - 1]));
+    if (found == keys.end()) return false;
+    keys.erase(found);
+    return true;
+  });
+}
+
 }  // namespace
 
 void gatherFrozenNames(std::string_view work, const Outline& outline, const std::string& relative, FrozenNames& names) {
@@ -379,9 +400,10 @@ void gatherFrozenNames(std::string_view work, const Outline& outline, const std:
   names.erase(std::string());
 }
 
-void checkAgainst(Findings& findings, std::string_view oldWork, const Outline& old, std::string_view work,
-                  const Outline& outline, bool strict, const FrozenNames* frozen) {
+void checkAgainst(Findings& findings, std::string_view oldFile, std::string_view oldWork, const Outline& old,
+                  std::string_view work, const Outline& outline, bool strict, const FrozenNames* frozen) {
   const Pairing pairing = pairScripts(oldWork, old, work, outline);
+  if (!findings.list().empty()) dropKnown(findings, oldFile, oldWork, old, pairing);
   TextChecks texts(findings, old, work, outline, pairing, strict, frozen);
   for (std::size_t i = 0; i < outline.texts.size(); ++i) {
     if (pairing.oldOf[i] != kNoText) texts.check(i);

@@ -57,6 +57,14 @@ void checkEscapedQuotes(Findings& findings, std::size_t lineNumber, std::string_
 
 }  // namespace
 
+std::uint64_t Findings::hashOfLine(std::string_view line) {
+  while (!line.empty() && (line.front() == ' ' || line.front() == '\t')) line.remove_prefix(1);
+  while (!line.empty() && (line.back() == ' ' || line.back() == '\t')) line.remove_suffix(1);
+  std::uint64_t hash = 0xCBF29CE484222325;  // FNV-1a
+  for (const char c : line) hash = (hash ^ static_cast<unsigned char>(c)) * 0x100000001B3;
+  return hash;
+}
+
 void Findings::addRendering(const TextPair& pair, std::size_t lineNumber, std::string_view line, std::size_t offset) {
   if (!keepsRenderings_ || !pair.record || !hasLetter(pair.before)) return;
   Rendering rendering{lineNumber + 1, counter_.before(line, offset) + 1,

@@ -15,6 +15,7 @@ struct Finding {
   std::size_t column;
   const char* kind;
   std::string text;
+  std::uint64_t lineHash = 0;  // of its line, blanks at the ends aside; the same on every system; 0 for a whole file
 };
 
 // A translation and its original, both UTF-8 without colour codes.
@@ -37,7 +38,7 @@ class Findings {
 
   // `lineNumber` and `offset` (in bytes of the line) count from 0.
   void add(const char* kind, std::size_t lineNumber, std::string_view line, std::size_t offset, std::string text) {
-    list_.push_back({lineNumber + 1, counter_.before(line, offset) + 1, kind, std::move(text)});
+    list_.push_back({lineNumber + 1, counter_.before(line, offset) + 1, kind, std::move(text), hashOfLine(line)});
   }
   // Takes down what has become of a text, where that was asked for; a place as above.
   void addRendering(const TextPair& pair, std::size_t lineNumber, std::string_view line, std::size_t offset);
@@ -48,6 +49,8 @@ class Findings {
   std::string quoted(std::string_view work) const { return quotedText(codec_, work); }
 
  private:
+  static std::uint64_t hashOfLine(std::string_view line);
+
   const Codec& codec_;
   PlaceCounter counter_{codec_, PlaceCounter::Unit::Character};
   std::vector<Finding> list_;
@@ -83,9 +86,10 @@ void checkScript(Findings& findings, const Outline& outline, std::string_view fi
 using FrozenNames = std::unordered_set<std::string>;
 void gatherFrozenNames(std::string_view work, const Outline& outline, const std::string& relative, FrozenNames& names);
 
-// What is wrong with a translated script beside its original. `frozen` may be null.
-void checkAgainst(Findings& findings, std::string_view oldWork, const Outline& old, std::string_view work,
-                  const Outline& outline, bool strict, const FrozenNames* frozen);
+// What is wrong with a translated script beside its original, whose bytes on disk are `oldFile`. Of what was found in
+// the script by itself, that goes which the original has too. `frozen` may be null.
+void checkAgainst(Findings& findings, std::string_view oldFile, std::string_view oldWork, const Outline& old,
+                  std::string_view work, const Outline& outline, bool strict, const FrozenNames* frozen);
 
 // What is wrong with an exchange file; `script` is the outline of its script, whose work bytes are `work`, or null.
 // Records that are as in the script are untranslated only if the script is an original.

@@ -53,9 +53,11 @@ Pairing pairScripts(std::string_view oldWork, const Outline& oldOutline, std::st
   const Skeleton after = skeletonOf(newWork, newOutline);
   Pairing pairing;
   pairing.oldOf.assign(newOutline.texts.size(), kNoText);
+  pairing.oldLineOf.assign(after.lines.size(), kNoText);
   pairing.lineEndsDiffer = !std::equal(std::begin(before.endings), std::end(before.endings), std::begin(after.endings));
 
   const auto pairLines = [&](std::size_t oldLine, std::size_t newLine) {
+    pairing.oldLineOf[newLine] = oldLine;
     const std::size_t count = after.firstText[newLine + 1] - after.firstText[newLine];
     if (before.firstText[oldLine + 1] - before.firstText[oldLine] != count) return;
     for (std::size_t i = 0; i < count; ++i) pairing.oldOf[after.firstText[newLine] + i] = before.firstText[oldLine] + i;

@@ -17,7 +17,8 @@ struct OutsideChange {
 
 // Which text of the original each text of a script stands for.
 struct Pairing {
-  std::vector<std::size_t> oldOf;  // for each text of the new script, kNoText where there is none
+  std::vector<std::size_t> oldOf;      // for each text of the new script, kNoText where there is none
+  std::vector<std::size_t> oldLineOf;  // for each line
   std::vector<OutsideChange> outside;
   bool lineEndsDiffer = false;  // CR LF here, LF there
 };
