@@ -4,7 +4,8 @@
 #include <unordered_set>
 
 #include "platform/failure.h"
-#include "text/ascii.h"
+#include "tool/list/progress.h"
+#include "tool/list/words.h"
 #include "tool/run/for_each_script.h"
 #include "tool/script/outline.h"
 #include "tool/script/pairing.h"
@@ -20,15 +21,14 @@ constexpr char kStatsFooter[] =
     "Examples:\n"
     "  dravenna-lxf stats npc                       a table, a line for each script and one for all\n"
     "  dravenna-lxf stats npc-es --against npc      how far the translation is\n"
+    "  dravenna-lxf stats npc-es --against npc --by-folder --markdown --svg progress.svg\n"
+    "  dravenna-lxf stats es.po --progress          translated, unsure and to do, in texts and words\n"
     "  dravenna-lxf stats npc --left-out            the texts that no exchange file shows, by reason\n"
     "  dravenna-lxf stats npc --json --output stats.json";
 
-struct Options {
-  std::vector<std::string> paths;
-  std::string against;
-  std::string output;
-  bool json = false;
+struct Options : ProgressOptions {
   bool leftOut = false;
+  bool progress = false;
 };
 
 // The figures of a script or of all, in the order of the table.
@@ -58,30 +58,6 @@ struct Outcome {
   Figures figures{};
   Reasons leftOut;
 };
-
-// Bit 0: the byte may begin a word; bit 1: it may stand within one.
-constexpr auto kLetters = [] {
-  std::array<unsigned char, 256> letters{};
-  for (unsigned byte = 0; byte < letters.size(); ++byte) {
-    const char folded = lowerAscii(static_cast<char>(byte));
-    const bool solid = byte >= 0x80 || (folded >= 'a' && folded <= 'z') || (byte >= '0' && byte <= '9');
-    letters[byte] = solid ? 3 : byte == ' ' || byte == '\t' ? 0 : 2;
-  }
-  return letters;
-}();
-
-// Without a branch a byte: texts are long, and their blanks come as they like.
-std::size_t countWords(std::string_view text, std::string& buffer) {
-  std::size_t words = 0;
-  unsigned within = 0;
-  for (const char c : withoutColor(text, buffer)) {
-    const unsigned letter = kLetters[static_cast<unsigned char>(c)];
-    const unsigned now = (letter | within) & (letter >> 1) & 1U;
-    words += now & ~within;
-    within = now;
-  }
-  return words;
-}
 
 std::pair<std::string, std::string> reasonOf(const OutlineText& text, const Outline& outline, const Codec& codec) {
   std::string command;
@@ -239,6 +215,10 @@ class Report {
 };
 
 void run(Session& session, const Options& options) {
+  if (options.progress || options.byFolder || options.markdown || !options.svg.empty()) {
+    if (options.leftOut) throw UsageError("--left-out does not go together with options of the progress");
+    return showProgress(session, options);
+  }
   session.prepare();
   if (options.leftOut && !options.against.empty()) throw UsageError("--left-out and --against do not go together");
   if (!options.against.empty() && session.files->pathKind(options.against) == PathKind::Missing) {
@@ -274,11 +254,17 @@ void run(Session& session, const Options& options) {
 void addStats(Verb program, Session& session) {
   Verb verb = program.verb("stats", "Count texts, words, colour codes, errors, and what is left to do");
   const auto options = std::make_shared<Options>();
-  verb.words("path", options->paths, "PATH...", "Files and folders");
+  verb.words("path", options->paths, "PATH...", "Files and folders; for the progress *.lxf and *.po too");
   verb.text("--against", options->against, "OLDTREE",
             "The tree before it was translated: adds texts done and remaining");
   verb.flag("--left-out", options->leftOut, "The texts that get no record, by reason");
+  verb.flag(
+      "--progress", options->progress,
+      "Translated, unsure and to do, in texts and words of the original; of scripts and *.lxf (with --against), *.po");
+  verb.flag("--by-folder", options->byFolder, "The progress of each folder");
   verb.flag("--json", options->json, "JSON instead of a table");
+  verb.flag("--markdown", options->markdown, "The progress as a table for a README");
+  verb.text("--svg", options->svg, "FILE", "A picture of the progress, with a bar for each folder if by folder");
   verb.text("-o,--output", options->output, "FILE", "File for the result instead of standard output");
   session.addOptions(verb);
   verb.footer(kStatsFooter);
