@@ -21,7 +21,7 @@ struct KeyStroke {
 };
 
 constexpr std::int16_t kKeyBackspace = 8, kKeyTab = 9, kKeyEnd = 35, kKeyHome = 36, kKeyLeft = 37, kKeyRight = 39,
-                       kKeyDel = 46;
+                       kKeyDel = 46, kKeyF9 = 120;
 
 enum class MouseStep { Press, Move, Release };
 

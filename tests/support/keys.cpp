@@ -26,7 +26,7 @@ KeyStroke keyNamed(std::u16string_view name) {
   static const std::pair<std::u16string_view, std::int16_t> kKeys[] = {
       {u"Enter", kKeyEnter},         {u"Esc", kKeyEsc},   {u"Up", kKeyUp},   {u"Down", kKeyDown}, {u"Left", kKeyLeft},
       {u"Right", kKeyRight},         {u"Home", kKeyHome}, {u"End", kKeyEnd}, {u"Tab", kKeyTab},   {u"Del", kKeyDel},
-      {u"Backspace", kKeyBackspace}, {u"F1", kKeyF1},     {u"F3", kKeyF3},   {u"F5", kKeyF5}};
+      {u"Backspace", kKeyBackspace}, {u"F1", kKeyF1},     {u"F3", kKeyF3},   {u"F5", kKeyF5},     {u"F9", kKeyF9}};
   static const std::pair<std::u16string_view, std::int16_t> kModifiers[] = {
       {u"Shift", kShift}, {u"Ctrl", kCtrl}, {u"Alt", kAlt}};
   KeyStroke stroke;

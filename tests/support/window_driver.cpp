@@ -22,11 +22,11 @@ namespace {
 constexpr int kPatience = 60000;
 
 Qt::Key keyOf(std::int16_t code) {
-  constexpr std::int16_t kCodes[] = {kKeyBackspace, kKeyTab,   kKeyEnter, kKeyEsc, kKeyEnd, kKeyHome, kKeyLeft,
-                                     kKeyUp,        kKeyRight, kKeyDown,  kKeyDel, kKeyF1,  kKeyF3,   kKeyF5};
+  constexpr std::int16_t kCodes[] = {kKeyBackspace, kKeyTab,  kKeyEnter, kKeyEsc, kKeyEnd, kKeyHome, kKeyLeft, kKeyUp,
+                                     kKeyRight,     kKeyDown, kKeyDel,   kKeyF1,  kKeyF3,  kKeyF5,   kKeyF9};
   constexpr Qt::Key kKeys[] = {Qt::Key_Backspace, Qt::Key_Tab,  Qt::Key_Return, Qt::Key_Escape, Qt::Key_End,
                                Qt::Key_Home,      Qt::Key_Left, Qt::Key_Up,     Qt::Key_Right,  Qt::Key_Down,
-                               Qt::Key_Delete,    Qt::Key_F1,   Qt::Key_F3,     Qt::Key_F5};
+                               Qt::Key_Delete,    Qt::Key_F1,   Qt::Key_F3,     Qt::Key_F5,     Qt::Key_F9};
   const auto* const found = std::find(std::begin(kCodes), std::end(kCodes), code);
   // Letters, digits and the blank are the same.
   return found == std::end(kCodes) ? static_cast<Qt::Key>(code) : kKeys[found - kCodes];
