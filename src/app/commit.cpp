@@ -18,6 +18,7 @@ void Principal::commit() {
   if (typed != N.SelText() && (wasElsewhere || EDT.BackColor != kBlack)) {
     const std::u16string_view text = neverEmpty(typed);
     const bool title = N.SelColor() == clrTitle;
+    noteChange(text, title);
     platform_.commits.committing(Ini, N.SelText(), text, N.SelStart() > Ini, title);
     if (title) {
       ReplaceTitle(text);

@@ -50,6 +50,7 @@ void Principal::LoadScript() {
     N.clear();
     N.reserve(stream->sizeHint());
     Ini = Fin = xIni = 0;
+    changes_.clear();
     setMousePointer(kHourglass);
     EDT.Visible = false;
     while (!stream->AtEndOfStream()) {

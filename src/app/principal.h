@@ -10,6 +10,7 @@
 #include "color/color_pick.h"
 #include "editing/quote_walk.h"
 #include "editing/quoted_text.h"
+#include "editing/text_change.h"
 #include "platform/controls.h"
 #include "platform/platform.h"
 #include "scan/rich_text_box.h"
@@ -19,7 +20,6 @@
 namespace dravenna {
 
 class Principal;
-struct JournalledCommit;
 
 // Virtual key codes and modifier bits as the handlers take them.
 constexpr std::int16_t kKeyEnter = 13, kKeyEsc = 27, kKeyUp = 38, kKeyDown = 40, kKeyE = 69, kKeyF = 70, kKeyG = 71,
@@ -120,6 +120,11 @@ class Principal {
   // Commits a text as it has been before; what stands there already is let be. False where another text stands.
   bool retype(const JournalledCommit& commit);
 
+  // What has been committed since the load, the oldest first.
+  const std::vector<TextChange>& changes() const { return changes_; }
+  // Goes to the text of a change as a step does, and offers its older wording in EDT, not committed.
+  void offerOlder(std::size_t change);
+
   // Exchange files.
   void mnu_Export_Click();
   void mnu_Import_Click();
@@ -149,8 +154,11 @@ class Principal {
 
   // Selection, commit, stepping, keys, search.
   void commit();
+  void noteChange(std::u16string_view after, bool title);
   void cancel();
   void ShowCurrentText();
+  // The part of a whole text, brackets too, that lies in the selection of N.
+  std::u16string_view selectedPart(std::u16string_view whole) const;
   void ReplaceTitle(std::u16string_view Text);
   void GoNextText(std::int16_t Shift);
   void GoPrevText(std::int16_t Shift);
@@ -173,6 +181,7 @@ class Principal {
   Platform platform_;
   Registry registry_;
   std::vector<MenuPlace> menu_;
+  std::vector<TextChange> changes_;
   // Where the selection of N stands while it is the current text.
   std::int32_t currentStart_ = 0, currentLength_ = 0;
 };

@@ -169,7 +169,7 @@ bool Principal::retype(const JournalledCommit& commit) {
   ShowCurrentText();
   const bool inner = N.SelStart() > Ini;
   if ((N.SelColor() == clrTitle) != commit.title || (inner && commit.after.size() < 2)) return false;
-  EDT.userEdited(inner ? commit.after.substr(1, commit.after.size() - 2) : commit.after, 0, 0);
+  EDT.userEdited(selectedPart(commit.after), 0, 0);
   this->commit();
   return true;
 }

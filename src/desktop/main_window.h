@@ -76,6 +76,7 @@ class MainWindow : public QMainWindow, private Windowing {
   void formResized();
   bool keyPressed(const QObject* object, QKeyEvent& event);
   bool ownKey(const QKeyEvent& event);  // one that the form has no use for
+  void showChanges();
   void showNextErrorLine();
   void showViewMenu(QPoint place, std::size_t offset);
   Control focusedControl() const;

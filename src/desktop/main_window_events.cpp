@@ -7,6 +7,7 @@
 #include <QtWidgets/QMenu>
 #include <QtWidgets/QMenuBar>
 
+#include "desktop/changes_dialog.h"
 #include "desktop/edit_box.h"
 #include "desktop/key_codes.h"
 #include "desktop/main_window.h"
@@ -99,6 +100,9 @@ bool MainWindow::ownKey(const QKeyEvent& event) {
       if (!EDT_->hasFocus()) return false;
       N_->scrollPages(event.key() == Qt::Key_PageUp ? -1 : 1);
       return true;
+    case Qt::Key_F6:
+      showChanges();
+      return true;
     case Qt::Key_F9:
       showNextErrorLine();
       return true;
@@ -108,6 +112,14 @@ bool MainWindow::ownKey(const QKeyEvent& event) {
     default:
       return false;
   }
+}
+
+void MainWindow::showChanges() {
+  if (!takesInput() || !principal_.ScriptLoaded) return;
+  EDT_->takeOver();
+  ChangesDialog dialog(principal_, this);
+  if (dialog.exec() != QDialog::Accepted) return;
+  handle([this, &dialog] { principal_.offerOlder(dialog.chosen()); });
 }
 
 void MainWindow::showNextErrorLine() {

@@ -40,10 +40,10 @@ extern const Setting mnuFile, mnuOpen, mnuExport, mnuImport, mnuSave, mnuExit, m
 
 // Those under kDesktopLangKey.
 namespace desktop_words {
-extern const Setting ScriptIsTarget, StatusText, StatusLine, StatusModified, LooksUtf8, BytesLacked, OtherPage,
-    ChangedOnDisk, NotOpened, Rescued, RescuedTexts, RescuedFile, Restore, ThrowAway, TextsRestored, NotRescued,
-    HowToBegin, Copy, CopyLine, StatusErrors;
-}
+#define WORD(name, fallback, use) extern const Setting name;
+#include "settings/desktop_words.inc"
+#undef WORD
+}  // namespace desktop_words
 
 // All 34 words under kLangKey, and those under kDesktopLangKey, for whoever makes a language pack.
 std::span<const Setting* const> allWords();

@@ -219,6 +219,46 @@ TEST_F(MainWindowTest, TheErrorLinesAreShownOneAfterTheOther) {
   EXPECT_EQ(shown(), last);
 }
 
+TEST_F(MainWindowTest, AnOlderTextComesBackIntoTheBox) {
+  folder.put("sub/gate.txt", "mes \"[who]\";\r\nmes \"one\";\r\nmes \"[who]\";\r\n");
+  Principal& form = start(u"sub/gate.txt").principal();
+  const auto type = [&](std::u16string_view text, std::int16_t key = 0, std::int16_t shift = 0) {
+    window->handle([&] {
+      form.EDT.userEdited(text, 0, 0);
+      form.dispatchKey({key, shift, 0, Control::EDT});
+    });
+  };
+  const auto choose = [&](int row) {
+    QTimer::singleShot(0, window.get(), [row] {
+      auto& dialog = *qobject_cast<QDialog*>(QApplication::activeModalWidget());
+      auto& list = *dialog.findChild<QTreeWidget*>();
+      list.setCurrentItem(list.topLevelItem(row));
+      EXPECT_EQ(list.currentItem()->text(0), row == 0 ? QStringLiteral("2") : QStringLiteral("1"));
+      dialog.accept();
+    });
+    QTest::keyClick(&window->editBox(), Qt::Key_F6);
+  };
+  type(u"a longer one", kKeyUp, kShift);  // to the title
+  type(u"him", kKeyEnter);
+  type(u"\"her\"");
+  choose(0);
+  const std::u16string later = u"mes \"['her']\";\r\nmes \"a longer one\";\r\nmes \"['her']\";\r\n";
+  EXPECT_EQ(form.N.Text(), later);  // what was typed has been committed, as by a step
+  EXPECT_EQ(form.N.SelText(), u"a longer one");
+  EXPECT_EQ(window->editBox().text(), QStringLiteral("one"));
+  EXPECT_NE(form.EDT.BackColor, 0U);
+  QTest::keyClick(&window->editBox(), Qt::Key_Escape);
+  EXPECT_EQ(form.EDT.Text(), u"a longer one");
+  choose(1);
+  EXPECT_EQ(form.EDT.Text(), u"who");
+  QTest::keyClick(&window->editBox(), Qt::Key_Return);
+  EXPECT_EQ(form.N.Text(), u"mes \"[who]\";\r\nmes \"a longer one\";\r\nmes \"[who]\";\r\n");
+  EXPECT_EQ(form.changes().size(), 4U);
+  form.Modified = false;
+  window->open(folder.path("sub/gate"));
+  EXPECT_TRUE(form.changes().empty());
+}
+
 // What the window adds to the keyboard changes nothing that the form sees.
 TEST_F(MainWindowTest, AThousandKeysDoWhatTheyDoWithoutAWindow) {
   std::string script;
