@@ -1,5 +1,7 @@
 #include "app/status.h"
 
+#include <algorithm>
+
 #include "app/disk_watch.h"
 #include "app/principal.h"
 #include "text/code_page.h"
@@ -10,6 +12,11 @@ namespace dravenna {
 namespace {
 
 std::u16string number(std::size_t value) { return decimal(static_cast<std::int64_t>(value)); }
+
+std::u16string textOf(std::u16string_view word, const TextCount::Place& place) {
+  return replaceAll(replaceAll(word, u"%2", number(place.count)), u"%1",
+                    place.number == 0 ? u"\u2013" : number(place.number));
+}
 
 }  // namespace
 
@@ -24,10 +31,16 @@ bool Status::wanted() {
 }
 
 const Status::Words& Status::words() {
+  using namespace desktop_words;
   const auto word = [this](const Setting& setting) { return read(form_.registry(), setting); };
   if (!words_) {
-    words_ =
-        Words{word(desktop_words::StatusText), word(desktop_words::StatusLine), word(desktop_words::StatusModified)};
+    words_ = Words{word(StatusText),
+                   word(StatusLine),
+                   word(StatusModified),
+                   word(StatusErrors),
+                   word(NotCommitted),
+                   {word(ClassScript), word(ClassComment), word(ClassScript), word(ClassError), word(ClassTitle),
+                    word(ClassMessage), word(ClassCode)}};
   }
   return *words_;
 }
@@ -42,13 +55,11 @@ Status::Parts Status::parts() {
   parts.pageDoubt = pageDoubt();
   if (form_.Modified) parts.modified = words().modified;
   if (form_.N.Text().empty()) return parts;
-  const TextCount::Place place = count_.place(form_.N, {form_.NavMode, form_.HasMessages, form_.HasCode, 0}, form_.Ini);
-  parts.text = replaceAll(replaceAll(words().text, u"%2", number(place.count)), u"%1",
-                          place.number == 0 ? u"\u2013" : number(place.number));
-  parts.line = replaceAll(words().line, u"%1", number(place.line));
+  const TextCount::Place here = place();
+  parts.text = textOf(words().text, here);
+  parts.line = lineOf(here.line);
   if (const ErrorLines::Count& errors = errorLines_.count(form_.N); errors.lines > 0) {
-    parts.errors = replaceAll(readFilled(form_.registry(), desktop_words::StatusErrors, number(errors.lines)), u"%2",
-                              number(errors.first));
+    parts.errors = replaceAll(replaceAll(words().errors, u"%2", number(errors.first)), u"%1", number(errors.lines));
   }
   return parts;
 }
@@ -61,6 +72,37 @@ std::u16string Status::pageDoubt() {
   const PageInUse page = disk_.page();
   if (page.looksUtf8 && page.number != kUtf8CodePage) return read(form_.registry(), desktop_words::LooksUtf8);
   return lacked_ == 0 ? std::u16string() : readFilled(form_.registry(), desktop_words::BytesLacked, number(lacked_));
+}
+
+TextCount::Place Status::place() {
+  return count_.place(form_.N, {form_.NavMode, form_.HasMessages, form_.HasCode, 0}, form_.Ini);
+}
+
+std::u16string Status::className(std::size_t offset) {
+  if (offset >= form_.N.Text().size()) return {};
+  return words().classes.at(static_cast<std::size_t>(segmentOf(form_.N.colorAt(offset)))) + u". ";
+}
+
+std::u16string Status::lineOf(std::size_t number) {
+  return replaceAll(words().line, u"%1", decimal(static_cast<std::int64_t>(number)));
+}
+
+std::u16string Status::spokenText() {
+  if (form_.Ini == 0) return {};
+  const TextCount::Place here = place();
+  std::u16string spoken =
+      className(static_cast<std::size_t>(form_.Ini)) + textOf(words().text, here) + u". " + lineOf(here.line);
+  if (form_.EDT.BackColor != 0) spoken += u". " + words().notCommitted;
+  return spoken;
+}
+
+std::u16string Status::spokenPlace(std::size_t offset) { return className(offset) + lineOf(place().line); }
+
+std::u16string Status::spokenLine(std::size_t offset) {
+  const std::u16string& text = form_.N.Text();
+  const auto before = std::count(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(offset), u'\n');
+  return className(offset) + lineOf(static_cast<std::size_t>(before) + 1) + u". " +
+         text.substr(offset, text.find(u"\r\n", offset) - offset);
 }
 
 void Status::lookAtDisk() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -36,6 +37,12 @@ class Status {
   // The name of a code page for the user; empty for 0.
   static std::u16string pageName(int number);
 
+  // What the colours tell the eye, in words. Of the current text: its class, its number, its line, and whether the box
+  // holds something to commit. Of a place of N: the class of the character there, and the line of the caret.
+  std::u16string spokenText();
+  std::u16string spokenPlace(std::size_t offset);
+  std::u16string spokenLine(std::size_t offset);  // class, number and text of the line that begins there
+
   // How many finds of the rescue folder wait.
   void setRescued(std::size_t finds);
 
@@ -47,10 +54,14 @@ class Status {
 
  private:
   struct Words {
-    std::u16string text, line, modified;
+    std::u16string text, line, modified, errors, notCommitted;
+    std::array<std::u16string, 7> classes;  // in the order of the segments
   };
   const Words& words();
   std::u16string pageDoubt();
+  std::u16string className(std::size_t offset);
+  std::u16string lineOf(std::size_t number);
+  TextCount::Place place();
 
   Principal& form_;
   DiskWatch& disk_;

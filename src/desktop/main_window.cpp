@@ -172,6 +172,7 @@ void MainWindow::synchronise() {
 }
 
 void MainWindow::showStatus() {
+  describe();
   if (!looked_) lookForRescued();
   const Status::Parts parts = status_.parts();
   if (statusPlace_ == nullptr) {
@@ -185,6 +186,14 @@ void MainWindow::showStatus() {
     };
   }
   statusPlace_->setParts(parts);
+}
+
+void MainWindow::describe() {
+  const auto tell = [](QWidget& control, const QString& words) {
+    if (control.accessibleDescription() != words) control.setAccessibleDescription(words);
+  };
+  tell(*EDT_, toQt(status_.spokenText()));
+  tell(*N_, principal_.N.Text().empty() ? N_->hint() : toQt(status_.spokenPlace(N_->caret())));
 }
 
 void MainWindow::lookForRescued() {

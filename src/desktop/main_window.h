@@ -86,6 +86,7 @@ class MainWindow : public QMainWindow, private Windowing {
   void reloadIn(int codePage);
   void openDropped(const std::vector<std::u16string>& paths);
 
+  void describe();  // to screen readers, what colour tells the eye
   void lookForRescued();
   void showRescued();
   void restore(const Rescue::Find& find);

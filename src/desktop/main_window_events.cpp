@@ -126,6 +126,7 @@ void MainWindow::showNextErrorLine() {
   const std::size_t line = nextErrorLine(principal_.N, N_->placeShown());
   if (line == std::u16string::npos) return onBeep();
   N_->showLine(line);
+  EDT_->setAccessibleDescription(toQt(status_.spokenLine(line)));
 }
 
 void MainWindow::showViewMenu(QPoint place, std::size_t offset) {

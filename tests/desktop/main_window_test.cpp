@@ -259,6 +259,25 @@ TEST_F(MainWindowTest, AnOlderTextComesBackIntoTheBox) {
   EXPECT_TRUE(form.changes().empty());
 }
 
+TEST_F(MainWindowTest, ScreenReadersAreToldWhatColourTellsTheEye) {
+  folder.put("sub/gate.txt", "mes \"[who]\";\r\nmes \"one\"; // said\r\nmes \"odd;\r\n");
+  start(u"sub/gate.txt");
+  const auto told = [this](QWidget& control) {
+    window->showStatus();
+    return QAccessible::queryAccessibleInterface(&control)->text(QAccessible::Description);
+  };
+  EditBox& box = window->editBox();
+  EXPECT_EQ(told(box), QStringLiteral("Message. Text 1 of 1. Line 2"));
+  QTest::keyClicks(&box, QStringLiteral("x"));
+  EXPECT_EQ(told(box), QStringLiteral("Message. Text 1 of 1. Line 2. Changed, not committed"));
+  QTest::keyClick(&box, Qt::Key_Up, Qt::ShiftModifier);
+  EXPECT_EQ(told(box), QStringLiteral("Title. Text \u2013 of 1. Line 1"));
+  QTest::keyClick(&box, Qt::Key_F9);
+  EXPECT_EQ(box.accessibleDescription(), QStringLiteral("Line with errors. Line 3. mes \"odd;"));
+  window->scriptView().moveCaret(window->principal().N.Text().find(u"said"), false);
+  EXPECT_EQ(told(window->scriptView()), QStringLiteral("Comment. Line 2"));
+}
+
 // What the window adds to the keyboard changes nothing that the form sees.
 TEST_F(MainWindowTest, AThousandKeysDoWhatTheyDoWithoutAWindow) {
   std::string script;
