@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <map>
-#include <mutex>
 #include <unordered_set>
 
 #include "platform/failure.h"
@@ -100,12 +99,11 @@ Progress ProgressRun::measureExchangeFile(const Script& script, Buffers& buffers
 }
 
 ProgressRun::Rows ProgressRun::measurePo(const Script& script) const {
-  static std::mutex mutex;  // the library reads one file at a time
-  const std::lock_guard lock(mutex);
   Rows rows;
   std::string buffer;
   session_.outputs->addInput(script.path);
-  for (const PoEntry& entry : readPoFile(*session_.files, script.path)) {
+  const PoFile file = readPoFile(*session_.files, script.path);
+  for (const PoEntry& entry : file.entries) {
     const bool ofFolder = options_.byFolder && !entry.file.empty();
     const TextState state = entry.text.empty() ? stateOf(entry.id, true)
                             : entry.fuzzy      ? TextState::Unsure
