@@ -39,6 +39,8 @@ const Status::Words& Status::words() {
                    word(StatusModified),
                    word(StatusErrors),
                    word(NotCommitted),
+                   word(LooksUtf8),
+                   word(BytesLacked),
                    {word(ClassScript), word(ClassComment), word(ClassScript), word(ClassError), word(ClassTitle),
                     word(ClassMessage), word(ClassCode)}};
   }
@@ -70,8 +72,8 @@ std::u16string Status::pageDoubt() {
     lackedUses_ = disk_.uses();
   }
   const PageInUse page = disk_.page();
-  if (page.looksUtf8 && page.number != kUtf8CodePage) return read(form_.registry(), desktop_words::LooksUtf8);
-  return lacked_ == 0 ? std::u16string() : readFilled(form_.registry(), desktop_words::BytesLacked, number(lacked_));
+  if (page.looksUtf8 && page.number != kUtf8CodePage) return words().looksUtf8;
+  return lacked_ == 0 ? std::u16string() : replaceAll(words().bytesLacked, u"%1", number(lacked_));
 }
 
 TextCount::Place Status::place() {

@@ -54,7 +54,7 @@ class Status {
 
  private:
   struct Words {
-    std::u16string text, line, modified, errors, notCommitted;
+    std::u16string text, line, modified, errors, notCommitted, looksUtf8, bytesLacked;
     std::array<std::u16string, 7> classes;  // in the order of the segments
   };
   const Words& words();

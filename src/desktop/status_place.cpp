@@ -114,7 +114,8 @@ void StatusPlace::arrange() {
   page_->setText(pageText());
   const int frame = page_->sizeHint().width() - page_->fontMetrics().size(Qt::TextShowMnemonic, page_->text()).width();
   const int least = page_->fontMetrics().horizontalAdvance(displayText(parts_.page) + QStringLiteral("\u2026"));
-  const int wanted = std::max(least, parts_.notice.empty() ? room - kGap - frame : room / 2);
+  const bool alone = parts_.notice.empty() && parts_.errors.empty();
+  const int wanted = std::max(least, alone ? room - kGap - frame : room / 2);
   page_->setText(page_->fontMetrics().elidedText(pageText(), Qt::ElideRight, wanted));
   give(page_);
   if (room - kGap >= kLeastNotice) {

@@ -5,7 +5,6 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
-#include <optional>
 #include <string>
 #include <utility>
 
@@ -34,47 +33,10 @@ std::size_t findLineFeed(std::u16string_view text, std::size_t from) {
   return text.size();
 }
 
-// All of another source, read at once. Where that fails, this does so behind what could be read.
-class ReadAhead : public ByteSource {
- public:
-  explicit ReadAhead(std::unique_ptr<ByteSource> source) : source_(std::move(source)) {
-    bytes_.reserve(source_->size() + kChunk);
-    std::size_t count = 0;
-    failure_ = attempt([&] {
-      do {
-        bytes_.resize(at_ + kChunk);
-        count = source_->read(bytes_.data() + at_, kChunk);
-        at_ += count;
-      } while (count != 0);
-    });
-    bytes_.resize(std::exchange(at_, 0));
-  }
-
-  std::string_view bytes() const { return bytes_; }
-  bool failed() const { return failure_.has_value(); }
-
-  std::size_t size() override { return bytes_.size(); }
-  std::size_t read(char* to, std::size_t size) override {
-    const std::size_t count = bytes_.copy(to, size, at_);
-    at_ += count;
-    if (count == 0 && failure_) throw *failure_;
-    return count;
-  }
-  void close() override { source_->close(); }
-
- private:
-  std::unique_ptr<ByteSource> source_;
-  std::string bytes_;
-  std::size_t at_ = 0;
-  std::optional<Failure> failure_;
-};
-
 class DecodingReader : public TextReader {
  public:
   DecodingReader(CodePagePtr codePage, std::unique_ptr<ByteSource> source)
       : codePage_(std::move(codePage)), source_(std::move(source)), size_(source_->size()) {}
-  DecodingReader(PageChooser choose, std::unique_ptr<ByteSource> source)
-      : choose_(std::move(choose)), source_(std::move(source)), size_(source_->size()) {}
 
   std::size_t sizeHint() const override { return size_; }
 
@@ -125,11 +87,6 @@ class DecodingReader : public TextReader {
 
   // Reads one chunk and appends its text behind what has not been read of the last one.
   void fill() {
-    if (!codePage_) {
-      auto whole = std::make_unique<ReadAhead>(std::move(source_));
-      codePage_ = choose_(whole->bytes(), !whole->failed());
-      source_ = std::move(whole);
-    }
     text_.erase(0, next_);
     next_ = 0;
     const std::size_t count = source_->read(bytes_.data() + carried_, bytes_.size() - carried_);
@@ -140,8 +97,7 @@ class DecodingReader : public TextReader {
     std::memmove(bytes_.data(), bytes.data() + bytes.size() - carried_, carried_);
   }
 
-  CodePagePtr codePage_;  // null until it is chosen
-  PageChooser choose_;
+  CodePagePtr codePage_;
   std::unique_ptr<ByteSource> source_;
   std::size_t size_;
   std::array<char, kChunk> bytes_;
@@ -240,10 +196,6 @@ class EncodingWriter : public TextWriter {
 
 std::unique_ptr<TextReader> makeTextReader(CodePagePtr codePage, std::unique_ptr<ByteSource> source) {
   return std::make_unique<DecodingReader>(std::move(codePage), std::move(source));
-}
-
-std::unique_ptr<TextReader> makeTextReader(PageChooser choose, std::unique_ptr<ByteSource> source) {
-  return std::make_unique<DecodingReader>(std::move(choose), std::move(source));
 }
 
 std::unique_ptr<TextWriter> makeTextWriter(CodePagePtr codePage, Writing writing, std::unique_ptr<ByteSink> sink) {

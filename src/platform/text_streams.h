@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstddef>
-#include <functional>
 #include <memory>
 #include <string_view>
 
@@ -28,10 +27,6 @@ class ByteSink {
 };
 
 std::unique_ptr<TextReader> makeTextReader(CodePagePtr codePage, std::unique_ptr<ByteSource> source);
-
-// The code page is chosen at the first read, by all bytes that can be read; `whole`: the file has no others.
-using PageChooser = std::function<CodePagePtr(std::string_view bytes, bool whole)>;
-std::unique_ptr<TextReader> makeTextReader(PageChooser choose, std::unique_ptr<ByteSource> source);
 
 // With Writing::Replace the sink is given up at the first failure, for its text is not whole any more; with InPlace
 // what could be encoded is written, by the destructor at the latest.

@@ -12,6 +12,13 @@ enum class HighBytes {
   Other,
 };
 
+// Of two texts, one behind the other.
+constexpr HighBytes both(HighBytes one, HighBytes other) {
+  if (one == HighBytes::Other || other == HighBytes::Other) return HighBytes::Other;
+  if (one == HighBytes::None) return other;
+  return other == HighBytes::None ? one : HighBytes::Utf8;
+}
+
 // At the speed of memory where there are none; ends at the first byte that is no UTF-8.
 HighBytes highBytesOf(std::string_view bytes);
 

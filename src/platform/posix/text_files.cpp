@@ -23,14 +23,16 @@ namespace {
 class PosixTextFiles : public TextFiles {
  public:
   PosixTextFiles(CodePagePtr codePage, SystemCalls& calls, Utf8Scripts utf8)
-      : scriptPage_(std::move(codePage), utf8), calls_(calls) {}
+      : scriptPage_(std::move(codePage), utf8, [this](std::u16string_view path) { return sourceOf(path); }),
+        calls_(calls) {}
 
   std::unique_ptr<TextReader> OpenTextFile(std::u16string_view path) override {
     return makeTextReader(scriptPage_.page(), sourceOf(path));
   }
 
   std::unique_ptr<TextReader> openScript(std::u16string_view path) override {
-    return makeTextReader(scriptPage_.chooserFor(path), sourceOf(path));
+    scriptPage_.take(path);
+    return OpenTextFile(path);
   }
 
   std::unique_ptr<TextWriter> CreateTextFile(std::u16string_view path, Writing writing) override {
