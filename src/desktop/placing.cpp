@@ -1,6 +1,7 @@
 #include "desktop/placing.h"
 
 #include <QtCore/QEvent>
+#include <QtGui/QWindow>
 #include <QtWidgets/QWidget>
 #include <utility>
 
@@ -11,18 +12,22 @@ Placing::Placing(QWidget& window, Choice choice) : QObject(&window), window_(win
   window.installEventFilter(this);
 }
 
+QSize Placing::withFrame() const {
+  const QWindow* handle = window_.windowHandle();
+  return handle == nullptr ? window_.frameGeometry().size() : window_.size().grownBy(handle->frameMargins());
+}
+
 void Placing::place() {
-  placed_ = window_.frameGeometry().size();
+  placed_ = withFrame();
   window_.move(choice_(placed_));
 }
 
 bool Placing::eventFilter(QObject*, QEvent* event) {
-  const bool framed = window_.frameGeometry().size() != window_.size();
-  if (window_.isVisible() && framed && (event->type() == QEvent::Move || event->type() == QEvent::Paint)) {
-    window_.removeEventFilter(this);
-    if (window_.frameGeometry().size() != placed_) place();
-    deleteLater();
-  }
+  // No event tells of the frame. Before this one its size may be unknown, or even smaller than the window.
+  if (event->type() != QEvent::WindowActivate) return false;
+  window_.removeEventFilter(this);
+  if (withFrame() != placed_) place();
+  deleteLater();
   return false;
 }
 

@@ -19,6 +19,7 @@ class Placing final : public QObject {
   bool eventFilter(QObject* object, QEvent* event) override;
 
  private:
+  QSize withFrame() const;
   void place();
 
   QWidget& window_;
