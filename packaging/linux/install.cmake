@@ -35,7 +35,7 @@ if(DRAVENNA_DESKTOP)
   <screenshots>
     <screenshot type=\"default\">
       <caption>A script with a text that is being edited</caption>
-      <image>${DRAVENNA_SITE}/window.png</image>
+      <image>${DRAVENNA_SITE}/pictures/typed.png</image>
     </screenshot>
   </screenshots>\n")
   endif()
@@ -52,7 +52,8 @@ if(DRAVENNA_DESKTOP)
   install(FILES ${icons}/dravenna.svg DESTINATION ${share}/icons/hicolor/scalable/apps COMPONENT window)
   install(DIRECTORY lang DESTINATION ${share}/dravenna COMPONENT window)
   install(FILES README.md DESTINATION ${doc}/dravenna COMPONENT window)
-  install(FILES docs/window.png DESTINATION ${doc}/dravenna/docs COMPONENT window)
+  install(FILES docs/window.md DESTINATION ${doc}/dravenna/docs COMPONENT window)
+  install(DIRECTORY docs/pictures DESTINATION ${doc}/dravenna/docs COMPONENT window PATTERN make EXCLUDE)
   install(FILES samples/gate.txt DESTINATION ${doc}/dravenna/examples COMPONENT window)
 endif()
 
