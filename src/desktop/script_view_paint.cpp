@@ -56,8 +56,8 @@ void ScriptView::paintBlock(QPainter& painter, std::size_t block, int y, const Q
   for (int row = 0; row < layout.lineCount() && shownLength_ > 0; ++row) {
     const QTextLine line = layout.lineAt(row);
     const auto inRow = [&](std::size_t offset) {
-      const auto at = static_cast<std::size_t>(line.textStart());
-      return static_cast<int>(std::clamp(std::max(offset, begin) - begin, at, at + line.textLength()));
+      const auto within = static_cast<int>(std::max(offset, begin) - begin);
+      return std::clamp(within, line.textStart(), line.textStart() + line.textLength());
     };
     const bool lastRow = row + 1 == layout.lineCount();
     const bool lineEnd = lastRow && shownStart_ <= end && end < selectionEnd;  // shows as one character
