@@ -17,7 +17,6 @@ constexpr std::size_t kShownCharacters = 60;
 constexpr std::size_t kShownTokens = 5;
 constexpr std::array kTokenKinds = {"item-code", "tag", "placeholder", "number"};
 
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
 bool isLetter(char c) { return lowerAscii(c) >= 'a' && lowerAscii(c) <= 'z'; }
 bool isOneOf(char c, std::string_view set) { return set.find(c) != std::string_view::npos; }
 
@@ -51,12 +50,12 @@ std::size_t tagEnd(std::string_view text, std::size_t at) {
 }
 
 // `%d`, `%-5s`, `%1$s`, `%%`; but neither "100% sure" nor "50%off".
-std::size_t placeholderEnd(std::string_view text, std::size_t at) {
+std::size_t placeholderEnd(std::string_view text, std::size_t at, bool behindNumber) {
   std::size_t end = skip(text, at + 1, "0123456789$+-#");
   if (end < text.size() && text[end] == '.') end = skip(text, end + 1, kDigits);
   end = skip(text, end, "hlzjt");
   if (end >= text.size() || !isOneOf(text[end], "dsuixXcf%")) return at;
-  const bool percentage = at > 0 && isDigit(text[at - 1]) && end + 1 < text.size() && isLetter(text[end + 1]);
+  const bool percentage = behindNumber && end + 1 < text.size() && isLetter(text[end + 1]);
   return percentage ? at : end + 1;
 }
 
@@ -146,9 +145,11 @@ bool mayMove(std::string_view kind) { return kind == "number" || kind == "item-c
 
 std::vector<Token> tokensOf(std::string_view text) {
   std::vector<Token> tokens;
+  std::size_t numberEndsAt = std::string_view::npos;
   for (std::size_t at = text.find_first_of("^<%0123456789"); at < text.size();
        at = text.find_first_of("^<%0123456789", at)) {
     if (text[at] == '^' && countColorCodes(text.substr(at, 7)) == 1) {
+      tokens.push_back({"color-code", at, std::string(text.substr(at, 7))});
       at += 7;
       continue;
     }
@@ -163,9 +164,9 @@ std::vector<Token> tokensOf(std::string_view text) {
       end = tagEnd(text, at);
     } else if (text[at] == '%') {
       kind = "placeholder";
-      end = placeholderEnd(text, at);
+      end = placeholderEnd(text, at, numberEndsAt == at);
     } else {
-      end = numberEnd(text, at, digits);
+      end = numberEndsAt = numberEnd(text, at, digits);
     }
     if (end > at) tokens.push_back({kind, at, digits.empty() ? std::string(text.substr(at, end - at)) : digits});
     at = std::max(end, at + 1);

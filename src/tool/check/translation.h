@@ -32,7 +32,7 @@ void findPlus(std::string_view work, const OutlineText& text, TextPair& pair);
 
 // What a translation must not change, in the order of the text.
 struct Token {
-  const char* kind;  // item-code, tag, placeholder, number
+  const char* kind;  // color-code, item-code, tag, placeholder, number
   std::size_t begin;
   std::string text;  // of a number only its digits
 };

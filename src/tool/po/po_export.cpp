@@ -11,6 +11,7 @@
 #include "tool/po/po.h"
 #include "tool/po/po_file.h"
 #include "tool/po/po_text.h"
+#include "tool/po/server_texts.h"
 #include "tool/run/for_each_script.h"
 #include "tool/run/notices.h"
 
@@ -53,8 +54,9 @@ class PoExport {
   Outcome readScript(const Script& script, const OldVersion* oldVersion) const;
   PoEntry entryOf(const Script& script, const Codec& codec, const OutlineText& text, std::string context,
                   const CarriedText& carried, const OldVersion::Carried& version) const;
-  std::string addServerEntry(const LoadedScript& script, const OutlineText& text, const CarriedText& carried,
-                             ServerEntries& entries) const;
+  void readServerTexts(const Script& script, const LoadedScript& loaded, const std::vector<CarriedText>& carried,
+                       Outcome& outcome) const;
+  std::string addServerEntry(const LoadedScript& script, const ServerText& text, ServerEntries& entries) const;
   void refuseDoubles(const std::vector<Script>& scripts) const;
   void write(const std::string& path, Outcome&& outcome);
   void takeOverComments(const std::string& path, PoFile& file);
@@ -92,31 +94,45 @@ PoEntry PoExport::entryOf(const Script& script, const Codec& codec, const Outlin
 
 // One entry as the server's reader takes it: it knows no escapes but \" and no lines that go on, and of several entries
 // of one NPC with one msgid it finds the first. Gives why something is left out, or nothing.
-std::string PoExport::addServerEntry(const LoadedScript& script, const OutlineText& text, const CarriedText& carried,
-                                     ServerEntries& entries) const {
+std::string PoExport::addServerEntry(const LoadedScript& script, const ServerText& text, ServerEntries& entries) const {
   std::string buffer;
   const auto fileBytes = [&](std::string_view work) { return std::string(script.in.codec.toFile(work, buffer)); };
-  const std::string_view npc = script.outline.npcs[text.npc];
+  const std::string_view npc = script.outline.npcs[text.first->npc];
+  if (!fitsPo(text.text)) return "control characters";
   if (npc.empty()) return "it stands in no NPC";
   const std::string context = fmt::format("msgctxt \"{}\"\n", fileBytes(npc));
   const std::string id = fmt::format("msgid \"{}\"\n", fileBytes(text.text));
-  const bool sure = carried.state == CarryState::Carried;
-  const std::string translation = fmt::format("msgstr \"{}\"\n", sure ? fileBytes(carried.translation) : std::string());
+  const std::string translation = fmt::format("msgstr \"{}\"\n", fileBytes(text.translation));
   const auto tooLong = [](const std::string& line) { return line.size() >= kServerLine; };
   if (tooLong(context) || tooLong(id) || tooLong(translation)) return "too long for the server";
   const auto [found, fresh] = entries.byKey.emplace(context + id, entries.list.size());
   if (fresh) {
-    entries.list.push_back({context + id, translation, text.lineNumber});
+    entries.list.push_back({context + id, translation, text.first->lineNumber});
     return {};
   }
   ServerEntry& first = entries.list[found->second];
-  if (!sure || carried.translation.empty() || first.translation == translation) return {};
+  if (text.translation.empty() || first.translation == translation) return {};
   if (first.translation == "msgstr \"\"\n") {
     first.translation = translation;
-    first.line = text.lineNumber;
+    first.line = text.first->lineNumber;
     return {};
   }
   return fmt::format("line {} has another translation of the same text of the NPC", first.line + 1);
+}
+
+void PoExport::readServerTexts(const Script& script, const LoadedScript& loaded,
+                               const std::vector<CarriedText>& carried, Outcome& outcome) const {
+  const auto leave = [&](const OutlineText& text, const std::string& why) {
+    outcome.left.push_back({script.path, text.lineNumber + 1, "left out", "", 0, why});
+  };
+  const ServerTexts texts = serverTextsOf(loaded, carried);
+  for (const ServerTexts::Left& left : texts.left) leave(*left.record, left.why);
+  ServerEntries entries;
+  for (const ServerText& text : texts.list) {
+    if (const std::string why = addServerEntry(loaded, text, entries); !why.empty()) leave(*text.first, why);
+  }
+  outcome.serverMessages = entries.list.size();
+  for (const ServerEntry& entry : entries.list) outcome.serverEntries += entry.key + entry.translation + "\n";
 }
 
 Outcome PoExport::readScript(const Script& script, const OldVersion* oldVersion) const {
@@ -128,26 +144,24 @@ Outcome PoExport::readScript(const Script& script, const OldVersion* oldVersion)
   outcome.warning = version.warning;
   outcome.unfit = version.unfit;
   const Codec& codec = loaded->in.codec;
+  if (options_.forServer) {
+    readServerTexts(script, *loaded, version.result.texts, outcome);
+    return outcome;
+  }
   PoContexts contexts(codec, script.relative);
-  ServerEntries serverEntries;
   for (std::size_t i = 0; i < loaded->records.size(); ++i) {
     const OutlineText& text = *loaded->records[i];
     std::string context = contexts.next(*loaded, text);
     if (text.text.empty()) continue;
-    std::string why;
     if (!fitsPo(text.text)) {
-      why = "control characters";
-    } else if (options_.forServer) {
-      why = addServerEntry(*loaded, text, version.result.texts[i], serverEntries);
+      outcome.left.push_back({script.path, text.lineNumber + 1, "left out", "", 0, "control characters"});
     } else {
       outcome.entries.push_back(entryOf(script, codec, text, std::move(context), version.result.texts[i], version));
-    }
-    if (!why.empty()) {
-      outcome.left.push_back({script.path, text.lineNumber + 1, "left out", "", 0, why});
+      const std::vector<std::string> around = surroundingsOf(*loaded, i);
+      std::vector<std::string>& comments = outcome.entries.back().comments;
+      comments.insert(comments.end(), around.begin(), around.end());
     }
   }
-  outcome.serverMessages = serverEntries.list.size();
-  for (const ServerEntry& entry : serverEntries.list) outcome.serverEntries += entry.key + entry.translation + "\n";
   return outcome;
 }
 

@@ -6,6 +6,7 @@
 
 #include "platform/failure.h"
 #include "text/text.h"
+#include "tool/check/translation.h"
 #include "tool/script/breaks.h"
 #include "tool/script/merge.h"
 
@@ -13,8 +14,10 @@ namespace dravenna {
 
 namespace {
 
-constexpr char16_t kItself = 0xEF7F;       // what follows, from here to kLastOpaque, stands for itself
-constexpr char16_t kFirstOpaque = 0xEF80;  // stands for the byte 0x80
+constexpr std::string_view kHexDigits = "0123456789abcdefABCDEF";
+constexpr std::ptrdiff_t kSpeakerReach = 50;  // texts
+constexpr char16_t kItself = 0xEF7F;          // what follows, from here to kLastOpaque, stands for itself
+constexpr char16_t kFirstOpaque = 0xEF80;     // stands for the byte 0x80
 constexpr char16_t kLastOpaque = 0xEFFF;
 
 std::string utf8Of(std::u16string_view text) {
@@ -65,6 +68,37 @@ std::string fromPoText(const Codec& codec, std::string_view text, std::string_vi
   if (const auto breaks = breaksOf(codec, before, work); !breaks.empty()) throw Failure(fromUtf8(breaks[0].why));
   if (const char* const spoils = whatLeavesExport(work)) throw Failure(fromUtf8(spoils));
   return work;
+}
+
+std::vector<std::string> surroundingsOf(const LoadedScript& script, std::size_t record) {
+  const Codec& codec = script.in.codec;
+  const OutlineText& text = *script.records[record];
+  std::vector<std::string> comments(1);
+  const OutlineText* const first = script.outline.texts.data();
+  for (const OutlineText* at = &text; at != first && &text - at < kSpeakerReach && at[-1].npc == text.npc; --at) {
+    if (at[-1].segment != Segment::Title) continue;
+    appendEscaped(codec, withoutColor(at[-1].text) + " ", comments[0]);
+    break;
+  }
+  appendEscaped(codec, script.outline.commands[text.command], comments[0]);
+  const auto neighbour = [&](const char* where, std::size_t other) {
+    if (other >= script.records.size() || script.records[other]->npc != text.npc) return;
+    const std::string plain = withoutColor(script.records[other]->text);
+    if (!plain.empty()) comments.push_back(where + quotedText(codec, plain));
+  };
+  neighbour("before: ", record - 1);
+  neighbour("behind: ", record + 1);
+  std::string kept;
+  const bool hex = text.text.starts_with("0x") && text.text.find_first_not_of(kHexDigits, 2) == std::string_view::npos;
+  if (hex || !hasLetter(text.text)) {
+    kept = " all of it";
+  } else {
+    for (const Token& token : tokensOf(text.text)) {
+      if (token.kind != std::string_view("number")) appendEscaped(codec, " " + token.text, kept);
+    }
+  }
+  if (!kept.empty()) comments.push_back("not to be translated:" + kept);
+  return comments;
 }
 
 bool fitsPo(std::string_view work) {

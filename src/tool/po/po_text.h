@@ -3,6 +3,7 @@
 #include <map>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "tool/script/loaded_script.h"
 
@@ -16,6 +17,10 @@ std::string poNameOf(std::string_view name);
 
 // The way back. Throws Failure that says why the text cannot stand in a script in the place of the text `before`.
 std::string fromPoText(const Codec& codec, std::string_view text, std::string_view before);
+
+// What a translator wants to know of a record, a comment each: who speaks and by which command, the texts before and
+// behind of the same NPC, and what must stay as it is: colour codes, item codes, tags, placeholders, or the whole.
+std::vector<std::string> surroundingsOf(const LoadedScript& script, std::size_t record);
 
 // Whether a text can be a message at all.
 bool fitsPo(std::string_view work);

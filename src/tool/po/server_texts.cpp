@@ -1,0 +1,85 @@
+#include "tool/po/server_texts.h"
+
+#include <algorithm>
+
+#include "tool/script/breaks.h"
+
+namespace dravenna {
+
+namespace {
+
+struct Literal {
+  std::size_t begin;  // offsets in the work bytes, quote marks left out
+  std::size_t end;
+  bool joined;  // to the one in front
+};
+
+std::vector<Literal> literalsOf(const Codec& codec, std::string_view work) {
+  std::vector<Literal> literals;
+  bool joins = false;
+  for (std::size_t at = 0; at < work.size();) {
+    const std::string_view next = work.substr(at, 2);
+    if (next == "//" || next == "/*") {
+      const std::size_t end = next == "//" ? work.find('\n', at) : work.find("*/", at + 2);
+      at = end == std::string_view::npos ? work.size() : end + (next == "//" ? 1 : 2);
+    } else if (work[at] == '"') {
+      const std::size_t begin = at + 1;
+      const std::string_view line = work.substr(begin, std::min(work.find('\n', begin), work.size()) - begin);
+      std::size_t length = line.find('"');
+      while (length != std::string_view::npos && isEscaped(codec, line, length)) length = line.find('"', length + 1);
+      const std::size_t end = begin + std::min(length, line.size());
+      literals.push_back({begin, end, joins});
+      joins = true;
+      at = end + 1;
+    } else {
+      joins &= work[at] == ' ' || work[at] == '\t' || work[at] == '\r' || work[at] == '\n';
+      ++at;
+    }
+  }
+  return literals;
+}
+
+}  // namespace
+
+ServerTexts serverTextsOf(const LoadedScript& script, const std::vector<CarriedText>& carried) {
+  ServerTexts texts;
+  ServerText group{};
+  bool sure = true;
+  const auto endGroup = [&] {
+    if (!sure) group.translation.clear();
+    if (group.first != nullptr && !group.text.empty()) texts.list.push_back(std::move(group));
+    group = {};
+    sure = true;
+  };
+  std::size_t record = 0;
+  const auto offset = [&] {
+    return record == script.records.size()
+               ? script.work.size()
+               : static_cast<std::size_t>(script.records[record]->text.data() - script.work.data());
+  };
+  for (const Literal& literal : literalsOf(script.in.codec, script.work)) {
+    if (!literal.joined) endGroup();
+    for (; offset() < literal.begin; ++record)
+      texts.left.push_back({script.records[record], "it is in a block comment"});
+    const std::string_view text = script.work.substr(literal.begin, literal.end - literal.begin);
+    if (record < script.records.size() && script.records[record]->text.data() == text.data() &&
+        script.records[record]->text.size() == text.size()) {
+      if (group.first == nullptr) group.first = script.records[record];
+      sure &= carried[record].state == CarryState::Carried || text.empty();
+      group.translation += carried[record++].translation;
+    } else {
+      group.translation += text;
+      for (; record < script.records.size() && offset() <= literal.end; ++record) {
+        texts.left.push_back({script.records[record], "it is cut at an escaped quote mark"});
+      }
+    }
+    group.text += text;
+  }
+  endGroup();
+  for (; record < script.records.size(); ++record) {
+    texts.left.push_back({script.records[record], "it is in a block comment"});
+  }
+  return texts;
+}
+
+}  // namespace dravenna
