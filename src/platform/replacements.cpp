@@ -1,3 +1,4 @@
+#include <system_error>
 #include <utility>
 
 #include "platform/failure.h"
@@ -6,6 +7,28 @@
 #include "text/text.h"
 
 namespace dravenna {
+
+namespace {
+
+void failOn(const std::error_code& error, const std::filesystem::path& path) {
+  if (error) throw Failure(fromUtf8(error.message()) + u": '" + path.u16string() + u"'");
+}
+
+}  // namespace
+
+void removeFile(const std::filesystem::path& path) {
+  std::error_code error;
+  std::filesystem::remove(path, error);
+  failOn(error, path);
+}
+
+void allowToRun(const std::filesystem::path& path) {
+  using std::filesystem::perms;
+  std::error_code error;
+  const perms run = perms::owner_exec | perms::group_exec | perms::others_exec;
+  std::filesystem::permissions(path, run, std::filesystem::perm_options::add, error);
+  failOn(error, path);
+}
 
 Replacements::Replacements(TreeFiles& files, std::string_view backupSuffix)
     : files_(files), backupSuffix_(fromUtf8(backupSuffix)) {}

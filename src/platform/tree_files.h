@@ -68,6 +68,10 @@ class TreeFiles {
 
 std::unique_ptr<TreeFiles> makeTreeFiles();
 
+// These throw Failure. What is missing is removed already; a system without the right has nothing to give.
+void removeFile(const std::filesystem::path& path);
+void allowToRun(const std::filesystem::path& path);
+
 // Replaces files, all or nothing each: new contents go to a temporary file beside the old one. Permission bits are
 // kept, links followed, read-only files refused. Nothing of a target changes before commit().
 class Replacements {

@@ -133,12 +133,12 @@ std::size_t Codec::encode(std::u16string_view text, std::string& work) const {
 }
 
 std::size_t Codec::units(std::string_view work) const {
-  if (page_->isSingleByte() || isAscii(work)) return work.size();
+  if ((direct() && page_->isSingleByte()) || isAscii(work)) return work.size();
   return decode(work).size();
 }
 
 std::size_t Codec::characters(std::string_view work) const {
-  if (page_->isSingleByte() || isAscii(work)) return work.size();
+  if ((direct() && page_->isSingleByte()) || isAscii(work)) return work.size();
   const std::u16string text = decode(work);
   return text.size() - static_cast<std::size_t>(std::count_if(text.begin(), text.end(), isHighSurrogate));
 }

@@ -13,7 +13,8 @@ namespace dravenna {
 // which a lone surrogate has its three-byte form too, so that the way back is exact.
 class Codec {
  public:
-  explicit Codec(CodePagePtr page) : page_(std::move(page)) {}
+  // `wide`: work bytes are UTF-8 as above whatever the page, so that texts of two pages can stand together.
+  explicit Codec(CodePagePtr page, bool wide = false) : page_(std::move(page)), wide_(wide) {}
 
   const CodePage& page() const { return *page_; }
   // What command words are decoded with (see CommandLists).
@@ -34,9 +35,10 @@ class Codec {
   std::size_t characters(std::string_view work) const;
 
  private:
-  bool direct() const { return page_->isSingleByte() || page_->isUtf8(); }
+  bool direct() const { return !wide_ && (page_->isSingleByte() || page_->isUtf8()); }
 
   CodePagePtr page_;
+  bool wide_;
 };
 
 // Places within a line, for offsets that mostly ascend: each character is counted once.

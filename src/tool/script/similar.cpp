@@ -45,6 +45,8 @@ double similarityOf(Words a, Words b) {
 
 }  // namespace
 
+double likenessOf(std::string_view a, std::string_view b) { return similarityOf(wordsOf(a), wordsOf(b)); }
+
 std::vector<SimilarPair> pairSimilarTexts(const std::vector<std::string>& a, const std::vector<std::string>& b) {
   std::vector<Words> aWords;
   std::vector<Words> bWords;
