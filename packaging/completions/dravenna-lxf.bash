@@ -3,8 +3,9 @@ _dravenna_lxf() {
   local cur=${COMP_WORDS[COMP_CWORD]} prev=${COMP_WORDS[COMP_CWORD - 1]} verb=() word
   for word in "${COMP_WORDS[@]:1:COMP_CWORD-1}"; do
     case $word in
-      export | import | texts | stats | check | update) [[ ${#verb[@]} = 0 || ${verb[*]} = po ]] && verb+=("$word") ;;
-      po) [[ ${#verb[@]} = 0 ]] && verb+=(po) ;;
+      export | import | texts | stats | check | update | merge) [[ ${#verb[@]} = 0 || ${verb[*]} = po ]] && verb+=("$word") ;;
+      setup | solve) [[ ${verb[*]} = git ]] && verb+=("$word") ;;
+      po | git) [[ ${#verb[@]} = 0 ]] && verb+=("$word") ;;
     esac
   done
   case $prev in
@@ -12,9 +13,10 @@ _dravenna_lxf() {
     --eol) COMPREPLY=($(compgen -W 'crlf keep' -- "$cur")); return ;;
     --format) COMPREPLY=($(compgen -W 'text json sarif github' -- "$cur")); return ;;
     --fail-on) COMPREPLY=($(compgen -W 'error warning note' -- "$cur")); return ;;
+    --on-conflict) COMPREPLY=($(compgen -W 'smart ours theirs markers' -- "$cur")); return ;;
     --for) COMPREPLY=($(compgen -W hercules -- "$cur")); return ;;
     --commands) COMPREPLY=($(compgen -W 'default extended' -- "$cur")); return ;;
-    --codepage)
+    --codepage | --their-codepage)
       COMPREPLY=($(compgen -W '1250 1251 1252 1253 1254 1255 1256 1257 1258 874 932 936 949 950 utf-8' -- "$cur")); return ;;
     --only | --ignore)
       COMPREPLY=($(compgen -W "$("${COMP_WORDS[0]}" check --help 2>/dev/null |
@@ -24,7 +26,9 @@ _dravenna_lxf() {
     COMPREPLY=($(compgen -W "$("${COMP_WORDS[0]}" "${verb[@]}" --help 2>/dev/null |
       grep -oE '^ +(-[a-z],)?--[a-z-]+' | grep -oE -- '--[a-z-]+')" -- "$cur"))
   elif [[ ${#verb[@]} = 0 ]]; then
-    COMPREPLY=($(compgen -W 'export import texts stats check update po' -- "$cur"))
+    COMPREPLY=($(compgen -W 'export import texts stats check update merge git po' -- "$cur"))
+  elif [[ ${verb[*]} = git ]]; then
+    COMPREPLY=($(compgen -W 'setup solve' -- "$cur"))
   elif [[ ${verb[*]} = po ]]; then
     COMPREPLY=($(compgen -W 'export import' -- "$cur"))
   else

@@ -2,6 +2,7 @@
 #include "scan/line_scanner.h"
 #include "text/text.h"
 #include "tool/run/for_each_script.h"
+#include "tool/script/contents.h"
 #include "tool/script/script_lines.h"
 
 namespace dravenna {
@@ -31,12 +32,14 @@ constexpr std::string_view className(Segment segment) {
   }
 }
 
+enum class Form { Table, Json, Bare };
+
 // Writes one script's texts.
 class TextsSink {
  public:
-  TextsSink(const Encoding& in, const std::string& path, bool json, std::string& out)
-      : codec_(in.codec), scanner_(in.lists), json_(json), out_(out) {
-    if (json) {
+  TextsSink(const Encoding& in, const std::string& path, Form form, std::string& out)
+      : codec_(in.codec), scanner_(in.lists), form_(form), out_(out) {
+    if (form == Form::Json) {
       appendJsonString(fromUtf8(path), name_);
     } else {
       appendEscapedName(path, name_);
@@ -63,9 +66,13 @@ class TextsSink {
  private:
   void write(Segment segment, std::size_t begin, std::size_t end, std::string_view command) {
     const std::string_view text = line_.text.substr(begin, end - begin);
+    if (form_ == Form::Bare) {
+      appendEscaped(codec_, text, out_);
+      return out_.push_back('\n');
+    }
     const std::string line = std::to_string(line_.number + 1);
     const std::string offset = std::to_string(lineOffset_ + counter_.before(line_.text, begin));
-    if (json_) {
+    if (form_ == Form::Json) {
       out_.append("{\"file\":").append(name_).append(",\"line\":").append(line);
       out_.append(",\"offset\":").append(offset);
       out_.append(",\"class\":\"").append(className(segment)).append("\",\"command\":");
@@ -88,14 +95,14 @@ class TextsSink {
   const Codec& codec_;
   PlaceCounter counter_{codec_, PlaceCounter::Unit::Utf16};
   ByteLineScanner scanner_;
-  bool json_;
+  Form form_;
   std::string& out_;
   std::string name_;
   ScriptLine line_{};
   std::size_t lineOffset_ = 0;
 };
 
-void run(Session& session, const std::vector<std::string>& paths, bool json) {
+void run(Session& session, const std::vector<std::string>& paths, Form form) {
   session.prepare();
   Output output(*session.outputs, "-");
   forEachScript<std::string>(
@@ -103,7 +110,8 @@ void run(Session& session, const std::vector<std::string>& paths, bool json) {
       [&](const Script& script, Buffers& buffers) {
         std::string out;
         const Opened opened = openScript(session, script.path, buffers.file, buffers.work);
-        TextsSink(opened.in, script.path, json, out).scan(opened.work);
+        if (form == Form::Bare && contentsOf(opened.work, opened.in.lists) != Contents::Script) return buffers.file;
+        TextsSink(opened.in, script.path, form, out).scan(opened.work);
         return out;
       },
       [&](const Script&, std::string&& out) {
@@ -119,11 +127,16 @@ void addTexts(Verb program, Session& session) {
   Verb verb = program.verb("texts", "List every quoted text with its place and class");
   const auto paths = std::make_shared<std::vector<std::string>>();
   const auto json = std::make_shared<bool>(false);
+  const auto bare = std::make_shared<bool>(false);
   verb.words("path", *paths, "PATH...", "Files and folders; `-` is standard input");
   verb.flag("--json", *json, "JSON lines: an object a text");
+  verb.flag("--bare", *bare, "The texts alone, a line each; all of a file that is no script");
   session.addOptions(verb);
   verb.footer(kTextsFooter);
-  verb.onRun([&session, paths, json] { run(session, *paths, *json); });
+  verb.onRun([&session, paths, json, bare] {
+    if (*json && *bare) throw UsageError("--json and --bare exclude each other");
+    run(session, *paths, *json ? Form::Json : *bare ? Form::Bare : Form::Table);
+  });
 }
 
 }  // namespace dravenna

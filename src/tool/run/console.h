@@ -17,13 +17,14 @@ class Console {
   void setQuiet(bool quiet) { quiet_ = quiet; }
   void setColor(ColorUse use);
 
-  void error(std::string_view text);    // sets failed()
+  void error(std::string_view text);    // fails
   void warning(std::string_view text);  // also when quiet: something is wrong with the input
   void note(std::string_view text);     // summaries; not when quiet
 
-  // The exit status is 1 from now on.
-  void fail() { failed_ = true; }
-  bool failed() const { return failed_; }
+  // The exit status is at least this from now on.
+  void fail(int status = 1) { status_ = status > status_ ? status : status_; }
+  bool failed() const { return status_ != 0; }
+  int status() const { return status_; }
 
   void progress(std::size_t done, std::size_t all);
   void endProgress();
@@ -33,7 +34,7 @@ class Console {
 
   bool quiet_ = false;
   bool colors_ = false;
-  bool failed_ = false;
+  int status_ = 0;
   bool barShown_ = false;
   std::chrono::steady_clock::time_point barDrawn_;
 };

@@ -106,6 +106,8 @@ void addImport(Verb program, Session& session);
 void addStats(Verb program, Session& session);
 void addCheck(Verb program, Session& session);
 void addUpdate(Verb program, Session& session);
+void addMerge(Verb program, Session& session);
+void addGit(Verb program, Session& session);
 void addPo(Verb program, Session& session);
 
 }  // namespace dravenna

@@ -1,0 +1,239 @@
+#include "tool/merge/merge.h"
+
+#include <fmt/core.h>
+
+#include <cstdlib>
+#include <unordered_set>
+
+#include "platform/failure.h"
+#include "platform/run_program.h"
+#include "platform/system.h"
+#include "platform/terminal.h"
+#include "tool/script/script_lines.h"
+
+namespace dravenna {
+
+namespace {
+
+constexpr char kFooter[] =
+    "Code comes from whoever changed it, texts one by one: what only the translator changed stays translated, what "
+    "the\n"
+    "original changed comes new and is listed. Exchange and PO files merge by record and by entry.\n"
+    "Exit status: 0 merged, 1 conflicts are left, 2 wrong use or files that cannot be merged, with OURS untouched.\n"
+    "Examples:\n"
+    "  dravenna-lxf merge old.txt es.txt new.txt -o es.txt        the new original's changes into the translation\n"
+    "  dravenna-lxf merge old.txt es.txt new.txt -o - | less      only shown; the list goes to standard error";
+
+struct Options : MergeSettings {
+  std::string base, ours, theirs, out, name;
+  std::vector<std::string> labels;
+  unsigned markerSize = 7;
+  bool swapped = false;
+  bool driver = false;
+  bool force = false;
+};
+
+// Where git keeps what it knows of the working tree that a driver runs in.
+std::string gitFolder() {
+  const char* const folder = std::getenv("GIT_DIR");
+  return folder == nullptr ? ".git" : folder;
+}
+
+class MergeRun {
+ public:
+  MergeRun(Session& session, const Options& options) : session_(session), options_(options) {
+    options_.labels.resize(3);
+    const std::string names[] = {options_.ours, options_.base, options_.theirs};
+    const std::string sides[] = {"ours", "base", "theirs"};
+    for (std::size_t i = 0; i < 3; ++i) {
+      std::string& label = options_.labels[i];
+      const bool unknown = label.size() == 2 && label[0] == '%';  // to this git, which leaves it as it is
+      if (label.empty() || unknown) label = options_.driver ? sides[i] : names[i];
+    }
+    if (options_.name.empty()) options_.name = options_.ours;
+    if (options_.driver) setUpDriver();
+  }
+
+  void run() {
+    if (!options_.driver) return merge();
+    std::optional<std::string> why;
+    try {
+      merge();
+    } catch (const UsageError& failure) {
+      why = failure.what();
+    } catch (const Failure& failure) {
+      why = shown(failure.description());
+    } catch (const std::exception& failure) {  // a lack of memory
+      why = failure.what();
+    }
+    if (why) mergeByGit(*why);
+  }
+
+ private:
+  // As git calls it: OURS is the result. In a rebase the translation is what git calls theirs.
+  void setUpDriver() {
+    const std::string git = gitFolder();
+    options_.out = options_.ours;
+    if (options_.report.empty()) options_.report = joinPath(git, "dravenna-merge.txt");
+    options_.append = true;
+    for (const char* const state : {"rebase-merge", "rebase-apply"}) {
+      options_.swapped |= session_.files->pathKind(joinPath(git, state)) != PathKind::Missing;
+    }
+  }
+
+  void merge();
+  void write(const MergedFile& merged);
+  void mergeByGit(const std::string& why);
+
+  Session& session_;
+  Options options_;
+};
+
+void MergeRun::merge() {
+  session_.prepare();
+  std::string versions[3];
+  readFile(session_, options_.base, versions[0]);
+  readFile(session_, options_.ours, versions[1]);
+  readFile(session_, options_.theirs, versions[2]);
+  MergeWish wish = mergeWish(session_, options_, options_.name);
+  wish.way.labels = {options_.labels[0], options_.labels[2]};
+  wish.way.markerSize = options_.markerSize;
+  if (options_.swapped) {
+    wish.way.swapped = true;
+    std::swap(versions[1], versions[2]);
+    std::swap(wish.way.labels[0], wish.way.labels[1]);
+    if (wish.theirPage != nullptr) std::swap(wish.page, wish.theirPage);
+  }
+  const MergedFile merged = mergeFile(versions[0], versions[1], versions[2], session_.pages->usual().lists, wish);
+  const auto failure = attempt([&] { writeList(session_, options_, merged.list, options_.out == "-"); });
+  if (failure && !options_.driver) throw Failure(*failure);
+  if (failure) {
+    session_.console.warning(shown(failure->description()));
+    writeStandardError(merged.list);
+  }
+  write(merged);
+  if (merged.conflicts > 0) session_.console.fail();
+  if (options_.driver && merged.conflicts == 0 && merged.list.empty()) return;
+  session_.console.note(fmt::format("{}: {}, {} to translate, {} to look at", shownName(options_.name),
+                                    counted(merged.conflicts, "conflict"), merged.toTranslate, merged.toLookAt));
+}
+
+void MergeRun::write(const MergedFile& merged) {
+  if (options_.out == "-") {
+    if (!writeStandardOutput(merged.bytes)) session_.console.fail();
+    return;
+  }
+  const auto ours = session_.files->identity(options_.ours);
+  if (!ours || ours != session_.files->identity(options_.out)) {
+    session_.outputs->write(options_.out, merged.bytes, Outputs::Kind::ExchangeFile, options_.force);
+    return;
+  }
+  if (options_.driver) {  // a file of git's own, which it reads at once
+    const auto replacement = session_.files->replace(options_.out);
+    replacement->write(merged.bytes);
+    replacement->close();
+    replacement->place();
+  } else {
+    replaceScript(session_, options_.out, merged.bytes, {});
+    flushFolders(session_, {folderOf(options_.out)});
+  }
+}
+
+// Git takes what a driver leaves as OURS for the result, so there must be one, or no doubt that there is none.
+void MergeRun::mergeByGit(const std::string& why) {
+  std::vector<std::string> words = {"git", "merge-file", fmt::format("--marker-size={}", options_.markerSize)};
+  for (const std::string& label : options_.labels) words.insert(words.end(), {"-L", label});
+  words.insert(words.end(), {options_.ours, options_.base, options_.theirs});
+  int status = 128;
+  const auto failure = attempt([&] { status = runProgram(words).status; });
+  if (failure || status >= 128) {
+    session_.console.error(
+        fmt::format("{}: NOT MERGED, the side that git calls ours was kept: {}", shownName(options_.name), why));
+    return;
+  }
+  session_.console.warning(fmt::format("{}: merged line by line, as git does: {}", shownName(options_.name), why));
+  if (status != 0) session_.console.fail();
+}
+
+}  // namespace
+
+void addMergeSettings(Verb verb, MergeSettings& settings) {
+  verb.choice("--on-conflict",
+              [&settings](const std::string& way) {
+                settings.onConflict = way == "ours"      ? OnConflict::Ours
+                                      : way == "theirs"  ? OnConflict::Theirs
+                                      : way == "markers" ? OnConflict::Markers
+                                                         : OnConflict::Smart;
+              },
+              "WAY", "A text that both changed: smart (default), ours, theirs or markers",
+              {"smart", "ours", "theirs", "markers"});
+  verb.text("--their-codepage", settings.theirPage, "NAME",
+            "Code page of THEIRS where it is another than that of OURS");
+  verb.text("--report", settings.report, "FILE", "File for the list of what is to translate and to look at");
+  verb.flag("--append", settings.append, "Add to the list that is there");
+}
+
+MergeWish mergeWish(const Session& session, const MergeSettings& settings, const std::string& name) {
+  MergeWish wish{name, nullptr, session.pages->named(), nullptr, {}};
+  wish.page = session.codePageName.empty() ? systemCodePage() : codePageByName(session.codePageName);
+  if (!settings.theirPage.empty()) {
+    wish.theirPage = codePageByName(settings.theirPage);
+    if (!wish.theirPage) {
+      throw UsageError(fmt::format("--their-codepage: {} is no code page that is supported", settings.theirPage));
+    }
+  }
+  wish.way.onConflict = settings.onConflict;
+  return wish;
+}
+
+void writeList(Session& session, const MergeSettings& settings, const std::string& list, bool outputTaken) {
+  if (settings.report.empty() && outputTaken) return writeStandardError(list);
+  if (list.empty() && settings.append) return;
+  Output output(*session.outputs, settings.report);
+  if (settings.append && !settings.report.empty() && session.files->pathKind(settings.report) == PathKind::File) {
+    session.files->readWhole(settings.report, output.buffer());
+  }
+  std::unordered_set<std::string> known;
+  forEachLine(output.buffer(), [&](const ScriptLine& line) { known.emplace(line.text); });
+  std::string fresh;
+  forEachLine(list, [&](const ScriptLine& line) {
+    if (known.emplace(line.text).second) fresh.append(line.text).append("\n");
+  });
+  output.buffer().append(fresh);
+  output.close();
+}
+
+std::optional<std::string> askGit(std::vector<std::string> words) {
+  words.insert(words.begin(), "git");
+  ProgramRun result = runProgram(words);
+  if (result.status != 0) return std::nullopt;
+  if (result.output.ends_with('\n')) result.output.pop_back();
+  return std::move(result.output);
+}
+
+void addMerge(Verb program, Session& session) {
+  Verb verb = program.verb("merge", "Merge three versions of a script, or of an exchange or PO file");
+  const auto options = std::make_shared<Options>();
+  verb.text("base", options->base, "BASE", "What both sides began with", Need::Required);
+  verb.text("ours", options->ours, "OURS", "The translation", Need::Required);
+  verb.text("theirs", options->theirs, "THEIRS", "The original that went on", Need::Required);
+  verb.text("-o,--out", options->out, "FILE", "The result, `-` for standard output; it may be OURS");
+  addMergeSettings(verb, *options);
+  verb.each("-L", options->labels, "LABEL", "Labels of conflict markers: of OURS, then BASE, then THEIRS");
+  verb.number("--marker-size", options->markerSize, "N", "Characters of a conflict marker (default 7)", 1, 1000);
+  verb.text("--name", options->name, "NAME", "What messages and the list call the file; its extension tells its kind");
+  verb.flag("--swapped", options->swapped, "THEIRS is the translation, as in a rebase");
+  verb.flag("--driver", options->driver, "As git's merge driver: the result takes the place of OURS in any case");
+  verb.flag("-f,--force", options->force, "Overwrite a file other than OURS with other contents");
+  session.addOptions(verb);
+  verb.footer(kFooter);
+  verb.onRun([&session, options] {
+    if (options->out.empty() && !options->driver) throw UsageError("-o FILE is required");
+    const auto failure = attempt([&] { MergeRun(session, *options).run(); });
+    if (!failure) return;
+    session.console.error(shown(failure->description()));
+    session.console.fail(2);
+  });
+}
+
+}  // namespace dravenna

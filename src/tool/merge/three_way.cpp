@@ -1,0 +1,369 @@
+#include "tool/merge/three_way.h"
+
+#include <algorithm>
+
+#include "exchange/records.h"
+#include "tool/merge/match.h"
+#include "tool/merge/text_change.h"
+#include "tool/script/align.h"
+
+namespace dravenna {
+
+namespace {
+
+// The line ends of a document: all that occur, and the one that occurs most.
+struct LineEnds {
+  bool crlf = false;
+  bool lf = false;
+  std::string_view most = "\n";
+  bool operator==(const LineEnds& other) const { return crlf == other.crlf && lf == other.lf; }
+};
+
+LineEnds lineEndsOf(const Document& document) {
+  std::size_t counts[3] = {};
+  for (const DocumentLine& line : document.lines) ++counts[line.ending.size()];
+  return {counts[2] > 0, counts[1] > 0, counts[2] > counts[1] ? "\r\n" : "\n"};
+}
+
+class Merger {
+ public:
+  // A stretch of lines of the base.
+  struct Stretch {
+    std::size_t begin, end;
+    bool operator==(const Stretch&) const = default;
+  };
+
+  // `doubtful`: stretches in which changes of both sides conflict however far they are apart.
+  Merger(const Codec& codec, const Document& base, const Document& ours, const Document& theirs,
+         const ThreeWayOptions& options, std::vector<Stretch> doubtful = {})
+      : codec_(codec),
+        base_(base),
+        ours_(ours),
+        theirs_(theirs),
+        options_(options),
+        toOurs_(matchVersions(base, ours, false)),
+        toTheirs_(matchVersions(base, theirs, true)),
+        ends_(lineEndsOf(ours)),
+        sameEnds_(ours.lines.size() < 2 || ends_ == lineEndsOf(theirs)),
+        seen_(theirs.texts.size()),
+        doubtful_(std::move(doubtful)) {
+    if (ours.lines.size() < 2) ends_ = lineEndsOf(theirs);
+  }
+
+  ThreeWay run() {
+    std::size_t b = 0;
+    std::size_t o = 0;
+    std::size_t t = 0;
+    for (std::size_t next = 0; next <= base_.lines.size(); ++next) {
+      const bool end = next == base_.lines.size();
+      const std::size_t oursEnd = end ? ours_.lines.size() : toOurs_.lineOf[next];
+      const std::size_t theirsEnd = end ? theirs_.lines.size() : toTheirs_.lineOf[next];
+      if (oursEnd == kNone || theirsEnd == kNone || (!end && isDoubtful(next))) continue;
+      changed({b, next, o, oursEnd, t, theirsEnd});
+      if (end) break;
+      emit(oursEnd, theirsEnd);
+      b = next + 1;
+      o = oursEnd + 1;
+      t = theirsEnd + 1;
+    }
+    endConflict();
+    return std::move(out_);
+  }
+
+  // Whether each side has changed lines of code.
+  bool bothChangedCode() const {
+    return !unchanged(toOurs_, 0, base_.lines.size(), 0, ours_.lines.size()) &&
+           !unchanged(toTheirs_, 0, base_.lines.size(), 0, theirs_.lines.size());
+  }
+
+  // The code of each line of a result without conflicts.
+  const std::vector<std::uint64_t>& codes() const { return codes_; }
+
+  // Where the result and one with these codes differ, up to the lines that all versions have.
+  std::vector<Stretch> differencesFrom(const std::vector<std::uint64_t>& codes) const {
+    std::vector<Stretch> stretches;
+    std::size_t from = 0;
+    std::size_t otherFrom = 0;
+    const auto differ = [&](std::size_t to, std::size_t otherTo) {
+      if (from == to && otherFrom == otherTo) return;
+      std::size_t begin = from;
+      while (begin > 0 && baseLines_[begin - 1] == kNone) --begin;
+      std::size_t end = to;
+      while (end < baseLines_.size() && baseLines_[end] == kNone) ++end;
+      const Stretch stretch{begin == 0 ? 0 : baseLines_[begin - 1] + 1,
+                            end == baseLines_.size() ? base_.lines.size() : baseLines_[end]};
+      if (!stretches.empty() && stretch.begin <= stretches.back().end) {
+        stretches.back().end = stretch.end;
+      } else {
+        stretches.push_back(stretch);
+      }
+    };
+    for (const EqualRun& run : alignSequences(codes_, codes)) {
+      differ(run.a, run.b);
+      from = run.a + run.length;
+      otherFrom = run.b + run.length;
+    }
+    differ(codes_.size(), codes.size());
+    return stretches;
+  }
+
+ private:
+  // Between two lines that all three have: lines of each.
+  struct Region {
+    std::size_t bBegin, bEnd, oBegin, oEnd, tBegin, tEnd;
+  };
+  // A text of the result; where they differ, `ours` and `theirs` stand in a conflict.
+  struct Choice {
+    explicit Choice(std::string_view text) : ours(text), theirs(text) {}
+    std::string_view ours;
+    std::string_view theirs;
+  };
+  struct ConflictLine {
+    std::string text;
+    std::string_view ending;
+  };
+
+  static bool unchanged(const Match& match, std::size_t bBegin, std::size_t bEnd, std::size_t begin, std::size_t end) {
+    if (bEnd - bBegin != end - begin) return false;
+    for (std::size_t i = 0; i < end - begin; ++i) {
+      if (match.lineOf[bBegin + i] != begin + i) return false;
+    }
+    return true;
+  }
+
+  bool isDoubtful(std::size_t baseLine) const {
+    return std::any_of(doubtful_.begin(), doubtful_.end(),
+                       [&](const Stretch& s) { return s.begin <= baseLine && baseLine < s.end; });
+  }
+
+  void changed(const Region& r) {
+    if (std::find(doubtful_.begin(), doubtful_.end(), Stretch{r.bBegin, r.bEnd}) != doubtful_.end()) {
+      changedOnBothSides(r);
+    } else if (unchanged(toOurs_, r.bBegin, r.bEnd, r.oBegin, r.oEnd)) {
+      for (std::size_t t = r.tBegin; t < r.tEnd; ++t) emit(kNone, t);
+    } else if (unchanged(toTheirs_, r.bBegin, r.bEnd, r.tBegin, r.tEnd)) {
+      for (std::size_t o = r.oBegin; o < r.oEnd; ++o) emit(o, kNone);
+      tellUnseen(r.tBegin, r.tEnd);
+    } else {
+      changedOnBothSides(r);
+    }
+  }
+
+  // What both sides have is no conflict.
+  void changedOnBothSides(const Region& r) {
+    std::size_t o = r.oBegin;
+    std::size_t t = r.tBegin;
+    for (const LinePair& pair : matchLines(ours_, r.oBegin, r.oEnd, theirs_, r.tBegin, r.tEnd)) {
+      conflict(o, pair.a, t, pair.b);
+      emit(pair.a, pair.b);
+      o = pair.a + 1;
+      t = pair.b + 1;
+    }
+    conflict(o, r.oEnd, t, r.tEnd);
+  }
+
+  void conflict(std::size_t oBegin, std::size_t oEnd, std::size_t tBegin, std::size_t tEnd) {
+    for (std::size_t o = oBegin; o < oEnd; ++o) {
+      conflictOurs_.push_back({std::string(ours_.lines[o].text), ours_.lines[o].ending});
+    }
+    for (std::size_t t = tBegin; t < tEnd; ++t) {
+      const DocumentLine& line = theirs_.lines[t];
+      conflictTheirs_.push_back({std::string(line.text), endOf(kNone, t)});
+      for (std::size_t i = line.firstText; i < line.endText; ++i) seen_[i] = true;
+    }
+  }
+
+  // Writes the lines that wait in a conflict.
+  void endConflict() {
+    if (conflictOurs_.empty() && conflictTheirs_.empty()) return;
+    ++out_.conflicts;
+    const auto marker = [&](char mark, std::string_view label) {
+      std::string line(options_.markerSize, mark);
+      if (!label.empty()) line.append(" ").append(label);
+      writeLine(line, ends_.most);
+    };
+    const std::size_t record = record_;
+    std::size_t lastRecord = record;
+    const auto side = [&](std::vector<ConflictLine>& lines) {
+      record_ = record;
+      for (const ConflictLine& line : lines) write(line.text, line.ending);
+      lastRecord = std::max(lastRecord, record_);
+      lines.clear();
+    };
+    const bool swapped = options_.swapped;
+    marker('<', options_.labels[swapped ? 1 : 0]);
+    side(swapped ? conflictTheirs_ : conflictOurs_);
+    marker('=', {});
+    side(swapped ? conflictOurs_ : conflictTheirs_);
+    marker('>', options_.labels[swapped ? 0 : 1]);
+    record_ = lastRecord;
+  }
+
+  void writeLine(std::string_view text, std::string_view ending) {
+    if (!out_.work.empty() && out_.work.back() != '\n') out_.work.append(ends_.most);
+    ++lines_;
+    out_.work.append(text).append(ending);
+  }
+
+  void write(std::string_view text, std::string_view ending) {
+    if (!options_.numbered) return writeLine(text, ending);
+    buffer_.clear();
+    appendRecord(++record_, text, buffer_);
+    writeLine(buffer_, ending);
+  }
+
+  // The line end of what is made of these lines, one of which may be missing.
+  std::string_view endOf(std::size_t o, std::size_t t) const {
+    if (t == kNone) return ours_.lines[o].ending;
+    const std::string_view theirs = theirs_.lines[t].ending;
+    if (o == kNone) return sameEnds_ || theirs.empty() ? theirs : ends_.most;
+    const std::string_view ours = ours_.lines[o].ending;
+    const std::size_t b = toOurs_.baseLineOf[o];
+    return sameEnds_ && b != kNone && base_.lines[b].ending == ours ? theirs : ours;
+  }
+
+  // Writes the line that the sides have in common, or that only one has; its texts are merged.
+  void emit(std::size_t o, std::size_t t) {
+    const Document& document = o != kNone ? ours_ : theirs_;
+    const DocumentLine& line = document.lines[o != kNone ? o : t];
+    codes_.push_back(line.code);
+    const bool everywhere = o != kNone && t != kNone && toOurs_.baseLineOf[o] == toTheirs_.baseLineOf[t];
+    baseLines_.push_back(everywhere ? toOurs_.baseLineOf[o] : kNone);
+    const std::size_t firstNote = out_.notes.size();
+    std::string oursLine;
+    std::string theirsLine;
+    std::size_t copied = 0;
+    for (std::size_t i = line.firstText; i < line.endText; ++i) {
+      const Choice choice = o == kNone   ? chooseFor(kNone, i)
+                            : t == kNone ? chooseFor(i, kNone)
+                                         : chooseFor(i, theirs_.lines[t].firstText + (i - line.firstText));
+      const TextPlace& place = document.texts[i];
+      const std::string_view code = line.text.substr(copied, place.begin - copied);
+      oursLine.append(code).append(choice.ours);
+      theirsLine.append(code).append(choice.theirs);
+      copied = place.begin + place.text.size();
+    }
+    oursLine.append(line.text.substr(copied));
+    theirsLine.append(line.text.substr(copied));
+    if (oursLine != theirsLine) {
+      conflictOurs_.push_back({oursLine, endOf(o, t)});
+      conflictTheirs_.push_back({theirsLine, endOf(o, t)});
+    } else {
+      endConflict();
+      write(oursLine, endOf(o, t));
+    }
+    for (std::size_t i = firstNote; i < out_.notes.size(); ++i) out_.notes[i].line = lines_;
+  }
+
+  // A text of a line of the result: finds its other versions.
+  Choice chooseFor(std::size_t o, std::size_t t) {
+    std::size_t b = kNone;
+    if (t != kNone) {
+      b = toTheirs_.baseTextOf[t];
+      if (b != kNone && toOurs_.textOf[b] != kNone) o = toOurs_.textOf[b];
+    }
+    if (b == kNone && o != kNone) {
+      b = toOurs_.baseTextOf[o];
+      const std::size_t now = b == kNone ? kNone : toTheirs_.textOf[b];
+      if (t == kNone) {
+        t = now;
+      } else if (now != kNone) {
+        o = b = kNone;  // it has gone elsewhere, and another one came
+      }
+    }
+    if (t != kNone) seen_[t] = true;
+    if (o == kNone && t != kNone && b != kNone) return onlyTheirs(t, base_.texts[b].text, {});
+    if (o == kNone) return onlyTheirs(t, {}, {});
+    if (t == kNone) return Choice(ours_.texts[o].text);
+    return choose(ours_.texts[o].text, theirs_.texts[t], b == kNone ? nullptr : &base_.texts[b]);
+  }
+
+  Choice onlyTheirs(std::size_t t, std::string_view before, std::string_view translation) {
+    const TextPlace& place = theirs_.texts[t];
+    if (place.toTranslate) note(MergeNote::Kind::Translate, place.text, before, translation);
+    return Choice(place.text);
+  }
+
+  Choice choose(std::string_view ours, const TextPlace& theirs, const TextPlace* base) {
+    const std::string_view now = theirs.text;
+    const std::string_view before = base == nullptr ? std::string_view() : base->text;
+    if (ours == now || (base != nullptr && before == now)) return Choice(ours);
+    if (base != nullptr && before == ours) {
+      if (theirs.toTranslate) note(MergeNote::Kind::Translate, now, before, ours);
+      return Choice(now);
+    }
+    OnConflict way = options_.onConflict;
+    if (way == OnConflict::Smart) {
+      const bool small = base == nullptr ||
+                         (theirs.toTranslate && isSmallChange(codec_.decode(before), codec_.decode(now), theirs.menu));
+      way = small ? OnConflict::Ours : OnConflict::Theirs;
+    }
+    if (way == OnConflict::Markers) {
+      Choice both(ours);
+      both.theirs = now;
+      return both;
+    }
+    note(way == OnConflict::Ours ? MergeNote::Kind::LookAt : MergeNote::Kind::Translate, now, before, ours);
+    return Choice(way == OnConflict::Ours ? ours : now);
+  }
+
+  void note(MergeNote::Kind kind, std::string_view now, std::string_view before, std::string_view translation) {
+    out_.notes.push_back({kind, lines_ + 1, now, before, translation});
+  }
+
+  // Texts that changed in lines of which ours have become others.
+  void tellUnseen(std::size_t begin, std::size_t end) {
+    for (std::size_t t = begin; t < end; ++t) {
+      for (std::size_t i = theirs_.lines[t].firstText; i < theirs_.lines[t].endText; ++i) {
+        const std::size_t b = toTheirs_.baseTextOf[i];
+        if (seen_[i] || b == kNone || base_.texts[b].text == theirs_.texts[i].text) continue;
+        note(MergeNote::Kind::LookAt, theirs_.texts[i].text, base_.texts[b].text, {});
+      }
+    }
+  }
+
+  const Codec& codec_;
+  const Document& base_;
+  const Document& ours_;
+  const Document& theirs_;
+  const ThreeWayOptions& options_;
+  Match toOurs_;
+  Match toTheirs_;
+  LineEnds ends_;  // of ours
+  bool sameEnds_;
+  std::vector<bool> seen_;  // texts of theirs that have been looked at
+  std::vector<ConflictLine> conflictOurs_;
+  std::vector<ConflictLine> conflictTheirs_;
+  std::vector<Stretch> doubtful_;
+  std::vector<std::uint64_t> codes_;    // of the lines written
+  std::vector<std::size_t> baseLines_;  // of these, where all versions have them
+  std::size_t lines_ = 0;
+  std::size_t record_ = 0;
+  std::string buffer_;
+  ThreeWay out_;
+};
+
+Document withoutTexts(const Document& document) {
+  Document code;
+  for (const DocumentLine& line : document.lines) {
+    code.lines.push_back({line.text, line.ending, line.code, line.code, 0, 0});
+  }
+  return code;
+}
+
+}  // namespace
+
+ThreeWay mergeThreeWay(const Codec& codec, const Document& base, const Document& ours, const Document& theirs,
+                       const ThreeWayOptions& options) {
+  Merger merger(codec, base, ours, theirs, options);
+  ThreeWay merged = merger.run();
+  if (merged.conflicts > 0 || !merger.bothChangedCode()) return merged;
+  // Among lines of one code, texts tell which were added or removed; where the code alone tells otherwise, a person
+  // must.
+  const Document codes[] = {withoutTexts(base), withoutTexts(ours), withoutTexts(theirs)};
+  Merger byCode(codec, codes[0], codes[1], codes[2], options);
+  if (byCode.run().conflicts > 0 || byCode.codes() == merger.codes()) return merged;
+  return Merger(codec, base, ours, theirs, options, merger.differencesFrom(byCode.codes())).run();
+}
+
+}  // namespace dravenna
