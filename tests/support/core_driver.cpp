@@ -12,12 +12,12 @@ namespace {
 struct Caret {
   std::int32_t anchor = 0;
   std::int32_t at = 0;
+  std::u16string text = {};  // that they were in
 
-  // Takes over what the program has selected since.
-  void follow(std::int32_t selStart, std::int32_t selLength) {
-    if (std::min(anchor, at) == selStart && std::max(anchor, at) == selStart + selLength) return;
-    anchor = selStart;
-    at = selStart + selLength;
+  // Takes over what the program has shown and selected since.
+  void follow(const std::u16string& shown, std::int32_t selStart, std::int32_t selLength) {
+    if (text == shown && std::min(anchor, at) == selStart && std::max(anchor, at) == selStart + selLength) return;
+    *this = {selStart, selStart + selLength, shown};
   }
   std::int32_t start() const { return std::min(anchor, at); }
   std::int32_t length() const { return std::max(anchor, at) - start(); }
@@ -68,7 +68,7 @@ bool moveCaret(std::u16string_view text, const KeyStroke& stroke, Caret& caret) 
       break;
     case 'A':
       if (stroke.shift != kCtrl) return false;
-      caret = {0, static_cast<std::int32_t>(text.size())};
+      caret = {0, static_cast<std::int32_t>(text.size()), std::u16string(text)};
       return true;
     default:
       return false;
@@ -80,7 +80,7 @@ bool moveCaret(std::u16string_view text, const KeyStroke& stroke, Caret& caret) 
 // What a text box itself does with a key and its character.
 void editBox(TextBox& box, const KeyStroke& stroke, bool keyPasses, bool characterPasses, Caret& caret) {
   std::u16string text = box.Text();
-  caret.follow(box.SelStart(), box.SelLength());
+  caret.follow(text, box.SelStart(), box.SelLength());
   const auto replace = [&](std::u16string_view with) {
     text.replace(static_cast<std::size_t>(caret.start()), static_cast<std::size_t>(caret.length()), with);
     caret.anchor = caret.at = caret.start() + static_cast<std::int32_t>(with.size());
@@ -100,6 +100,7 @@ void editBox(TextBox& box, const KeyStroke& stroke, bool keyPasses, bool charact
   } else {
     return;
   }
+  caret.text = text;
   box.userEdited(text, caret.start(), caret.length());
 }
 
@@ -143,7 +144,7 @@ class CoreDriver : public Driver, private Windowing {
       if (mainFocus_ == Control::EDT) {
         editBox(form_->EDT, stroke, outcome.keyPasses && focus == mainFocus_, outcome.characterPasses, caretOfEdt_);
       } else if (mainFocus_ == Control::N && outcome.keyPasses) {
-        caretOfN_.follow(form_->N.SelStart(), form_->N.SelLength());
+        caretOfN_.follow(form_->N.Text(), form_->N.SelStart(), form_->N.SelLength());
         if (moveCaret(form_->N.Text(), stroke, caretOfN_)) select(caretOfN_);
       }
     }
@@ -162,7 +163,7 @@ class CoreDriver : public Driver, private Windowing {
     leaveSearch();
     mainFocus_ = Control::N;
     settle();
-    caretOfN_ = {from, to};
+    caretOfN_ = {from, to, form_->N.Text()};
     select(caretOfN_);
     form_->N_MouseUp();
     settle();
