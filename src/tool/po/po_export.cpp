@@ -209,10 +209,12 @@ void PoExport::takeOverComments(const std::string& path, PoFile& file) {
     });
   }
   for (const PoEntry& entry : old.entries) {
-    notices_.warn({.fate = "left out",
-                   .from = path,
-                   .fromLine = entry.ownLine,
-                   .why = "a comment whose message is no more: " + shownName(entry.translatorComments)});
+    notices_.warn(
+        {.fate = "left out",
+         .from = path,
+         .fromLine = entry.ownLine,
+         .why = "a comment whose message is no more: " +
+                shownName(entry.translatorComments.substr(0, entry.translatorComments.find_last_not_of('\n') + 1))});
   }
 }
 
@@ -280,8 +282,9 @@ void PoExport::run() {
         return true;
       });
   if (interrupted()) return;
-  if (!options_.split && !whole && outKind == PathKind::File && options_.out != "-" && !options_.force) {
-    throw Failure(fromUtf8(options_.out) + u": not written: it would lack a script that it may have now");
+  const bool replaces = outKind == PathKind::File && options_.out != "-";
+  if (!options_.split && !whole && (replaces || messages == 0)) {
+    throw Failure(fromUtf8(options_.out) + u": not written, for it would lack a script");
   }
   if (!options_.split) write(options_.out, std::move(all));
   placeStaged();
