@@ -112,6 +112,18 @@ std::string OldVersion::translationOf(const std::string& relative) const {
   return {};
 }
 
+// The exchange file was made from the old script, as it is read or in its own code page.
+bool OldVersion::isOriginal(const std::string& lxf, const Carried& carried) const {
+  TextDigest digest;
+  for (const OutlineText* text : carried.old->records) digest.add(text->text);
+  if (index_->isOriginal(lxf, digest.value())) return true;
+  std::string bytes;
+  std::string buffer;
+  readFile(session_, carried.oldPath, bytes);
+  const Encoding& own = session_.pages->of(bytes);
+  return index_->isOriginal(lxf, digestOf(own.codec.toWork(bytes, buffer), own.lists).value());
+}
+
 std::vector<Translation> OldVersion::translationsFor(const std::string& relative, Carried& carried) const {
   const LoadedScript& old = *carried.old;
   const Encoding& in = old.in;
@@ -132,13 +144,8 @@ std::vector<Translation> OldVersion::translationsFor(const std::string& relative
     }
     if (const auto wrong = wrongEncodingOf(file, path, old.file, in.codec.page())) throw *wrong;
     std::string buffer;
-    if (const std::string name = withExtension(relative, ".lxf"); index_ && index_->knows(name)) {
-      std::string bytes;  // not brought into another page
-      readFile(session_, carried.oldPath, bytes);
-      const Encoding& own = session_.pages->of(bytes);
-      if (!index_->isOriginal(name, digestOf(own.codec.toWork(bytes, buffer), own.lists).value()))
-        throw Failure(fromUtf8(path) + u": made from other texts than " + fromUtf8(carried.oldPath) + u" has");
-    }
+    if (index_ && !isOriginal(withExtension(relative, ".lxf"), carried))
+      throw Failure(fromUtf8(path) + u": made from other texts than " + fromUtf8(carried.oldPath) + u" has");
     translations = translationsFromExchange(old, in.codec.toWork(file, buffer), path);
   });
   carried.unfit = misfit.has_value();

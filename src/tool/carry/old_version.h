@@ -41,6 +41,7 @@ class OldVersion {
   std::string oldPathOf(const Script& script) const;
   // Of the old script of that name; empty for none.
   std::string translationOf(const std::string& relative) const;
+  bool isOriginal(const std::string& lxf, const Carried& carried) const;
   std::vector<Translation> translationsFor(const std::string& relative, Carried& carried) const;
 
   Session& session_;
