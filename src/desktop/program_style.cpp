@@ -10,6 +10,7 @@ QIcon ProgramStyle::standardIcon(StandardPixmap which, const QStyleOption* optio
   QPixmap chevrons(kSize, kSize);
   chevrons.fill(Qt::transparent);
   QPainter painter(&chevrons);
+  painter.setPen(Qt::gray);  // on a light bar and on a dark one
   for (const int x : {1, 5}) painter.drawPolyline(QPolygon({{x, 2}, {x + 3, 5}, {x, 8}}));
   painter.end();
   return QIcon(chevrons);

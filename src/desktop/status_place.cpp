@@ -27,13 +27,11 @@ StatusPlace::StatusPlace(QMenuBar& bar, QWidget* window, const QString& pageHint
     auto* label = new QLabel(this);
     label->setObjectName(QLatin1String(name));
     label->setTextFormat(Qt::PlainText);
-    label->setFont(bar_.font());
     return label;
   };
   rescued_ = new QPushButton(this);
   rescued_->setObjectName(QStringLiteral("Status.Rescued"));
   rescued_->setFlat(true);
-  rescued_->setFont(bar_.font());
   connect(rescued_, &QPushButton::clicked, this, [this] { onRescued(); });
   page_ = new QToolButton(this);
   page_->setObjectName(QStringLiteral("Status.Page"));
@@ -90,6 +88,9 @@ void StatusPlace::showPages(int current, const std::vector<int>& numbers, const 
 }
 
 void StatusPlace::arrange() {
+  for (QWidget* part : std::initializer_list<QWidget*>{rescued_, notice_, errors_, text_, line_, page_, modified_}) {
+    if (part->font() != bar_.font()) part->setFont(bar_.font());
+  }
   int left = 0;
   for (const QAction* menu : bar_.actions()) {
     const QRect place = bar_.actionGeometry(const_cast<QAction*>(menu));
