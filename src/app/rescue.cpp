@@ -25,6 +25,7 @@ void Rescue::loaded(std::u16string_view path, bool whole) {
   commits_ = 0;
   path_ = absolutePath(path);
   whole_ = whole;
+  if (whole && onLoaded) onLoaded(path_);
 }
 
 void Rescue::committing(std::int32_t position, std::u16string_view before, std::u16string_view after, bool brackets,

@@ -1,9 +1,11 @@
 #include "desktop/file_dialog.h"
 
 #include <QtCore/QDir>
+#include <QtCore/QUrl>
 #include <QtWidgets/QFileDialog>
 
 #include "desktop/qt_text.h"
+#include "text/text.h"
 
 namespace dravenna {
 
@@ -24,13 +26,19 @@ QStringList nameFilters(const QString& pairs) {
   return filters;
 }
 
+}  // namespace
+
+std::u16string localPath(const QUrl& address) {
+  return QDir::separator() == u'/'
+             ? fromUtf8(QByteArray::fromPercentEncoding(address.path(QUrl::FullyEncoded).toLatin1()).toStdString())
+             : fromQt(QDir::toNativeSeparators(address.toLocalFile()));
+}
+
 QString startFolder(const QString& initDir, const QFileInfo& offered) {
   if (offered.filePath() != offered.fileName()) return offered.absolutePath();
   const QFileInfo place(initDir);
   return initDir.isEmpty() ? QDir::currentPath() : place.isDir() ? place.absoluteFilePath() : place.absolutePath();
 }
-
-}  // namespace
 
 bool showFileDialog(QWidget* parent, CommonDialog& dialog, bool saving,
                     const std::function<bool(const std::u16string& path)>& accepts) {

@@ -5,9 +5,17 @@
 
 #include "platform/controls.h"
 
+class QFileInfo;
+class QUrl;
 class QWidget;
 
 namespace dravenna {
+
+// The path that an address names. Where names are bytes, it holds any of them, and perhaps the name of this computer.
+std::u16string localPath(const QUrl& address);
+
+// Where a dialog starts.
+QString startFolder(const QString& initDir, const QFileInfo& offered);
 
 // Shows the dialog over the window and puts the picked path, an absolute one, into FileName; the dialog comes back
 // until `accepts` takes the path. It starts in the folder of FileName, without one in the folder part of InitDir;

@@ -11,6 +11,7 @@
 #include "app/version.h"
 #include "desktop/arguments.h"
 #include "desktop/main_window.h"
+#include "desktop/portal/manners.h"
 #include "desktop/program_style.h"
 #include "desktop/qt_text.h"
 #include "desktop/script_view.h"
@@ -147,6 +148,8 @@ int runWindow(const Arguments& arguments, char** argv, std::chrono::steady_clock
   const std::unique_ptr<RescueFolder> rescue = picture ? nullptr : makeRescueFolder();
   MainWindow window(*files, *registry, *process, rescue.get());
   if (picture) return drawPicture(window, arguments.file);
+  DesktopManners manners(window);
+  window.beforeBox = [&manners] { manners.begin(); };
   const FirstPaint painted(*window.scriptView().viewport(), [&] {
     if (arguments.action == Arguments::Action::MeasureStart) {
       const std::chrono::duration<double, std::milli> time = std::chrono::steady_clock::now() - began;
@@ -154,6 +157,7 @@ int runWindow(const Arguments& arguments, char** argv, std::chrono::steady_clock
       std::_Exit(0);
     }
     window.setWindowIcon(programIcon());
+    manners.begin();
   });
   // A box of the start-up, closed before there is a window, does not end the program.
   QGuiApplication::setQuitOnLastWindowClosed(false);

@@ -5,6 +5,7 @@
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QMenuBar>
 #include <exception>
+#include <utility>
 
 #include "desktop/edit_box.h"
 #include "desktop/placing.h"
@@ -40,6 +41,7 @@ QString titleOf(std::u16string_view caption) {
 
 MainWindow::MainWindow(TextFiles& files, RegistryCalls& registry, Process& process, RescueFolder* rescue)
     : onBeep(&QApplication::beep),
+      process_(process),
       disk_(files),
       rescue_(rescue, disk_),
       principal_(Platform{disk_, registry, process, *this, rescue_}) {
@@ -64,7 +66,11 @@ MainWindow::MainWindow(TextFiles& files, RegistryCalls& registry, Process& proce
   statusTimer_.setSingleShot(true);
   quietTimer_.setSingleShot(true);
   quietTimer_.setInterval(kQuiet);
-  connect(&quietTimer_, &QTimer::timeout, this, [this] { rescue_.flush(); });
+  connect(&quietTimer_, &QTimer::timeout, this, [this] {
+    rescue_.flush();
+    noteRecent();
+  });
+  rescue_.onLoaded = [this](const std::u16string& path) { opened_ = path; };
   // Queued: what is saved takes a notice away.
   rescue_.onFailure = [this](const Failure& failure) {
     const std::u16string notice = readFilled(principal_.registry(), desktop_words::NotRescued, failure.description());
@@ -186,6 +192,10 @@ void MainWindow::showStatus() {
     };
   }
   statusPlace_->setParts(parts);
+}
+
+void MainWindow::noteRecent() {
+  if (!opened_.empty()) process_.documentOpened(std::exchange(opened_, {}));
 }
 
 void MainWindow::describe() {

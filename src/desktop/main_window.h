@@ -4,6 +4,7 @@
 #include <QtWidgets/QMainWindow>
 #include <functional>
 #include <memory>
+#include <optional>
 
 #include "app/disk_watch.h"
 #include "app/principal.h"
@@ -36,6 +37,12 @@ class MainWindow : public QMainWindow, private Windowing {
 
   // Message boxes are answered by their default buttons and told to this function instead of being shown.
   void answerBy(std::function<void(std::u16string_view text)> tell) { tellMessage_ = std::move(tell); }
+  // Runs before each message box and each file dialog.
+  std::function<void()> beforeBox;
+  // Another file dialog than the toolkit's, with its contract (showFileDialog); nothing where it cannot be shown.
+  std::function<std::optional<bool>(CommonDialog& dialog, bool saving,
+                                    const std::function<bool(const std::u16string& path)>& accepts)>
+      pickElsewhere;
   // What sounds the beep.
   std::function<void()> onBeep;
 
@@ -87,10 +94,13 @@ class MainWindow : public QMainWindow, private Windowing {
   void openDropped(const std::vector<std::u16string>& paths);
 
   void describe();  // to screen readers, what colour tells the eye
+  void noteRecent();
   void lookForRescued();
   void showRescued();
   void restore(const Rescue::Find& find);
 
+  Process& process_;
+  std::u16string opened_;  // to go into the desktop's list of recent files
   DiskWatch disk_;
   Rescue rescue_;
   Principal principal_;

@@ -1,4 +1,3 @@
-#include <QtCore/QDir>
 #include <QtCore/QMimeData>
 #include <QtCore/QUrl>
 #include <QtGui/QCloseEvent>
@@ -9,12 +8,12 @@
 
 #include "desktop/changes_dialog.h"
 #include "desktop/edit_box.h"
+#include "desktop/file_dialog.h"
 #include "desktop/key_codes.h"
 #include "desktop/main_window.h"
 #include "desktop/qt_text.h"
 #include "desktop/script_view.h"
 #include "editing/error_lines.h"
-#include "text/text.h"
 
 // The user's input on its way to the form's handlers.
 namespace dravenna {
@@ -92,6 +91,13 @@ bool MainWindow::ownKey(const QKeyEvent& event) {
       default:
         return false;
     }
+  }
+  if (modifiers == Qt::ShiftModifier && event.key() == Qt::Key_F10 && QApplication::focusWidget() != nullptr) {
+    QWidget& control = *QApplication::focusWidget();
+    const QPoint middle = control.rect().center();
+    QContextMenuEvent menu(QContextMenuEvent::Keyboard, middle, control.mapToGlobal(middle));
+    QCoreApplication::sendEvent(&control, &menu);
+    return true;
   }
   if (modifiers != Qt::NoModifier) return false;
   switch (event.key()) {
@@ -173,11 +179,7 @@ std::vector<std::u16string> MainWindow::scriptsIn(const QDropEvent& drop) {
   if (!drop.possibleActions().testFlag(Qt::CopyAction)) return paths;
   for (const QUrl& url : drop.mimeData()->urls()) {
     if (!url.isLocalFile()) continue;
-    // Where names are bytes, an address holds any of them, and perhaps the name of this computer.
-    const std::u16string path =
-        QDir::separator() == u'/'
-            ? fromUtf8(QByteArray::fromPercentEncoding(url.path(QUrl::FullyEncoded).toLatin1()).toStdString())
-            : fromQt(QDir::toNativeSeparators(url.toLocalFile()));
+    const std::u16string path = localPath(url);
     if (disk_.fileExists(path)) paths.push_back(path);
   }
   return paths;
@@ -219,6 +221,7 @@ void MainWindow::closeEvent(QCloseEvent* event) {
   EDT_->takeOver();
   handle([this] { principal_.Form_Unload(); });
   rescue_.flush();
+  noteRecent();
 }
 
 }  // namespace dravenna

@@ -44,19 +44,24 @@ Answer MainWindow::messageBox(std::u16string_view text, int flags, std::u16strin
     tellMessage_(text);
     return defaultAnswer(flags);
   }
+  if (beforeBox) beforeBox();
   const ModalPointer pointer(busyShown_ && principal_.Screen.MousePointer != kHourglassPointer);
   return showMessageBox(isVisible() ? this : nullptr, text, flags, title);
 }
 
 void MainWindow::pick(CommonDialog& dialog, bool saving) {
   synchronise();
+  if (beforeBox) beforeBox();
   const ModalPointer pointer(busyShown_ && principal_.Screen.MousePointer != kHourglassPointer);
   const auto accepts = [&](const std::u16string& path) {
     if (!saving || !sameFile(path, principal_.ScriptPath)) return true;
     messageBox(read(principal_.registry(), desktop_words::ScriptIsTarget), kWarning, kTitle);
     return false;
   };
-  if (!showFileDialog(this, dialog, saving, accepts) && dialog.CancelError) throw Failure(u"Cancel was selected.");
+  std::optional<bool> picked;
+  if (pickElsewhere) picked = pickElsewhere(dialog, saving, accepts);
+  if (!picked) picked = showFileDialog(this, dialog, saving, accepts);
+  if (!*picked && dialog.CancelError) throw Failure(u"Cancel was selected.");
 }
 
 void MainWindow::ShowOpen(CommonDialog& dialog) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace dravenna {
@@ -25,6 +26,9 @@ class Process {
   // The verb for text files has been turned on or off in the registry: a shell that does not look there is told.
   // Never fails.
   virtual void shellVerbChanged(bool on) = 0;
+
+  // A file (its absolute path) has been opened: the desktop's list of recent files is told. Never fails.
+  virtual void documentOpened(std::u16string_view path) { static_cast<void>(path); }
 };
 
 // The words behind the program's name, from what main() was given: bytes where arguments are bytes, else UTF-8; a `\`

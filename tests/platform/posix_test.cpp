@@ -8,6 +8,7 @@
 #include "platform/failure.h"
 #include "platform/posix/desktop_entry.h"
 #include "platform/posix/files.h"
+#include "platform/posix/recent_files.h"
 #include "platform/system.h"
 #include "scratch_folder.h"
 #include "text/text.h"
@@ -246,6 +247,39 @@ TEST_F(DesktopEntry, LeavesWhatOthersHaveInTheList) {
   EXPECT_EQ(lists(), before + "text/plain=a.desktop;b.desktop;dravenna-open.desktop;\n" + behind);
   remove();
   EXPECT_EQ(lists(), before + "text/plain=a.desktop;b.desktop;\n" + behind);
+}
+
+TEST_F(DesktopEntry, AnOpenedFileGoesIntoTheListOfRecentOnes) {
+  const auto open = [](const char* time) { posix::addRecentFile(posix::realSystemCalls(), "/s/a b&'%.txt", time); };
+  const auto list = [this] { return folder_.get("data/recently-used.xbel"); };
+  const auto count = [&](std::string_view what) {
+    std::size_t found = 0;
+    const std::string text = list();
+    for (std::size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + 1)) ++found;
+    return found;
+  };
+  const std::string href = "<bookmark href=\"file:///s/a%20b&amp;&apos;%25.txt\"";
+  open("2026-01-01T00:00:00Z");
+  open("2026-01-02T00:00:00Z");
+  EXPECT_EQ(count(href), 1U) << list();
+  EXPECT_EQ(count("added=\"2026-01-01T00:00:00Z\" modified=\"2026-01-02T00:00:00Z\""), 1U) << list();
+  EXPECT_EQ(count("name=\"dravenna\" exec=\"&apos;dravenna %f&apos;\" modified=\"2026-01-02T00:00:00Z\" count=\"2\"/>"),
+            1U)
+      << list();
+
+  std::string others = list();
+  others.replace(others.find("name=\"dravenna\""), 15, "name=\"vi\"");
+  folder_.put("data/recently-used.xbel", others);
+  open("2026-01-03T00:00:00Z");
+  EXPECT_EQ(count("name=\"vi\""), 1U);
+  EXPECT_EQ(count("name=\"dravenna\""), 1U);
+  EXPECT_EQ(count(href), 1U);
+  for (const std::string damaged :
+       {"", "<xbel version=\"1.0\"></xbel>", "<xbel xmlns:bookmark=\"\" xmlns:mime=\"\">"}) {
+    folder_.put("data/recently-used.xbel", damaged);
+    open("2026-01-04T00:00:00Z");
+    EXPECT_EQ(list(), damaged);
+  }
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include "platform/process.h"
 
+#include <ctime>
 #include <exception>
 #include <string>
 #include <utility>
@@ -7,6 +8,7 @@
 
 #include "platform/posix/desktop_entry.h"
 #include "platform/posix/files.h"
+#include "platform/posix/recent_files.h"
 #include "platform/system.h"
 #include "text/text.h"
 
@@ -48,6 +50,19 @@ class PosixProcess : public Process {
       }
     } catch (const std::exception&) {
       // The registry is the record of the state; the entry is a convenience.
+    }
+  }
+
+  void documentOpened(std::u16string_view path) override {
+    try {
+      const std::time_t now = std::time(nullptr);
+      std::tm utc{};
+      char text[sizeof "2026-11-25T12:00:00Z"] = "";
+      if (::gmtime_r(&now, &utc) == nullptr) return;
+      std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", &utc);
+      posix::addRecentFile(posix::realSystemCalls(), posix::pathBytes(path), text);
+    } catch (const std::exception&) {
+      // Nothing of the program depends on the list.
     }
   }
 

@@ -67,6 +67,10 @@ class WindowsProcess : public Process {
 
   void shellVerbChanged(bool) override { ::SHChangeNotify(SHCNE_ASSOCCHANGED, SHCNF_IDLIST, nullptr, nullptr); }
 
+  void documentOpened(std::u16string_view path) override {
+    ::SHAddToRecentDocs(SHARD_PATHW, windows::toWide(path).c_str());
+  }
+
  private:
   std::vector<std::u16string> arguments_;  // those that are the form's
 };
