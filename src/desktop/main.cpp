@@ -14,7 +14,7 @@
 #include "desktop/portal/manners.h"
 #include "desktop/program_style.h"
 #include "desktop/qt_text.h"
-#include "desktop/script_view.h"
+#include "desktop/view/script_view.h"
 #include "platform/system.h"
 #include "settings/settings_transfer.h"
 #include "text/text.h"

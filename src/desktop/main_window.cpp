@@ -11,10 +11,10 @@
 #include "desktop/placing.h"
 #include "desktop/qt_text.h"
 #include "desktop/rescue_dialog.h"
-#include "desktop/script_view.h"
 #include "desktop/search_box.h"
 #include "desktop/status_place.h"
 #include "desktop/twips.h"
+#include "desktop/view/script_view.h"
 #include "platform/system.h"
 #include "text/text.h"
 

@@ -12,7 +12,7 @@
 #include "desktop/key_codes.h"
 #include "desktop/main_window.h"
 #include "desktop/qt_text.h"
-#include "desktop/script_view.h"
+#include "desktop/view/script_view.h"
 #include "editing/error_lines.h"
 
 // The user's input on its way to the form's handlers.

@@ -7,8 +7,8 @@
 #include "desktop/file_dialog.h"
 #include "desktop/main_window.h"
 #include "desktop/message_box.h"
-#include "desktop/script_view.h"
 #include "desktop/search_box.h"
+#include "desktop/view/script_view.h"
 #include "platform/failure.h"
 #include "platform/file_state.h"
 

@@ -1,4 +1,4 @@
-#include "desktop/block_index.h"
+#include "desktop/view/block_index.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "desktop/script_view.h"
+#include "desktop/view/script_view.h"
 
 #include <gtest/gtest.h>
 

@@ -1,12 +1,12 @@
-#include "desktop/script_view_accessible.h"
+#include "desktop/view/script_view_accessible.h"
 
 #include <QtCore/QTextBoundaryFinder>
 #include <QtWidgets/QAccessibleWidget>
 #include <algorithm>
 
 #include "desktop/qt_text.h"
-#include "desktop/script_view.h"
 #include "desktop/twips.h"
+#include "desktop/view/script_view.h"
 
 namespace dravenna {
 

@@ -9,7 +9,7 @@
 #include <optional>
 #include <vector>
 
-#include "desktop/block_index.h"
+#include "desktop/view/block_index.h"
 #include "scan/rich_text_box.h"
 
 namespace dravenna {

@@ -2,8 +2,8 @@
 #include <QtWidgets/QApplication>
 #include <algorithm>
 
-#include "desktop/script_view.h"
 #include "desktop/twips.h"
+#include "desktop/view/script_view.h"
 
 namespace dravenna {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "desktop/block_index.h"
+#include "desktop/view/block_index.h"
 
 namespace dravenna {
 

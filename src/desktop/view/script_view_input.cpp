@@ -5,7 +5,7 @@
 #include <algorithm>
 
 #include "desktop/qt_text.h"
-#include "desktop/script_view.h"
+#include "desktop/view/script_view.h"
 
 // What the user does in the view: caret, selection, copying.
 namespace dravenna {

@@ -1,4 +1,4 @@
-#include "desktop/script_view.h"
+#include "desktop/view/script_view.h"
 
 #include <QtGui/QFontDatabase>
 #include <QtGui/QPainter>
@@ -8,9 +8,9 @@
 #include <cmath>
 
 #include "desktop/display_text.h"
-#include "desktop/script_view_accessible.h"
 #include "desktop/selection_colors.h"
 #include "desktop/twips.h"
+#include "desktop/view/script_view_accessible.h"
 
 namespace dravenna {
 
