@@ -312,7 +312,9 @@ TEST_F(MainWindowTest, AThousandKeysDoWhatTheyDoWithoutAWindow) {
     const auto& [code, key] = keys[random() % std::size(keys)];
     const bool shift = code != kKeyDel && random() % 4 == 0;  // with Del that is a cut
     const bool letter = key == Qt::Key_A || key == Qt::Key_7;
-    const char16_t character = letter ? (shift ? code : code | 0x20) : code == kKeyEnter || code == kKeyEsc ? code : 0;
+    const int lower = letter && !shift ? 0x20 : 0;
+    const bool yields = letter || code == kKeyEnter || code == kKeyEsc;
+    const auto character = static_cast<char16_t>(yields ? code | lower : 0);
     core->key({code, shift ? kShift : std::int16_t{0}, character});
     QTest::sendKeyEvent(QTest::Click, window->windowHandle(), key,
                         character != 0 ? QString(QChar(character)) : QString(),
