@@ -241,7 +241,7 @@ class Associations {
     return argument + "\"";
   }
 
-  // Where the installed entry is taken, this one counts as deleted and only remembers.
+  // Where the installed entry is taken, this one counts as deleted, opens nothing and only remembers.
   static std::string entryText(const std::string& program, const std::string& pinned, bool installed) {
     return "[Desktop Entry]\n"
            "Type=Application\n"
@@ -254,7 +254,7 @@ class Associations {
            "Icon=dravenna\n"
            "Terminal=false\n"
            // Without a place in the menus; the file managers show it all the same.
-           + std::string(installed ? "Hidden" : "NoDisplay") + "=true\nMimeType=" + std::string(kType) + ";\n" +
+           + (installed ? "Hidden=true\n" : "NoDisplay=true\nMimeType=" + std::string(kType) + ";\n") +
            (pinned.empty() ? "" : std::string(kPinnedKey) + "=" + pinned + "\n");
   }
 
