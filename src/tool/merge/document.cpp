@@ -44,8 +44,8 @@ Document scriptDocument(std::string_view work, const CommandLists& lists) {
       const bool forTranslators = text.allowed || text.inMenu || text.segment == Segment::Title;
       document.texts.push_back({text.text, text.begin, forTranslators && hasLetter(text.text), text.inMenu});
     }
-    DocumentLine& made =
-        document.lines.emplace_back(DocumentLine{line.text, line.ending, 0, hashOf(line.text), first, next});
+    document.lines.push_back({line.text, line.ending, 0, hashOf(line.text), first, next});
+    DocumentLine& made = document.lines.back();
     made.code = made.whole;
     if (first == next) return;
     code.clear();
@@ -59,7 +59,7 @@ Document plainDocument(std::string_view work) {
   Document document;
   forEachLine(work, [&](const ScriptLine& line) {
     const std::uint64_t hash = hashOf(line.text);
-    document.lines.emplace_back(DocumentLine{line.text, line.ending, hash, hash, 0, 0});
+    document.lines.push_back({line.text, line.ending, hash, hash, 0, 0});
   });
   return document;
 }
@@ -71,8 +71,7 @@ Document exchangeDocument(std::string_view work) {
     if (!bearsNumber(record, line.number + 1)) {
       throw Failure(u"line " + decimal(static_cast<std::int64_t>(line.number) + 1) + u" does not bear its number");
     }
-    document.lines.emplace_back(
-        DocumentLine{record.text, line.ending, 0, hashOf(record.text), line.number, line.number + 1});
+    document.lines.push_back({record.text, line.ending, 0, hashOf(record.text), line.number, line.number + 1});
     document.texts.push_back({record.text, 0, true, false});
   });
   return document;

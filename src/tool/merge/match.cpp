@@ -11,7 +11,9 @@ namespace dravenna {
 
 namespace {
 
-constexpr std::size_t kMostCells = 1U << 12;  // of the table that weighs every pair of two stretches
+// Of the table that weighs every pair of two stretches, and of one in which their words are compared.
+constexpr std::size_t kMostCells = 1U << 18;
+constexpr std::size_t kMostLikened = 1U << 12;
 
 struct Stretch {
   std::size_t aBegin, aEnd, bBegin, bEnd;
@@ -22,72 +24,111 @@ class LineMatcher {
   LineMatcher(const Document& a, const Document& b) : a_(a), b_(b) {}
 
   std::vector<LinePair> run(const Stretch& all) {
-    eachStretchBetween(all, &DocumentLine::whole, [&](const Stretch& between) { matchChanged(between); });
+    std::vector<Stretch> open{all};
+    while (!open.empty()) {
+      Stretch s = open.back();
+      open.pop_back();
+      trim(s);
+      if (s.aBegin == s.aEnd || s.bBegin == s.bEnd || pairParallel(s) || splitAtUnique(s, open)) continue;
+      const std::size_t n = s.aEnd - s.aBegin;
+      const std::size_t m = s.bEnd - s.bBegin;
+      if (n <= kMostCells / m) {
+        weigh(s, n, m);
+      } else {
+        const auto code = [](const DocumentLine& line) { return line.code; };
+        pairRuns(s, alignSequences(numbers(a_, s.aBegin, s.aEnd, code), numbers(b_, s.bBegin, s.bEnd, code)), nullptr);
+      }
+    }
+    std::sort(pairs_.begin(), pairs_.end(), [](const LinePair& x, const LinePair& y) { return x.a < y.a; });
     return std::move(pairs_);
   }
 
  private:
-  using Number = std::uint64_t DocumentLine::*;
-
+  template <class Number>
   static std::vector<std::uint64_t> numbers(const Document& document, std::size_t begin, std::size_t end,
-                                            Number number) {
+                                            Number&& number) {
     std::vector<std::uint64_t> list;
     list.reserve(end - begin);
-    for (std::size_t i = begin; i < end; ++i) list.push_back(document.lines[i].*number);
+    for (std::size_t i = begin; i < end; ++i) list.push_back(number(document.lines[i]));
     return list;
   }
 
-  // Pairs the lines of one number; what stands between goes to between(stretch), in order.
-  template <class Between>
-  void eachStretchBetween(Stretch rest, Number number, Between&& between) {
-    const std::size_t a = rest.aBegin;
-    const std::size_t b = rest.bBegin;
-    const auto ahead = [&](std::size_t aEnd, std::size_t bEnd) {
-      if (rest.aBegin < aEnd && rest.bBegin < bEnd) between(Stretch{rest.aBegin, aEnd, rest.bBegin, bEnd});
-    };
-    for (const EqualRun& run :
-         alignSequences(numbers(a_, rest.aBegin, rest.aEnd, number), numbers(b_, rest.bBegin, rest.bEnd, number))) {
-      ahead(a + run.a, b + run.b);
-      for (std::size_t i = 0; i < run.length; ++i) pairs_.push_back({a + run.a + i, b + run.b + i});
-      rest.aBegin = a + run.a + run.length;
-      rest.bBegin = b + run.b + run.length;
+  void pair(std::size_t a, std::size_t b) { pairs_.push_back({a, b}); }
+
+  void trim(Stretch& s) {
+    const auto same = [&](std::size_t i, std::size_t j) { return a_.lines[i].whole == b_.lines[j].whole; };
+    while (s.aBegin < s.aEnd && s.bBegin < s.bEnd && same(s.aBegin, s.bBegin)) pair(s.aBegin++, s.bBegin++);
+    while (s.aBegin < s.aEnd && s.bBegin < s.bEnd && same(s.aEnd - 1, s.bEnd - 1)) pair(--s.aEnd, --s.bEnd);
+  }
+
+  // The same code, line by line.
+  bool pairParallel(const Stretch& s) {
+    const std::size_t n = s.aEnd - s.aBegin;
+    if (n != s.bEnd - s.bBegin) return false;
+    for (std::size_t i = 0; i < n; ++i) {
+      if (!sameCode(s.aBegin + i, s.bBegin + i)) return false;
     }
-    ahead(rest.aEnd, rest.bEnd);
+    for (std::size_t i = 0; i < n; ++i) pair(s.aBegin + i, s.bBegin + i);
+    return true;
+  }
+
+  // Pairs runs of equal items; what stands between them is put into `open`.
+  void pairRuns(const Stretch& s, const std::vector<EqualRun>& runs, std::vector<Stretch>* open) {
+    std::size_t a = s.aBegin;
+    std::size_t b = s.bBegin;
+    for (const EqualRun& run : runs) {
+      for (std::size_t i = 0; i < run.length; ++i) pair(s.aBegin + run.a + i, s.bBegin + run.b + i);
+      if (open != nullptr) open->push_back({a, s.aBegin + run.a, b, s.bBegin + run.b});
+      a = s.aBegin + run.a + run.length;
+      b = s.bBegin + run.b + run.length;
+    }
+    if (open != nullptr) open->push_back({a, s.aEnd, b, s.bEnd});
+  }
+
+  // Cuts at lines that are the only one of their code, or of their code and texts, on each side.
+  bool splitAtUnique(const Stretch& s, std::vector<Stretch>& open) {
+    struct Counts {
+      std::size_t a = 0, b = 0;
+    };
+    std::unordered_map<std::uint64_t, Counts> codes;
+    std::unordered_map<std::uint64_t, Counts> wholes;
+    for (std::size_t i = s.aBegin; i < s.aEnd; ++i) ++codes[a_.lines[i].code].a, ++wholes[a_.lines[i].whole].a;
+    for (std::size_t i = s.bBegin; i < s.bEnd; ++i) ++codes[b_.lines[i].code].b, ++wholes[b_.lines[i].whole].b;
+    const auto unique = [](const Counts& counts) { return counts.a == 1 && counts.b == 1; };
+    std::uint64_t none = 0;  // never the same again
+    const auto number = [&](const DocumentLine& line) {
+      return unique(codes[line.code]) ? line.code : unique(wholes[line.whole]) ? line.whole : ++none;
+    };
+    const auto aNumbers = numbers(a_, s.aBegin, s.aEnd, number);
+    const std::vector<EqualRun> runs = alignSequences(aNumbers, numbers(b_, s.bBegin, s.bEnd, number));
+    if (!runs.empty()) pairRuns(s, runs, &open);
+    return !runs.empty();
   }
 
   bool sameCode(std::size_t i, std::size_t j) const { return a_.lines[i].code == b_.lines[j].code; }
 
-  // No line of one is wholly a line of the other, in order.
-  void matchChanged(const Stretch& s) {
-    const std::size_t n = s.aEnd - s.aBegin;
-    const std::size_t m = s.bEnd - s.bBegin;
-    bool parallel = n == m;
-    for (std::size_t i = 0; i < n && parallel; ++i) parallel = sameCode(s.aBegin + i, s.bBegin + i);
-    if (parallel || n > kMostCells / m) {
-      eachStretchBetween(s, &DocumentLine::code, [](const Stretch&) {});
-    } else {
-      weigh(s, n, m);
-    }
-  }
-
   void weigh(const Stretch& s, std::size_t n, std::size_t m) {
-    constexpr std::uint32_t kPair = 1U << 20;  // more than all likenesses together
+    constexpr std::uint64_t kPair = 1U << 20;  // more than all likenesses together
     constexpr double kLikeness = 1000;
-    std::vector<std::uint32_t> best((n + 1) * (m + 1));
-    const auto at = [&](std::size_t i, std::size_t j) -> std::uint32_t& { return best[i * (m + 1) + j]; };
-    std::vector<std::uint32_t> own(n * m);
+    std::vector<std::uint64_t> best((n + 1) * (m + 1));
+    const auto at = [&](std::size_t i, std::size_t j) -> std::uint64_t& { return best[i * (m + 1) + j]; };
+    std::vector<std::uint64_t> own(n * m);
     for (std::size_t i = n; i-- > 0;) {
       for (std::size_t j = m; j-- > 0;) {
-        std::uint32_t& value = own[i * m + j];
+        std::uint64_t& value = own[i * m + j];
         if (sameCode(s.aBegin + i, s.bBegin + j)) {
-          const double alike = likenessOf(a_.lines[s.aBegin + i].text, b_.lines[s.bBegin + j].text);
-          value = kPair + static_cast<std::uint32_t>(kLikeness * alike);
+          const DocumentLine& one = a_.lines[s.aBegin + i];
+          const DocumentLine& other = b_.lines[s.bBegin + j];
+          const double alike = one.whole == other.whole ? 1
+                               : n * m <= kMostLikened  ? likenessOf(one.text, other.text)
+                                                        : 0;
+          value = kPair + static_cast<std::uint64_t>(kLikeness * alike);
         }
-        at(i, j) = std::max({at(i + 1, j), at(i, j + 1), value == 0 ? 0 : value + at(i + 1, j + 1)});
+        at(i, j) = std::max({at(i + 1, j), at(i, j + 1), value == 0 ? std::uint64_t{0} : value + at(i + 1, j + 1)});
       }
     }
     for (std::size_t i = 0, j = 0; i < n && j < m;) {
-      const std::uint32_t value = own[i * m + j];
+      const std::uint64_t value = own[i * m + j];
       if (value != 0 && at(i, j) == value + at(i + 1, j + 1)) {
         pairs_.push_back({s.aBegin + i++, s.bBegin + j++});
       } else if (at(i, j) == at(i + 1, j)) {

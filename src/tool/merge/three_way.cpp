@@ -5,7 +5,6 @@
 #include "exchange/records.h"
 #include "tool/merge/match.h"
 #include "tool/merge/text_change.h"
-#include "tool/script/align.h"
 
 namespace dravenna {
 
@@ -27,15 +26,8 @@ LineEnds lineEndsOf(const Document& document) {
 
 class Merger {
  public:
-  // A stretch of lines of the base.
-  struct Stretch {
-    std::size_t begin, end;
-    bool operator==(const Stretch&) const = default;
-  };
-
-  // `doubtful`: stretches in which changes of both sides conflict however far they are apart.
   Merger(const Codec& codec, const Document& base, const Document& ours, const Document& theirs,
-         const ThreeWayOptions& options, std::vector<Stretch> doubtful = {})
+         const ThreeWayOptions& options)
       : codec_(codec),
         base_(base),
         ours_(ours),
@@ -45,8 +37,7 @@ class Merger {
         toTheirs_(matchVersions(base, theirs, true)),
         ends_(lineEndsOf(ours)),
         sameEnds_(ours.lines.size() < 2 || ends_ == lineEndsOf(theirs)),
-        seen_(theirs.texts.size()),
-        doubtful_(std::move(doubtful)) {
+        seen_(theirs.texts.size()) {
     if (ours.lines.size() < 2) ends_ = lineEndsOf(theirs);
   }
 
@@ -58,7 +49,7 @@ class Merger {
       const bool end = next == base_.lines.size();
       const std::size_t oursEnd = end ? ours_.lines.size() : toOurs_.lineOf[next];
       const std::size_t theirsEnd = end ? theirs_.lines.size() : toTheirs_.lineOf[next];
-      if (oursEnd == kNone || theirsEnd == kNone || (!end && isDoubtful(next))) continue;
+      if (oursEnd == kNone || theirsEnd == kNone) continue;
       changed({b, next, o, oursEnd, t, theirsEnd});
       if (end) break;
       emit(oursEnd, theirsEnd);
@@ -68,43 +59,6 @@ class Merger {
     }
     endConflict();
     return std::move(out_);
-  }
-
-  // Whether each side has changed lines of code.
-  bool bothChangedCode() const {
-    return !unchanged(toOurs_, 0, base_.lines.size(), 0, ours_.lines.size()) &&
-           !unchanged(toTheirs_, 0, base_.lines.size(), 0, theirs_.lines.size());
-  }
-
-  // The code of each line of a result without conflicts.
-  const std::vector<std::uint64_t>& codes() const { return codes_; }
-
-  // Where the result and one with these codes differ, up to the lines that all versions have.
-  std::vector<Stretch> differencesFrom(const std::vector<std::uint64_t>& codes) const {
-    std::vector<Stretch> stretches;
-    std::size_t from = 0;
-    std::size_t otherFrom = 0;
-    const auto differ = [&](std::size_t to, std::size_t otherTo) {
-      if (from == to && otherFrom == otherTo) return;
-      std::size_t begin = from;
-      while (begin > 0 && baseLines_[begin - 1] == kNone) --begin;
-      std::size_t end = to;
-      while (end < baseLines_.size() && baseLines_[end] == kNone) ++end;
-      const Stretch stretch{begin == 0 ? 0 : baseLines_[begin - 1] + 1,
-                            end == baseLines_.size() ? base_.lines.size() : baseLines_[end]};
-      if (!stretches.empty() && stretch.begin <= stretches.back().end) {
-        stretches.back().end = stretch.end;
-      } else {
-        stretches.push_back(stretch);
-      }
-    };
-    for (const EqualRun& run : alignSequences(codes_, codes)) {
-      differ(run.a, run.b);
-      from = run.a + run.length;
-      otherFrom = run.b + run.length;
-    }
-    differ(codes_.size(), codes.size());
-    return stretches;
   }
 
  private:
@@ -131,15 +85,8 @@ class Merger {
     return true;
   }
 
-  bool isDoubtful(std::size_t baseLine) const {
-    return std::any_of(doubtful_.begin(), doubtful_.end(),
-                       [&](const Stretch& s) { return s.begin <= baseLine && baseLine < s.end; });
-  }
-
   void changed(const Region& r) {
-    if (std::find(doubtful_.begin(), doubtful_.end(), Stretch{r.bBegin, r.bEnd}) != doubtful_.end()) {
-      changedOnBothSides(r);
-    } else if (unchanged(toOurs_, r.bBegin, r.bEnd, r.oBegin, r.oEnd)) {
+    if (unchanged(toOurs_, r.bBegin, r.bEnd, r.oBegin, r.oEnd)) {
       for (std::size_t t = r.tBegin; t < r.tEnd; ++t) emit(kNone, t);
     } else if (unchanged(toTheirs_, r.bBegin, r.bEnd, r.tBegin, r.tEnd)) {
       for (std::size_t o = r.oBegin; o < r.oEnd; ++o) emit(o, kNone);
@@ -149,11 +96,16 @@ class Merger {
     }
   }
 
-  // What both sides have is no conflict.
+  // What both sides have is no conflict, unless it is but lines of one code with texts of their own.
   void changedOnBothSides(const Region& r) {
+    const auto pairs = matchLines(ours_, r.oBegin, r.oEnd, theirs_, r.tBegin, r.tEnd);
+    const bool alike = std::any_of(pairs.begin(), pairs.end(), [&](const LinePair& pair) {
+      return ours_.lines[pair.a].whole == theirs_.lines[pair.b].whole;
+    });
     std::size_t o = r.oBegin;
     std::size_t t = r.tBegin;
-    for (const LinePair& pair : matchLines(ours_, r.oBegin, r.oEnd, theirs_, r.tBegin, r.tEnd)) {
+    for (const LinePair& pair : pairs) {
+      if (!alike) break;
       conflict(o, pair.a, t, pair.b);
       emit(pair.a, pair.b);
       o = pair.a + 1;
@@ -226,17 +178,14 @@ class Merger {
   void emit(std::size_t o, std::size_t t) {
     const Document& document = o != kNone ? ours_ : theirs_;
     const DocumentLine& line = document.lines[o != kNone ? o : t];
-    codes_.push_back(line.code);
-    const bool everywhere = o != kNone && t != kNone && toOurs_.baseLineOf[o] == toTheirs_.baseLineOf[t];
-    baseLines_.push_back(everywhere ? toOurs_.baseLineOf[o] : kNone);
     const std::size_t firstNote = out_.notes.size();
     std::string oursLine;
     std::string theirsLine;
     std::size_t copied = 0;
     for (std::size_t i = line.firstText; i < line.endText; ++i) {
-      const Choice choice = o == kNone   ? chooseFor(kNone, i)
-                            : t == kNone ? chooseFor(i, kNone)
-                                         : chooseFor(i, theirs_.lines[t].firstText + (i - line.firstText));
+      const Choice choice = o == kNone   ? chooseFor(kNone, i, false)
+                            : t == kNone ? chooseFor(i, kNone, toOurs_.baseLineOf[o] == kNone)
+                                         : chooseFor(i, theirs_.lines[t].firstText + (i - line.firstText), false);
       const TextPlace& place = document.texts[i];
       const std::string_view code = line.text.substr(copied, place.begin - copied);
       oursLine.append(code).append(choice.ours);
@@ -256,11 +205,13 @@ class Merger {
   }
 
   // A text of a line of the result: finds its other versions.
-  Choice chooseFor(std::size_t o, std::size_t t) {
+  // `ownLine`: ours have made another line of it, so that which text was its base is a guess.
+  Choice chooseFor(std::size_t o, std::size_t t, bool ownLine) {
     std::size_t b = kNone;
     if (t != kNone) {
       b = toTheirs_.baseTextOf[t];
-      if (b != kNone && toOurs_.textOf[b] != kNone) o = toOurs_.textOf[b];
+      const bool pairedElsewhere = o != kNone && toOurs_.baseTextOf[o] != kNone;
+      if (b != kNone && (o == kNone || pairedElsewhere || toOurs_.textOf[b] != kNone)) o = toOurs_.textOf[b];
     }
     if (b == kNone && o != kNone) {
       b = toOurs_.baseTextOf[o];
@@ -275,7 +226,7 @@ class Merger {
     if (o == kNone && t != kNone && b != kNone) return onlyTheirs(t, base_.texts[b].text, {});
     if (o == kNone) return onlyTheirs(t, {}, {});
     if (t == kNone) return Choice(ours_.texts[o].text);
-    return choose(ours_.texts[o].text, theirs_.texts[t], b == kNone ? nullptr : &base_.texts[b]);
+    return choose(ours_.texts[o].text, theirs_.texts[t], b == kNone ? nullptr : &base_.texts[b], ownLine);
   }
 
   Choice onlyTheirs(std::size_t t, std::string_view before, std::string_view translation) {
@@ -284,7 +235,7 @@ class Merger {
     return Choice(place.text);
   }
 
-  Choice choose(std::string_view ours, const TextPlace& theirs, const TextPlace* base) {
+  Choice choose(std::string_view ours, const TextPlace& theirs, const TextPlace* base, bool ownLine) {
     const std::string_view now = theirs.text;
     const std::string_view before = base == nullptr ? std::string_view() : base->text;
     if (ours == now || (base != nullptr && before == now)) return Choice(ours);
@@ -292,7 +243,7 @@ class Merger {
       if (theirs.toTranslate) note(MergeNote::Kind::Translate, now, before, ours);
       return Choice(now);
     }
-    OnConflict way = options_.onConflict;
+    OnConflict way = ownLine ? OnConflict::Ours : options_.onConflict;
     if (way == OnConflict::Smart) {
       const bool small = base == nullptr ||
                          (theirs.toTranslate && isSmallChange(codec_.decode(before), codec_.decode(now), theirs.menu));
@@ -314,10 +265,13 @@ class Merger {
   // Texts that changed in lines of which ours have become others.
   void tellUnseen(std::size_t begin, std::size_t end) {
     for (std::size_t t = begin; t < end; ++t) {
-      for (std::size_t i = theirs_.lines[t].firstText; i < theirs_.lines[t].endText; ++i) {
-        const std::size_t b = toTheirs_.baseTextOf[i];
-        if (seen_[i] || b == kNone || base_.texts[b].text == theirs_.texts[i].text) continue;
-        note(MergeNote::Kind::LookAt, theirs_.texts[i].text, base_.texts[b].text, {});
+      const DocumentLine& line = theirs_.lines[t];
+      const std::size_t b = base_.lines[toTheirs_.baseLineOf[t]].firstText;
+      for (std::size_t i = line.firstText; i < line.endText; ++i) {
+        const std::string_view before = base_.texts[b + (i - line.firstText)].text;
+        if (!seen_[i] && before != theirs_.texts[i].text) {
+          note(MergeNote::Kind::LookAt, theirs_.texts[i].text, before, {});
+        }
       }
     }
   }
@@ -334,36 +288,17 @@ class Merger {
   std::vector<bool> seen_;  // texts of theirs that have been looked at
   std::vector<ConflictLine> conflictOurs_;
   std::vector<ConflictLine> conflictTheirs_;
-  std::vector<Stretch> doubtful_;
-  std::vector<std::uint64_t> codes_;    // of the lines written
-  std::vector<std::size_t> baseLines_;  // of these, where all versions have them
   std::size_t lines_ = 0;
   std::size_t record_ = 0;
   std::string buffer_;
   ThreeWay out_;
 };
 
-Document withoutTexts(const Document& document) {
-  Document code;
-  for (const DocumentLine& line : document.lines) {
-    code.lines.push_back({line.text, line.ending, line.code, line.code, 0, 0});
-  }
-  return code;
-}
-
 }  // namespace
 
 ThreeWay mergeThreeWay(const Codec& codec, const Document& base, const Document& ours, const Document& theirs,
                        const ThreeWayOptions& options) {
-  Merger merger(codec, base, ours, theirs, options);
-  ThreeWay merged = merger.run();
-  if (merged.conflicts > 0 || !merger.bothChangedCode()) return merged;
-  // Among lines of one code, texts tell which were added or removed; where the code alone tells otherwise, a person
-  // must.
-  const Document codes[] = {withoutTexts(base), withoutTexts(ours), withoutTexts(theirs)};
-  Merger byCode(codec, codes[0], codes[1], codes[2], options);
-  if (byCode.run().conflicts > 0 || byCode.codes() == merger.codes()) return merged;
-  return Merger(codec, base, ours, theirs, options, merger.differencesFrom(byCode.codes())).run();
+  return Merger(codec, base, ours, theirs, options).run();
 }
 
 }  // namespace dravenna
