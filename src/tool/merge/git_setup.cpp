@@ -14,15 +14,22 @@ constexpr std::string_view kEnd = "# dravenna-lxf git setup: end";
 
 constexpr char kHook[] = R"(#!/bin/sh
 {}
-# Checks the scripts and exchange files of a commit as they stand in the index; git commit --no-verify commits anyway.
+# Checks the scripts and exchange files of a commit as they stand in the index, for what is not in the last commit.
+# git commit --no-verify commits anyway.
 tool={}
 command -v "$tool" >/dev/null || exit 0
 folder=$(mktemp -d) || exit
 trap 'rm -rf "$folder"' EXIT
 git diff --cached --name-only -z --diff-filter=ACMR -- {} >"$folder/names"
 [ -s "$folder/names" ] || exit 0
-git checkout-index -z --stdin --prefix="$folder/index/" <"$folder/names"
-cd "$folder/index" && "$tool" check . -q{}
+git checkout-index -z --stdin --prefix="$folder/new/" <"$folder/names"
+mkdir "$folder/old"
+if GIT_INDEX_FILE="$folder/index" git read-tree HEAD 2>/dev/null; then
+  GIT_INDEX_FILE="$folder/index" git checkout-index -q -z --stdin --prefix="$folder/old/" <"$folder/names" 2>/dev/null
+fi
+check() {{ "$tool" check . -q{} "$@"; }}
+cd "$folder/old" && check --baseline ../known --write-baseline >/dev/null 2>&1
+cd "$folder/new" && if [ -f ../known ]; then check --baseline ../known; else check; fi
 {}
 )";
 
