@@ -178,6 +178,10 @@ class Merger {
   void emit(std::size_t o, std::size_t t) {
     const Document& document = o != kNone ? ours_ : theirs_;
     const DocumentLine& line = document.lines[o != kNone ? o : t];
+    if (line.firstText == line.endText) {
+      endConflict();
+      return write(line.text, endOf(o, t));
+    }
     const std::size_t firstNote = out_.notes.size();
     std::string oursLine;
     std::string theirsLine;
