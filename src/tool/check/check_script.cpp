@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "text/fnv1a.h"
 #include "text/text.h"
 #include "tool/script/script_lines.h"
 #include "tool/script/shown.h"
@@ -60,8 +61,8 @@ void checkEscapedQuotes(Findings& findings, std::size_t lineNumber, std::string_
 std::uint64_t Findings::hashOfLine(std::string_view line) {
   while (!line.empty() && (line.front() == ' ' || line.front() == '\t')) line.remove_prefix(1);
   while (!line.empty() && (line.back() == ' ' || line.back() == '\t')) line.remove_suffix(1);
-  std::uint64_t hash = 0xCBF29CE484222325;  // FNV-1a
-  for (const char c : line) hash = (hash ^ static_cast<unsigned char>(c)) * 0x100000001B3;
+  std::uint64_t hash = kFnv1aStart;
+  for (const char c : line) hash = fnv1a(hash, c);
   return hash;
 }
 

@@ -7,6 +7,7 @@
 #include "tool/script/breaks.h"
 #include "tool/script/codec.h"
 #include "tool/script/outline.h"
+#include "tool/script/tokens.h"
 
 // What is wrong with a translation: pure work over two texts, for scripts, exchange files and whoever types one.
 namespace dravenna {
@@ -29,16 +30,6 @@ std::vector<Break> checkTranslation(const Codec& codec, const TextPair& pair);
 
 // Whether a `+` of the code stands in front of a text or behind it, blanks and line ends aside.
 void findPlus(std::string_view work, const OutlineText& text, TextPair& pair);
-
-// What a translation must not change, in the order of the text.
-struct Token {
-  const char* kind;  // color-code, item-code, tag, placeholder, number
-  std::size_t begin;
-  std::string text;  // of a number only its digits
-};
-std::vector<Token> tokensOf(std::string_view text);
-// Whether such a token may stand in another text of the dialogue page, since translators re-flow sentences.
-bool mayMove(std::string_view kind);
 
 // A text for a message: escaped, in quotes, long ones cut.
 std::string quotedText(const Codec& codec, std::string_view work);

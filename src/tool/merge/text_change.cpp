@@ -4,15 +4,13 @@
 #include <string>
 #include <vector>
 
-#include "color/color_codes.h"
 #include "text/ascii.h"
 #include "text/case_fold.h"
+#include "tool/script/tokens.h"
 
 namespace dravenna {
 
 namespace {
-
-bool isDigit(char16_t c) { return c >= '0' && c <= '9'; }
 
 bool isAsciiLetter(char16_t c) { return lowerAscii(c) >= 'a' && lowerAscii(c) <= 'z'; }
 
@@ -24,43 +22,25 @@ bool isMark(char16_t c) {
 
 // A text cut in two: what must stay, and its letters in one case.
 struct Parts {
-  std::u16string fixed;
+  std::string fixed;
   std::u16string letters;
 };
 
-// The end of what must stay at `at`: a colour or another code, a placeholder, a tag, a number; `at` where nothing is.
-std::size_t endOfFixed(std::u16string_view text, std::size_t at, bool menu) {
-  const auto skip = [&](std::size_t from, auto&& is) {
-    while (from < text.size() && is(text[from])) ++from;
-    return from;
-  };
-  const auto isWord = [](char16_t c) { return isDigit(c) || isAsciiLetter(c); };
-  const char16_t c = text[at];
-  if (c == '^') return isColorCode(text, at) ? at + 7 : skip(at + 1, isWord);
-  if (c == '%') {
-    const std::size_t letter = skip(at + 1, isDigit);
-    return letter < text.size() && isAsciiLetter(text[letter]) ? letter + 1 : at + 1;
-  }
-  if (c == '<') {
-    const std::size_t close = text.find('>', at);
-    return close == std::u16string_view::npos ? at : close + 1;
-  }
-  if (c == ':' && menu) return at + 1;
-  return skip(at, isDigit);
-}
-
-Parts partsOf(std::u16string_view text, bool menu) {
+Parts partsOf(const Codec& codec, std::string_view text, bool menu) {
   Parts parts;
-  for (std::size_t at = 0; at < text.size();) {
-    const std::size_t end = endOfFixed(text, at, menu);
-    if (end > at) {
-      parts.fixed.append(text.substr(at, end - at)).push_back(0);
-      at = end;
-      continue;
+  const auto addLetters = [&](std::string_view between) {
+    for (const char16_t c : codec.decode(between)) {
+      if (c == ':' && menu) parts.fixed += ':';
+      if (isAsciiLetter(c) || !isMark(c)) parts.letters.push_back(foldCase(c));
     }
-    if (isAsciiLetter(text[at]) || !isMark(text[at])) parts.letters.push_back(foldCase(text[at]));
-    ++at;
+  };
+  std::size_t at = 0;
+  for (const Token& token : tokensOf(text)) {
+    addLetters(text.substr(at, token.begin - at));
+    parts.fixed.append(token.text).push_back('\0');
+    at = token.end;
   }
+  addLetters(text.substr(at));
   return parts;
 }
 
@@ -81,15 +61,17 @@ std::size_t editDistance(std::u16string_view a, std::u16string_view b) {
 
 }  // namespace
 
-bool isSmallChange(std::u16string_view before, std::u16string_view now, bool menu) {
+bool isSmallChange(const Codec& codec, std::string_view before, std::string_view now, bool menu) {
   constexpr std::size_t kMostCharacters = 2;
-  const Parts was = partsOf(before, menu);
-  const Parts is = partsOf(now, menu);
+  const Parts was = partsOf(codec, before, menu);
+  const Parts is = partsOf(codec, now, menu);
   if (was.fixed != is.fixed) return false;
   if (was.letters == is.letters) return true;
-  const std::size_t most = std::min(kMostCharacters, before.size() / 10);
-  if (std::max(before.size(), now.size()) - std::min(before.size(), now.size()) > most) return false;
-  return editDistance(before, now) <= most;
+  const std::u16string wasText = codec.decode(before);
+  const std::u16string isText = codec.decode(now);
+  const std::size_t most = std::min(kMostCharacters, wasText.size() / 10);
+  if (std::max(wasText.size(), isText.size()) - std::min(wasText.size(), isText.size()) > most) return false;
+  return editDistance(wasText, isText) <= most;
 }
 
 }  // namespace dravenna

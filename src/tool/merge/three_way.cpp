@@ -249,8 +249,7 @@ class Merger {
     }
     OnConflict way = ownLine ? OnConflict::Ours : options_.onConflict;
     if (way == OnConflict::Smart) {
-      const bool small = base == nullptr ||
-                         (theirs.toTranslate && isSmallChange(codec_.decode(before), codec_.decode(now), theirs.menu));
+      const bool small = base == nullptr || (theirs.toTranslate && isSmallChange(codec_, before, now, theirs.menu));
       way = small ? OnConflict::Ours : OnConflict::Theirs;
     }
     if (way == OnConflict::Markers) {

@@ -8,6 +8,7 @@
 #include "exchange/records.h"
 #include "scan/line_scanner.h"
 #include "text/ascii.h"
+#include "text/fnv1a.h"
 #include "tool/script/align.h"
 #include "tool/script/script_lines.h"
 
@@ -115,7 +116,7 @@ class OutlineBuilder {
     if (c == ';') menu_ = Menu::None;
   }
 
-  void addCode(char c) { codeBefore_ = (codeBefore_ ^ static_cast<unsigned char>(c)) * 0x100000001B3; }
+  void addCode(char c) { codeBefore_ = fnv1a(codeBefore_, c); }
 
   void enterPage() {
     if (pageEnds_ || outline_.pages == 0) {
