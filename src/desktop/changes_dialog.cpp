@@ -16,7 +16,7 @@ namespace dravenna {
 
 namespace {
 
-constexpr qsizetype kMostShown = 1 << 10;  // characters of a text in the list
+constexpr qsizetype kMostInRow = 1 << 10;  // characters of a text in the list
 
 }  // namespace
 
@@ -48,7 +48,7 @@ ChangesDialog::ChangesDialog(Principal& principal, QWidget* parent)
   connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
 
   const std::u16string& text = principal.N.Text();
-  const auto cut = [](const std::u16string& whole) { return displayText(whole).left(kMostShown); };
+  const auto cut = [](const std::u16string& whole) { return displayText(whole).left(kMostInRow); };
   for (const TextChange& change : principal.changes()) {
     const auto until = text.begin() + quotePosition(text, change.quote);
     auto* row = new QTreeWidgetItem(list_);

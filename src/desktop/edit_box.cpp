@@ -19,7 +19,7 @@ namespace dravenna {
 
 namespace {
 
-constexpr qsizetype kMostShown = 1'000'000;
+constexpr qsizetype kMostInBox = 1'000'000;
 constexpr int kNoLimit = std::numeric_limits<int>::max() / 2;  // the box adds to it
 
 bool isLineBreak(QChar c) {
@@ -65,7 +65,7 @@ void EditBox::synchronise() {
 
 void EditBox::showText() {
   const std::u16string& wanted = model_.Text();
-  const bool tooLong = static_cast<qsizetype>(wanted.size()) > kMostShown;
+  const bool tooLong = static_cast<qsizetype>(wanted.size()) > kMostInBox;
   if (tooLong != tooLong_) setReadOnly(tooLong);
   tooLong_ = tooLong;
   const QString shown = tooLong ? QStringLiteral("(%1 characters: too long to edit)").arg(wanted.size()) : toQt(wanted);
@@ -136,7 +136,7 @@ void EditBox::focusOutEvent(QFocusEvent* event) {
 
 void EditBox::insertJoined(const QString& pasted) {
   const QString line = joined(pasted);
-  if (isReadOnly() || text().size() + line.size() > kMostShown) {
+  if (isReadOnly() || text().size() + line.size() > kMostInBox) {
     QApplication::beep();
   } else if (!line.isEmpty()) {
     insert(line);

@@ -19,7 +19,7 @@ namespace dravenna {
 
 namespace {
 
-constexpr qsizetype kMostShown = 1 << 20;  // characters
+constexpr qsizetype kMostInPreview = 1 << 20;  // characters
 
 QString lineOf(const Rescue::Find& find, Registry& registry) {
   const bool journal = find.texts > 0;
@@ -75,7 +75,7 @@ void RescueDialog::showChosen() {
   content_->clear();
   if (!any) return;
   const std::optional<Failure> failure =
-      attempt([this] { content_->setPlainText(toQt(contentOf(chosen(), rescue_)).left(kMostShown)); });
+      attempt([this] { content_->setPlainText(toQt(contentOf(chosen(), rescue_)).left(kMostInPreview)); });
   if (failure) content_->setPlainText(toQt(failure->description()));
 }
 

@@ -56,10 +56,10 @@ constexpr std::array<std::uint64_t, 256> makeRows() {
 
 constexpr std::array<std::uint64_t, 256> kRows = makeRows();
 
-constexpr std::size_t kBlock = 32;  // bytes that are looked at together
+constexpr std::size_t kLookAhead = 32;  // bytes that are looked at together
 
-bool isAsciiBlock(const char* bytes) {
-  std::uint64_t words[kBlock / 8];
+bool isAsciiOnly(const char* bytes) {
+  std::uint64_t words[kLookAhead / 8];
   std::memcpy(words, bytes, sizeof words);
   return ((words[0] | words[1] | words[2] | words[3]) & 0x8080808080808080u) == 0;
 }
@@ -75,9 +75,9 @@ HighBytes highBytesOf(std::string_view bytes) {
     sequences += byte >= 0xC0 ? 1 : 0;
   };
   std::size_t at = 0;
-  for (; at + kBlock <= bytes.size(); at += kBlock) {
-    if ((state & kStateBits) == Start && isAsciiBlock(bytes.data() + at)) continue;
-    for (std::size_t i = 0; i < kBlock; ++i) step(bytes[at + i]);
+  for (; at + kLookAhead <= bytes.size(); at += kLookAhead) {
+    if ((state & kStateBits) == Start && isAsciiOnly(bytes.data() + at)) continue;
+    for (std::size_t i = 0; i < kLookAhead; ++i) step(bytes[at + i]);
     if ((state & kStateBits) == Wrong) return HighBytes::Other;
   }
   for (; at < bytes.size(); ++at) step(bytes[at]);

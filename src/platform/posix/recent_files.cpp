@@ -10,7 +10,7 @@ namespace dravenna::posix {
 
 namespace {
 
-constexpr std::size_t kLargestFile = 16u << 20;  // bytes
+constexpr std::size_t kLargestList = 16u << 20;  // bytes
 constexpr std::size_t kNone = std::string::npos;
 constexpr std::string_view kEmptyList =
     "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
@@ -96,7 +96,7 @@ void noteOpening(std::string& text, std::size_t element, const std::string& time
 std::string listIn(SystemCalls& calls, const std::string& path) {
   try {
     OpenFile file = openForReading(calls, path);
-    return readWholeFile(file, kLargestFile);
+    return readWholeFile(file, kLargestList);
   } catch (const SystemFailure& failure) {
     if (failure.error() == ENOENT) return std::string(kEmptyList);
     throw;

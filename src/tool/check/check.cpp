@@ -42,7 +42,7 @@ struct Options {
   std::string filesFrom;
   std::string baseline;
   bool writeBaseline = false;
-  ReportFormat format = ReportFormat::Text;
+  ReportFormat format = ReportFormat::Lines;
   bool json = false;
   Severity failOn = Severity::Note;
 };
@@ -51,7 +51,7 @@ ReportFormat formatOf(std::string_view name) {
   return name == "sarif"    ? ReportFormat::Sarif
          : name == "github" ? ReportFormat::GitHub
          : name == "json"   ? ReportFormat::Json
-                            : ReportFormat::Text;
+                            : ReportFormat::Lines;
 }
 
 Severity levelOf(std::string_view name) {

@@ -76,7 +76,7 @@ void FindingReport::addGitHub(const std::string& path, const Finding& finding) {
 
 void FindingReport::add(const std::string& path, const Finding& finding) {
   switch (format_) {
-    case ReportFormat::Text:
+    case ReportFormat::Lines:
       appendEscapedName(path, out_);
       out_ += fmt::format(":{}:{}: {}: {}\n", finding.line, finding.column, finding.kind, finding.text);
       break;

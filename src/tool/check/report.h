@@ -8,7 +8,7 @@ namespace dravenna {
 
 // Findings as a person or a program reads them: file:line:column: kind: text; JSON lines; SARIF 2.1.0; the commands by
 // which GitHub marks lines.
-enum class ReportFormat { Text, Json, Sarif, GitHub };
+enum class ReportFormat { Lines, Json, Sarif, GitHub };
 
 // Appends a report to `out`, which may be emptied in between.
 class FindingReport {

@@ -7,13 +7,13 @@ namespace dravenna {
 
 namespace {
 
-using Figures = std::array<std::size_t, 8>;
+using ProgressFigures = std::array<std::size_t, 8>;
 constexpr std::array<const char*, 8> kHeads = {"texts", "translated", "unsure", "to do",
                                                "words", "translated", "unsure", "to do"};
 constexpr std::array<const char*, 8> kKeys = {"texts", "translated",      "unsure",      "toDo",
                                               "words", "translatedWords", "unsureWords", "toDoWords"};
 
-Figures figuresOf(const Progress& progress) {
+ProgressFigures figuresOf(const Progress& progress) {
   return {progress.allTexts(), progress.texts[0], progress.texts[1], progress.texts[2],
           progress.allWords(), progress.words[0], progress.words[1], progress.words[2]};
 }
@@ -56,7 +56,7 @@ std::string progressMarkdown(const std::vector<ProgressRow>& rows, std::string_v
 std::string progressJson(const std::vector<ProgressRow>& rows, std::string_view kind) {
   const auto figures = [](const Progress& progress) {
     std::string out;
-    const Figures all = figuresOf(progress);
+    const ProgressFigures all = figuresOf(progress);
     for (std::size_t i = 0; i < all.size(); ++i) out += fmt::format("{}\"{}\":{}", i == 0 ? "" : ",", kKeys[i], all[i]);
     return out;
   };

@@ -22,7 +22,7 @@ namespace {
 constexpr std::size_t kServerLine = 1024;  // bytes of a line that the server reads, its end included
 constexpr std::size_t kMostStaged = 64;    // PO files that wait for the disk together; each is open
 
-struct Outcome {
+struct ExportOutcome {
   std::vector<PoEntry> entries;
   std::string serverEntries;
   std::size_t serverMessages = 0;
@@ -51,14 +51,14 @@ class PoExport {
   void run();
 
  private:
-  Outcome readScript(const Script& script, const OldVersion* oldVersion) const;
+  ExportOutcome readScript(const Script& script, const OldVersion* oldVersion) const;
   PoEntry entryOf(const Script& script, const Codec& codec, const OutlineText& text, std::string context,
                   const CarriedText& carried, const OldVersion::Carried& version) const;
   void readServerTexts(const Script& script, const LoadedScript& loaded, const std::vector<CarriedText>& carried,
-                       Outcome& outcome) const;
+                       ExportOutcome& outcome) const;
   std::string addServerEntry(const LoadedScript& script, const ServerText& text, ServerEntries& entries) const;
   void refuseDoubles(const std::vector<Script>& scripts) const;
-  void write(const std::string& path, Outcome&& outcome);
+  void write(const std::string& path, ExportOutcome&& outcome);
   void takeOverComments(const std::string& path, PoFile& file);
   void placeStaged();
 
@@ -121,7 +121,7 @@ std::string PoExport::addServerEntry(const LoadedScript& script, const ServerTex
 }
 
 void PoExport::readServerTexts(const Script& script, const LoadedScript& loaded,
-                               const std::vector<CarriedText>& carried, Outcome& outcome) const {
+                               const std::vector<CarriedText>& carried, ExportOutcome& outcome) const {
   const auto leave = [&](const OutlineText& text, const std::string& why) {
     outcome.left.push_back({script.path, text.lineNumber + 1, "left out", "", 0, why});
   };
@@ -135,8 +135,8 @@ void PoExport::readServerTexts(const Script& script, const LoadedScript& loaded,
   for (const ServerEntry& entry : entries.list) outcome.serverEntries += entry.key + entry.translation + "\n";
 }
 
-Outcome PoExport::readScript(const Script& script, const OldVersion* oldVersion) const {
-  Outcome outcome;
+ExportOutcome PoExport::readScript(const Script& script, const OldVersion* oldVersion) const {
+  ExportOutcome outcome;
   const auto loaded = oldVersion == nullptr ? loadScript(session_, script.path) : oldVersion->loadFresh(script);
   OldVersion::Carried version;
   version.result.texts.resize(loaded->records.size());
@@ -218,7 +218,7 @@ void PoExport::takeOverComments(const std::string& path, PoFile& file) {
   }
 }
 
-void PoExport::write(const std::string& path, Outcome&& outcome) {
+void PoExport::write(const std::string& path, ExportOutcome&& outcome) {
   PoFile file{{}, std::move(outcome.entries)};
   if (!options_.forServer) takeOverComments(path, file);
   const std::string bytes = options_.forServer ? outcome.serverEntries : poFileBytes(options_.language, file);
@@ -261,11 +261,11 @@ void PoExport::run() {
         std::make_unique<OldVersion>(session_, options_.old.empty() ? options_.paths[0] : options_.old, options_.from);
     oldVersion->findRenamed(scripts);
   }
-  Outcome all;
+  ExportOutcome all;
   std::size_t messages = 0;
-  whole &= forEachScript<Outcome>(
+  whole &= forEachScript<ExportOutcome>(
       session_, scripts, [&](const Script& script, Buffers&) { return readScript(script, oldVersion.get()); },
-      [&](const Script& script, Outcome&& outcome) {
+      [&](const Script& script, ExportOutcome&& outcome) {
         if (!outcome.warning.empty()) session_.console.warning(outcome.warning);
         if (outcome.unfit) session_.console.fail();
         for (const Notice& notice : outcome.left) notices_.warn(notice);

@@ -28,7 +28,7 @@ struct Entries {
   std::set<std::string> files;                             // that contexts name
 };
 
-struct Outcome {
+struct ImportOutcome {
   std::vector<Notice> left;
   std::vector<std::size_t> placed;  // entries
   std::size_t changed = 0;
@@ -48,9 +48,10 @@ class PoImport {
   Entries readEntries(const std::string& path) const;
   std::string ownPath(const Script& script) const;
   std::unique_ptr<LoadedScript> load(const Script& script) const;
-  Outcome importScript(const Script& script, std::optional<std::string>& bytes) const;
-  std::string apply(const Script& script, const LoadedScript& loaded, const Entries& entries, Outcome& outcome) const;
-  void take(const Script& script, Outcome&& outcome);
+  ImportOutcome importScript(const Script& script, std::optional<std::string>& bytes) const;
+  std::string apply(const Script& script, const LoadedScript& loaded, const Entries& entries,
+                    ImportOutcome& outcome) const;
+  void take(const Script& script, ImportOutcome&& outcome);
   void tellUnplaced(const Entries& entries);
   void tellLeftFiles();
   void summary();
@@ -127,7 +128,7 @@ void PoImport::tellLeftFiles() {
 
 // The script with its translations, in work bytes.
 std::string PoImport::apply(const Script& script, const LoadedScript& loaded, const Entries& entries,
-                            Outcome& outcome) const {
+                            ImportOutcome& outcome) const {
   const Codec& codec = loaded.in.codec;
   std::string work;
   PoContexts contexts(codec, relativeAmong(entries.files, script));
@@ -172,8 +173,8 @@ std::unique_ptr<LoadedScript> PoImport::load(const Script& script) const {
   return std::make_unique<LoadedScript>(std::move(file), in);
 }
 
-Outcome PoImport::importScript(const Script& script, std::optional<std::string>& bytes) const {
-  Outcome outcome;
+ImportOutcome PoImport::importScript(const Script& script, std::optional<std::string>& bytes) const {
+  ImportOutcome outcome;
   const auto loaded = load(script);
   if (split_) {
     const std::string path = ownPath(script);
@@ -197,7 +198,7 @@ Outcome PoImport::importScript(const Script& script, std::optional<std::string>&
   return outcome;
 }
 
-void PoImport::take(const Script& script, Outcome&& outcome) {
+void PoImport::take(const Script& script, ImportOutcome&& outcome) {
   for (const Notice& notice : outcome.left) notices_.warn(notice);
   if (!outcome.left.empty()) session_.console.fail();
   if (outcome.withoutFile) ++withoutFile_;
@@ -231,10 +232,10 @@ void PoImport::run() {
   scripts_ = collectScripts(session_, options_.paths);
   wholeFolders_ = std::any_of(scripts_.begin(), scripts_.end(), [](const Script& script) { return !script.named; });
   if (!split_) whole_ = readEntries(options_.from);
-  rewriteEachScript<Outcome>(
+  rewriteEachScript<ImportOutcome>(
       session_, scripts_, options_.backup, options_.dryRun,
       [&](const Script& script, Buffers&, std::optional<std::string>& bytes) { return importScript(script, bytes); },
-      [&](const Script& script, Outcome&& outcome) {
+      [&](const Script& script, ImportOutcome&& outcome) {
         take(script, std::move(outcome));
         return true;
       });
