@@ -58,6 +58,8 @@ class FailingTextFiles : public TextFiles {
   void check(FileOperation operation);
 
  private:
+  std::unique_ptr<TextReader> reading(std::unique_ptr<TextReader> stream);
+
   std::unique_ptr<TextFiles> files_;
   std::map<FileOperation, std::deque<std::u16string>> faults_;
 };
