@@ -5,7 +5,7 @@
 #include "model.h"
 #include "platform/failure.h"
 #include "tool/script/codec.h"
-#include "tool/script/merge.h"
+#include "tool/script/lxf_merge.h"
 #include "tool/script/records.h"
 
 using namespace dravenna;

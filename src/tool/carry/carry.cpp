@@ -13,18 +13,20 @@ namespace {
 
 constexpr std::size_t kNone = static_cast<std::size_t>(-1);
 
-std::vector<std::uint64_t> plainHashes(const LoadedScript& script) {
+using Texts = std::vector<std::string_view>;
+
+std::vector<std::uint64_t> plainHashes(const Texts& texts) {
   std::vector<std::uint64_t> hashes;
-  hashes.reserve(script.records.size());
-  for (const OutlineText* text : script.records) hashes.push_back(hashOf(withoutColor(text->text)));
+  hashes.reserve(texts.size());
+  for (const std::string_view text : texts) hashes.push_back(hashOf(withoutColor(text)));
   return hashes;
 }
 
 class Carrier {
  public:
-  Carrier(const LoadedScript& old, const std::vector<Translation>& translations, const LoadedScript& fresh)
-      : old_(old), translations_(translations), fresh_(fresh), used_(old.records.size()) {
-    result_.texts.resize(fresh.records.size());
+  Carrier(const Texts& old, const std::vector<Translation>& translations, const Texts& fresh)
+      : old_(old), translations_(translations), fresh_(fresh), used_(old.size()) {
+    result_.texts.resize(fresh.size());
   }
 
   CarryResult run() {
@@ -41,7 +43,7 @@ class Carrier {
       oldAt = run.a + run.length;
       freshAt = run.b + run.length;
     }
-    gaps_.push_back({oldAt, old_.records.size(), freshAt, fresh_.records.size()});
+    gaps_.push_back({oldAt, old_.size(), freshAt, fresh_.size()});
     carryMoved();
     for (const Gap& gap : gaps_) pairSimilar(gap);
     for (std::size_t i = 0; i < used_.size(); ++i) {
@@ -64,11 +66,11 @@ class Carrier {
     text.translation = translation.text;
     text.why = translation.why;
     text.ofPage = translation.ofPage;
-    const std::string plain = withoutColor(old_.records[oldRecord]->text);
+    const std::string plain = withoutColor(old_[oldRecord]);
     if (translation.state == Translation::State::Unsure) {
       text.state = CarryState::Unsure;
     } else if (translation.state == Translation::State::None ||
-               (withoutColor(translation.text) == plain && hasLetter(plain))) {
+               (!translation.meant && withoutColor(translation.text) == plain && hasLetter(plain))) {
       text.state = CarryState::Untranslated;
     } else {
       text.state = CarryState::Carried;
@@ -107,13 +109,12 @@ class Carrier {
     for (std::size_t i = gap.freshBegin; i < gap.freshEnd; ++i) {
       if (result_.texts[i].oldRecord == kNone) freshLeft.push_back(i);
     }
-    const auto textOf = [](const LoadedScript& script, std::size_t i) { return withoutColor(script.records[i]->text); };
     std::vector<std::string> oldTexts;
     std::vector<std::string> freshTexts;
     oldTexts.reserve(oldLeft.size());
     freshTexts.reserve(freshLeft.size());
-    for (const std::size_t i : oldLeft) oldTexts.push_back(textOf(old_, i));
-    for (const std::size_t i : freshLeft) freshTexts.push_back(textOf(fresh_, i));
+    for (const std::size_t i : oldLeft) oldTexts.push_back(withoutColor(old_[i]));
+    for (const std::size_t i : freshLeft) freshTexts.push_back(withoutColor(fresh_[i]));
     for (const SimilarPair& pair : pairSimilarTexts(oldTexts, freshTexts)) {
       const std::size_t oldRecord = oldLeft[pair.a];
       const Translation& translation = translations_[oldRecord];
@@ -121,7 +122,7 @@ class Carrier {
       used_[oldRecord] = true;
       text.oldRecord = oldRecord;
       const bool translated =
-          translation.state != Translation::State::None && translation.text != old_.records[oldRecord]->text;
+          translation.state != Translation::State::None && (translation.meant || translation.text != old_[oldRecord]);
       text.translation = translated ? translation.text : std::string();
       text.ofPage = translation.ofPage;
       text.state = pair.sameWords && translated ? CarryState::Unsure : CarryState::Changed;
@@ -129,9 +130,9 @@ class Carrier {
     }
   }
 
-  const LoadedScript& old_;
+  const Texts& old_;
   const std::vector<Translation>& translations_;
-  const LoadedScript& fresh_;
+  const Texts& fresh_;
   std::vector<std::uint64_t> oldHashes_;
   std::vector<std::uint64_t> freshHashes_;
   std::unordered_map<std::uint64_t, std::vector<std::size_t>> places_;  // of each plain text in the old script
@@ -204,8 +205,14 @@ std::vector<Translation> translationsFromScript(const LoadedScript& script, cons
   return translations;
 }
 
-CarryResult carryTranslations(const LoadedScript& old, const std::vector<Translation>& translations,
-                              const LoadedScript& fresh) {
+std::vector<std::string_view> recordTexts(const LoadedScript& script) {
+  Texts texts;
+  texts.reserve(script.records.size());
+  for (const OutlineText* text : script.records) texts.push_back(text->text);
+  return texts;
+}
+
+CarryResult carryTranslations(const Texts& old, const std::vector<Translation>& translations, const Texts& fresh) {
   return Carrier(old, translations, fresh).run();
 }
 

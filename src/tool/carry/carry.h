@@ -14,8 +14,9 @@ namespace dravenna {
 struct Translation {
   enum class State { None, Known, Unsure } state = State::None;
   std::string text;  // Known: the translation. Unsure: what stands in its place, for a human to judge
-  const char* why = "";
+  std::string why;
   bool ofPage = false;  // `text` is that of a whole page of dialogue, only to be shown
+  bool meant = false;   // Known: also where it is the text itself
 };
 
 // From an exchange file of that name. Throws Failure when it does not fit the script.
@@ -32,7 +33,7 @@ struct CarriedText {
   CarryState state = CarryState::New;
   std::size_t oldRecord = static_cast<std::size_t>(-1);  // index of the old text, when there is one
   std::string translation;                               // Carried: to put in. Changed, Unsure: to show, may be empty
-  const char* why = "";
+  std::string why;
   bool ofPage = false;  // as above
 };
 
@@ -41,8 +42,11 @@ struct CarryResult {
   std::vector<std::size_t> gone;   // records of the old script that nothing in the new one stands for
 };
 
+// The texts with a record.
+std::vector<std::string_view> recordTexts(const LoadedScript& script);
+
 // Matches the texts of two versions: equal plain texts in order, then equal ones that moved, then similar ones.
-CarryResult carryTranslations(const LoadedScript& old, const std::vector<Translation>& translations,
-                              const LoadedScript& fresh);
+CarryResult carryTranslations(const std::vector<std::string_view>& old, const std::vector<Translation>& translations,
+                              const std::vector<std::string_view>& fresh);
 
 }  // namespace dravenna

@@ -8,12 +8,37 @@
 
 #include "platform/failure.h"
 #include "platform/tree_files.h"
+#include "tool/po/po_text.h"
 #include "tool/script/align.h"
 #include "tool/script/contents.h"
 #include "tool/script/exchange_file.h"
 #include "tool/script/records.h"
 
 namespace dravenna {
+
+namespace {
+
+// `id` is the entry's, in work bytes.
+Translation translationFrom(const PoEntry& entry, const Codec& codec, std::string_view id) {
+  Translation translation;
+  if (entry.text.empty()) return translation;
+  translation.state = entry.fuzzy ? Translation::State::Unsure : Translation::State::Known;
+  translation.meant = true;
+  if (entry.fuzzy) translation.why = "fuzzy";
+  if (const auto failure = attempt([&] { translation.text = fromPoText(codec, entry.text, id); })) {
+    translation.state = Translation::State::Unsure;
+    translation.why = shown(failure->description());
+  }
+  return translation;
+}
+
+}  // namespace
+
+std::vector<OldText> oldTextsOf(const LoadedScript& script) {
+  std::vector<OldText> texts;
+  for (const OutlineText* text : script.records) texts.push_back({std::string(text->text), text->lineNumber + 1});
+  return texts;
+}
 
 OldVersion::OldVersion(Session& session, std::string tree, std::string translations)
     : session_(session), tree_(std::move(tree)), translations_(std::move(translations)) {
@@ -27,16 +52,13 @@ OldVersion::OldVersion(Session& session, std::string tree, std::string translati
   }
   std::string bytes;
   session_.files->readWhole(translations_, bytes);
-  if (contentsOf(bytes, session_.pages->usual().lists) == Contents::PoFile) {
-    throw UsageError(
-        fmt::format("--from: {} is a PO file, not scripts or exchange files; `po import` puts it into scripts",
-                    shownName(translations_)));
-  }
+  if (translations_.ends_with(".po") || contentsOf(bytes, session_.pages->usual().lists) == Contents::PoFile)
+    po_ = readPoEntries(session_, translations_);
 }
 
 void OldVersion::findRenamed(const std::vector<Script>& fresh) {
   needOneScript(*session_.files, "the old version", tree_, fresh.size());
-  needOneScript(*session_.files, "--from", translations_, fresh.size());
+  if (!po_) needOneScript(*session_.files, "--from", translations_, fresh.size());
   if (session_.files->pathKind(tree_) != PathKind::Folder) return;
   std::set<std::string> names;
   std::vector<const Script*> homeless;
@@ -105,7 +127,7 @@ std::vector<std::string> OldVersion::unclaimed(const std::vector<Script>& fresh)
 
 std::string OldVersion::translationOf(const std::string& relative) const {
   if (session_.files->pathKind(translations_) == PathKind::File) return translations_;
-  for (const std::string& name : {relative, withExtension(relative, ".lxf")}) {
+  for (const std::string& name : {relative, withExtension(relative, ".lxf"), withExtension(relative, ".po")}) {
     std::string path = joinPath(translations_, name);
     if (session_.files->pathKind(path) == PathKind::File) return path;
   }
@@ -113,19 +135,19 @@ std::string OldVersion::translationOf(const std::string& relative) const {
 }
 
 // The exchange file was made from the old script, as it is read or in its own code page.
-bool OldVersion::isOriginal(const std::string& lxf, const Carried& carried) const {
+bool OldVersion::isOriginal(const std::string& lxf, const LoadedScript& old, const std::string& oldPath) const {
   TextDigest digest;
-  for (const OutlineText* text : carried.old->records) digest.add(text->text);
+  for (const OutlineText* text : old.records) digest.add(text->text);
   if (index_->isOriginal(lxf, digest.value())) return true;
   std::string bytes;
   std::string buffer;
-  readFile(session_, carried.oldPath, bytes);
+  readFile(session_, oldPath, bytes);
   const Encoding& own = session_.pages->of(bytes);
   return index_->isOriginal(lxf, digestOf(own.codec.toWork(bytes, buffer), own.lists).value());
 }
 
-std::vector<Translation> OldVersion::translationsFor(const std::string& relative, Carried& carried) const {
-  const LoadedScript& old = *carried.old;
+std::vector<Translation> OldVersion::translationsFor(const std::string& relative, const LoadedScript& old,
+                                                     Carried& carried) const {
   const Encoding& in = old.in;
   std::vector<Translation> translations(old.records.size());
   const std::string path = translationOf(relative);
@@ -144,7 +166,7 @@ std::vector<Translation> OldVersion::translationsFor(const std::string& relative
     }
     if (const auto wrong = wrongEncodingOf(file, path, old.file, in.codec.page())) throw *wrong;
     std::string buffer;
-    if (index_ && !isOriginal(withExtension(relative, ".lxf"), carried))
+    if (index_ && !isOriginal(withExtension(relative, ".lxf"), old, carried.oldPath))
       throw Failure(fromUtf8(path) + u": made from other texts than " + fromUtf8(carried.oldPath) + u" has");
     translations = translationsFromExchange(old, in.codec.toWork(file, buffer), path);
   });
@@ -158,16 +180,68 @@ std::unique_ptr<LoadedScript> OldVersion::loadFresh(const Script& script) const 
   std::string translation;
   readFile(session_, script.path, file);
   if (!session_.pages->named() && isAscii(file)) {
-    if (const std::string path = translationOf(oldNameIn(translations_, script)); !path.empty()) {
-      readFile(session_, path, translation);
+    const std::string path = translationOf(oldNameIn(translations_, script));
+    if (po_ || path.ends_with(".po")) {  // UTF-8 in any case
+      return std::make_unique<LoadedScript>(std::move(file), session_.pages->ofMost());
     }
+    if (!path.empty()) readFile(session_, path, translation);
   }
   const Encoding& in = takeEncoding(session_, script.path, file, translation);
   return std::make_unique<LoadedScript>(std::move(file), in);
 }
 
+std::shared_ptr<const PoEntries> OldVersion::poEntriesFor(const Script& script) const {
+  if (po_) return po_;
+  const std::string path = translationOf(oldNameIn(translations_, script));
+  return path.ends_with(".po") ? readPoEntries(session_, path) : nullptr;
+}
+
+std::string OldVersion::nameIn(const PoEntries& po, const Script& script) const {
+  const auto renamed = renamed_.find(script.relative);
+  return poNameOf(renamed == renamed_.end() ? relativeAmong(po, script) : renamed->second);
+}
+
+void OldVersion::carryFromPo(const Script& script, const LoadedScript& fresh, Carried& carried) const {
+  const PoEntries& po = *carried.po;
+  carried.oldPath = po.path;
+  std::vector<Translation> translations;
+  std::vector<std::string_view> texts;
+  if (const auto own = po.byFile.find(nameIn(po, script)); own != po.byFile.end()) {
+    carried.left = own->second.obsolete;
+    for (const PoEntry* const entry : own->second.entries) {
+      const auto id = workOf(fresh.in.codec, entry->id);
+      if (!id) {
+        carried.left.push_back(entry);
+        continue;
+      }
+      translations.push_back(translationFrom(*entry, fresh.in.codec, *id));
+      carried.old.push_back({*id, entry->ownLine, entry});
+    }
+  }
+  for (const OldText& old : carried.old) texts.push_back(old.text);
+  carried.result = carryTranslations(texts, translations, recordTexts(fresh));
+  for (const std::size_t record : carried.result.gone) carried.left.push_back(carried.old[record].entry);
+}
+
+std::vector<const PoEntry*> OldVersion::unclaimedEntries(const std::vector<Script>& fresh) const {
+  std::vector<const PoEntry*> left;
+  if (!po_ || std::any_of(fresh.begin(), fresh.end(), [](const Script& script) { return script.named; })) return left;
+  std::set<std::string> claimed;
+  for (const Script& script : fresh) claimed.insert(nameIn(*po_, script));
+  for (const auto& [name, places] : po_->byFile) {
+    if (claimed.count(name) != 0) continue;
+    left.insert(left.end(), places.entries.begin(), places.entries.end());
+    left.insert(left.end(), places.obsolete.begin(), places.obsolete.end());
+  }
+  return left;
+}
+
 OldVersion::Carried OldVersion::carry(const Script& script, const LoadedScript& fresh) const {
   Carried carried;
+  if ((carried.po = poEntriesFor(script))) {
+    carryFromPo(script, fresh, carried);
+    return carried;
+  }
   carried.oldPath = oldPathOf(script);
   if (session_.files->pathKind(carried.oldPath) != PathKind::File) {
     carried.result.texts.resize(fresh.records.size());
@@ -175,9 +249,10 @@ OldVersion::Carried OldVersion::carry(const Script& script, const LoadedScript& 
   }
   std::string file;
   readBeside(session_, carried.oldPath, fresh.in, file);
-  carried.old = std::make_unique<LoadedScript>(std::move(file), fresh.in);
-  const std::vector<Translation> translations = translationsFor(oldNameIn(translations_, script), carried);
-  carried.result = carryTranslations(*carried.old, translations, fresh);
+  const LoadedScript old(std::move(file), fresh.in);
+  const std::vector<Translation> translations = translationsFor(oldNameIn(translations_, script), old, carried);
+  carried.old = oldTextsOf(old);
+  carried.result = carryTranslations(recordTexts(old), translations, recordTexts(fresh));
   return carried;
 }
 

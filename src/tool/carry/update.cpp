@@ -15,7 +15,7 @@ namespace dravenna {
 namespace {
 
 constexpr char kUpdateFooter[] =
-    "--from holds the translations of OLD, as translated scripts or as exchange files. For each script of NEW an\n"
+    "--from holds the translations of OLD: translated scripts, exchange files or PO files. For each script of NEW an\n"
     "exchange file goes to --out that `import NEW --from DIR` takes; what could not be carried stands in it as in "
     "NEW.\n"
     "The report tells of each text that is new, changed or unsure, with the old text and its translation.\n"
@@ -61,7 +61,7 @@ class Update {
   Outcome updateScript(const Script& script, const OldVersion& oldVersion) const;
   void reportText(const std::string& path, const LoadedScript& fresh, const OldVersion::Carried& carried,
                   std::size_t record, std::string& out) const;
-  void reportGone(const OldVersion::Carried& carried, std::string& out) const;
+  void reportGone(const Codec& codec, const OldVersion::Carried& carried, std::string& out) const;
   void reportLeft(const std::vector<std::string>& paths, Output& output, std::size_t& gone);
   void summary(const std::array<std::size_t, 5>& counts, std::size_t gone);
 
@@ -69,9 +69,9 @@ class Update {
   const Options& options_;
 };
 
-std::string quoted(const LoadedScript& script, std::string_view work) {
+std::string quoted(const Codec& codec, std::string_view work) {
   std::string out = "\"";
-  appendEscaped(script.in.codec, work, out);
+  appendEscaped(codec, work, out);
   return out + "\"";
 }
 
@@ -80,47 +80,48 @@ void Update::reportText(const std::string& path, const LoadedScript& fresh, cons
   const CarriedText& text = carried.result.texts[record];
   if (!options_.all && (text.state == CarryState::Carried || text.state == CarryState::Untranslated)) return;
   const OutlineText& now = *fresh.records[record];
-  const bool hasOld = carried.old != nullptr && text.oldRecord < carried.old->records.size();
-  const OutlineText* const before = hasOld ? carried.old->records[text.oldRecord] : nullptr;
+  const Codec& codec = fresh.in.codec;
+  const OldText* const before = text.oldRecord < carried.old.size() ? &carried.old[text.oldRecord] : nullptr;
   const char* const state = kStateNames[static_cast<std::size_t>(text.state)];
   if (options_.json) {
     out += "{\"file\":";
     appendJsonString(fromUtf8(path), out);
     out += fmt::format(",\"line\":{},\"record\":{},\"state\":\"{}\",\"text\":", now.lineNumber + 1, record + 1, state);
-    appendJsonString(fresh.in.codec, now.text, out);
+    appendJsonString(codec, now.text, out);
     if (before != nullptr) {
-      out += fmt::format(",\"oldLine\":{},\"oldText\":", before->lineNumber + 1);
-      appendJsonString(fresh.in.codec, before->text, out);
+      out += fmt::format(",\"oldLine\":{},\"oldText\":", before->line);
+      appendJsonString(codec, before->text, out);
       out += ",\"translation\":";
-      appendJsonString(fresh.in.codec, text.translation, out);
-      out += fmt::format(",\"why\":\"{}\"", text.why);
+      appendJsonString(codec, text.translation, out);
+      out += ",\"why\":";
+      appendJsonString(fromUtf8(text.why), out);
     }
     out += "}\n";
     return;
   }
   appendEscapedName(path, out);
   out += fmt::format(":{}: {}: ", now.lineNumber + 1, state);
-  if (text.state == CarryState::Changed && before != nullptr) out += quoted(fresh, before->text) + " -> ";
-  out += quoted(fresh, now.text);
+  if (text.state == CarryState::Changed && before != nullptr) out += quoted(codec, before->text) + " -> ";
+  out += quoted(codec, now.text);
   if (text.state == CarryState::Unsure) out += fmt::format(": {}", text.why);
   if (!text.translation.empty()) {
-    out += (text.ofPage ? "; translation of the page " : "; translation ") + quoted(fresh, text.translation);
+    out += (text.ofPage ? "; translation of the page " : "; translation ") + quoted(codec, text.translation);
   }
   out += "\n";
 }
 
-void Update::reportGone(const OldVersion::Carried& carried, std::string& out) const {
+void Update::reportGone(const Codec& codec, const OldVersion::Carried& carried, std::string& out) const {
   for (const std::size_t record : carried.result.gone) {
-    const OutlineText& text = *carried.old->records[record];
+    const OldText& text = carried.old[record];
     if (options_.json) {
       out += "{\"file\":";
       appendJsonString(fromUtf8(carried.oldPath), out);
-      out += fmt::format(",\"line\":{},\"state\":\"gone\",\"text\":", text.lineNumber + 1);
-      appendJsonString(carried.old->in.codec, text.text, out);
+      out += fmt::format(",\"line\":{},\"state\":\"gone\",\"text\":", text.line);
+      appendJsonString(codec, text.text, out);
       out += "}\n";
     } else {
       appendEscapedName(carried.oldPath, out);
-      out += fmt::format(":{}: gone: {}\n", text.lineNumber + 1, quoted(*carried.old, text.text));
+      out += fmt::format(":{}: gone: {}\n", text.line, quoted(codec, text.text));
     }
   }
 }
@@ -144,7 +145,7 @@ Outcome Update::updateScript(const Script& script, const OldVersion& oldVersion)
     lxf.append("\r\n", 2);
     reportText(script.path, *fresh, carried, i, outcome.report);
   }
-  reportGone(carried, outcome.report);
+  reportGone(fresh->in.codec, carried, outcome.report);
   outcome.gone = carried.result.gone.size();
   const auto failure = attempt([&] {
     std::string buffer;
@@ -164,10 +165,11 @@ void Update::reportLeft(const std::vector<std::string>& paths, Output& output, s
     try {
       OldVersion::Carried carried;
       carried.oldPath = path;
-      carried.old = loadScript(session_, path);
-      carried.result.gone.resize(carried.old->records.size());
+      const auto script = loadScript(session_, path);
+      carried.old = oldTextsOf(*script);
+      carried.result.gone.resize(carried.old.size());
       std::iota(carried.result.gone.begin(), carried.result.gone.end(), std::size_t{0});
-      reportGone(carried, output.buffer());
+      reportGone(script->in.codec, carried, output.buffer());
       gone += carried.result.gone.size();
     } catch (const Failure& failure) {
       session_.console.error(shown(failure.description()));
@@ -231,7 +233,8 @@ void addUpdate(Verb program, Session& session) {
   const auto options = std::make_shared<Options>();
   verb.text("old", options->oldTree, "OLD", "The version that was translated, before its translation", Need::Required);
   verb.text("new", options->newTree, "NEW", "The new version, not translated", Need::Required);
-  verb.text("--from", options->from, "DIR", "The translations of OLD: scripts or exchange files", Need::Required);
+  verb.text("--from", options->from, "PATH", "The translations of OLD: scripts, exchange files, PO files",
+            Need::Required);
   verb.text("-o,--out", options->out, "DIR", "Folder for the exchange files of NEW", Need::Required);
   verb.text("--report", options->report, "FILE", "File for the report instead of standard output");
   verb.flag("--all", options->all, "Report carried and untranslated texts too");

@@ -8,7 +8,7 @@
 #include "tool/lxf/import_tree.h"
 #include "tool/run/session.h"
 #include "tool/script/breaks.h"
-#include "tool/script/merge.h"
+#include "tool/script/lxf_merge.h"
 
 namespace dravenna {
 

@@ -11,7 +11,7 @@
 #include "tool/run/for_each_script.h"
 #include "tool/run/text_index.h"
 #include "tool/script/breaks.h"
-#include "tool/script/merge.h"
+#include "tool/script/lxf_merge.h"
 #include "tool/script/records.h"
 
 namespace dravenna {

@@ -8,13 +8,16 @@ namespace {
 
 constexpr char kExportFooter[] =
     "msgid is the text with its colour codes, msgctxt its file, NPC and number. With --from the translations of the\n"
-    "tree are put in; with --old they are those of an older version: changed and unsure ones become fuzzy.\n"
+    "tree are put in; with --old they are those of an older version, and a PO file may be of any: changed and unsure "
+    "ones\n"
+    "become fuzzy.\n"
     "--for hercules: LF, one line each under 1,024 bytes, the script's bytes, msgctxt the NPC's name, unsure ones "
     "empty.\n"
     "Examples:\n"
     "  dravenna-lxf po export npc --out npc.po\n"
     "  dravenna-lxf po export npc --split --out po              one file a script\n"
     "  dravenna-lxf po export npc-2026 --old npc-2019 --from npc-2019-es --out es.po --language es\n"
+    "  dravenna-lxf po export npc --from es.po --out es-new.po\n"
     "  dravenna-lxf po export npc --from npc-es --for hercules --out server.po";
 
 constexpr char kImportFooter[] =
@@ -34,7 +37,7 @@ void addPoExport(Verb po, Session& session) {
   verb.text("-o,--out", options->out, "FILE", "The PO file, `-` for standard output; with --split a folder",
             Need::Required);
   verb.flag("--split", options->split, "One PO file a script, folders mirrored");
-  verb.text("--from", options->from, "DIR", "Translations to put in: scripts or exchange files");
+  verb.text("--from", options->from, "PATH", "Translations to put in: scripts, exchange files, PO files");
   verb.text("--old", options->old, "OLD", "The older version that --from translates");
   verb.text("--language", options->language, "CODE", "The Language field, such as es or pt_BR");
   verb.choice("--for", [options](const std::string&) { options->forServer = true; }, "SERVER",

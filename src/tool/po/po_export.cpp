@@ -9,7 +9,6 @@
 #include "platform/tree_files.h"
 #include "tool/carry/old_version.h"
 #include "tool/po/po.h"
-#include "tool/po/po_file.h"
 #include "tool/po/po_text.h"
 #include "tool/po/server_texts.h"
 #include "tool/run/for_each_script.h"
@@ -24,6 +23,8 @@ constexpr std::size_t kMostStaged = 64;    // PO files that wait for the disk to
 
 struct ExportOutcome {
   std::vector<PoEntry> entries;
+  std::vector<PoEntry> obsolete;
+  std::shared_ptr<const PoEntries> po;  // where the translations are from one
   std::string serverEntries;
   std::size_t serverMessages = 0;
   std::vector<Notice> left;  // what the PO file lacks
@@ -58,6 +59,8 @@ class PoExport {
                        ExportOutcome& outcome) const;
   std::string addServerEntry(const LoadedScript& script, const ServerText& text, ServerEntries& entries) const;
   void refuseDoubles(const std::vector<Script>& scripts) const;
+  void take(const Script& script, ExportOutcome&& outcome);
+  void takeUnclaimed(const std::vector<const PoEntry*>& entries);
   void write(const std::string& path, ExportOutcome&& outcome);
   void takeOverComments(const std::string& path, PoFile& file);
   void placeStaged();
@@ -65,9 +68,19 @@ class PoExport {
   Session& session_;
   const PoExportOptions& options_;
   Notices notices_;
+  ExportOutcome all_;  // what goes into the one PO file
+  std::size_t messages_ = 0;
+  std::size_t translations_ = 0;
   std::set<std::string> folders_;
   Replacements replacements_{*session_.files};
 };
+
+// What a translator has written for a text that is no more.
+void addObsolete(const PoEntry& entry, std::vector<PoEntry>& obsolete) {
+  if (entry.text.empty() && entry.translatorComments.empty()) return;
+  obsolete.push_back(entry);
+  obsolete.back().file.clear();  // it stands nowhere
+}
 
 PoEntry PoExport::entryOf(const Script& script, const Codec& codec, const OutlineText& text, std::string context,
                           const CarriedText& carried, const OldVersion::Carried& version) const {
@@ -77,18 +90,24 @@ PoEntry PoExport::entryOf(const Script& script, const Codec& codec, const Outlin
   entry.file = poNameOf(script.relative);
   entry.line = text.lineNumber + 1;
   const bool unsure = carried.state == CarryState::Changed || carried.state == CarryState::Unsure;
+  const OldText* const old = carried.oldRecord < version.old.size() ? &version.old[carried.oldRecord] : nullptr;
+  const PoEntry* const from = old == nullptr ? nullptr : old->entry;
+  if (from != nullptr) entry.translatorComments = from->translatorComments;
   if (carried.state != CarryState::Carried && !unsure) return entry;
   if (carried.ofPage) {
     entry.comments.push_back(fmt::format("{}: {}", carried.why, poTextOf(codec, carried.translation)));
     return entry;
   }
-  entry.text = poTextOf(codec, carried.translation);
+  entry.text = from != nullptr ? from->text : poTextOf(codec, carried.translation);
   entry.fuzzy = unsure && !entry.text.empty();
   if (!entry.fuzzy) return entry;
-  entry.comments.emplace_back(carried.why);
-  if (version.old && carried.oldRecord < version.old->records.size()) {
-    entry.previousId = poTextOf(codec, version.old->records[carried.oldRecord]->text);
+  if (from == nullptr || !from->fuzzy) entry.comments.emplace_back(carried.why);
+  if (from != nullptr) {
+    entry.previousId = from->previousId.empty() ? from->id : from->previousId;
+  } else if (old != nullptr) {
+    entry.previousId = poTextOf(codec, old->text);
   }
+  if (entry.previousId == entry.id) entry.previousId.clear();
   return entry;
 }
 
@@ -143,6 +162,8 @@ ExportOutcome PoExport::readScript(const Script& script, const OldVersion* oldVe
   if (oldVersion != nullptr) version = oldVersion->carry(script, *loaded);
   outcome.warning = version.warning;
   outcome.unfit = version.unfit;
+  outcome.po = version.po;
+  for (const PoEntry* const left : version.left) addObsolete(*left, outcome.obsolete);
   const Codec& codec = loaded->in.codec;
   if (options_.forServer) {
     readServerTexts(script, *loaded, version.result.texts, outcome);
@@ -186,7 +207,10 @@ void PoExport::takeOverComments(const std::string& path, PoFile& file) {
   if (const auto failure = attempt([&] { old = readPoFile(*session_.files, path); })) {
     return session_.console.warning(fmt::format("{}; its comments are not taken over", shown(failure->description())));
   }
-  file.headerComments = old.headerComments;
+  if (file.header.empty()) {
+    file.header = old.header;
+    file.headerComments = old.headerComments;
+  }
   std::unordered_set<std::string> known;
   for (const PoEntry& entry : old.entries) known.insert(entry.id);
   std::erase_if(old.entries, [](const PoEntry& entry) { return entry.translatorComments.empty(); });
@@ -219,7 +243,15 @@ void PoExport::takeOverComments(const std::string& path, PoFile& file) {
 }
 
 void PoExport::write(const std::string& path, ExportOutcome&& outcome) {
-  PoFile file{{}, std::move(outcome.entries)};
+  PoFile file{{}, {}, std::move(outcome.entries), std::move(outcome.obsolete)};
+  if (outcome.po) {
+    file.header = outcome.po->file.header;
+    file.headerComments = outcome.po->file.headerComments;
+  }
+  std::unordered_set<std::string> keys;  // an entry may stand there once, obsolete ones counted
+  const auto known = [&](const PoEntry& entry) { return !keys.insert(entry.context + '\0' + entry.id).second; };
+  for (const PoEntry& entry : file.entries) known(entry);
+  std::erase_if(file.obsolete, known);
   if (!options_.forServer) takeOverComments(path, file);
   const std::string bytes = options_.forServer ? outcome.serverEntries : poFileBytes(options_.language, file);
   if (path == "-") {
@@ -231,6 +263,40 @@ void PoExport::write(const std::string& path, ExportOutcome&& outcome) {
   if (folders_.insert(folder).second) session_.files->makeFolders(folder);
   replacements_.stage(path, bytes);
   if (replacements_.staged() == kMostStaged) placeStaged();
+}
+
+void PoExport::take(const Script& script, ExportOutcome&& outcome) {
+  if (!outcome.warning.empty()) session_.console.warning(outcome.warning);
+  if (outcome.unfit) session_.console.fail();
+  for (const Notice& notice : outcome.left) notices_.warn(notice);
+  const std::size_t found = options_.forServer ? outcome.serverMessages : outcome.entries.size();
+  messages_ += found;
+  for (const PoEntry& entry : outcome.entries) translations_ += entry.text.empty() ? 0 : 1;
+  if (!options_.split) {
+    std::move(outcome.entries.begin(), outcome.entries.end(), std::back_inserter(all_.entries));
+    std::move(outcome.obsolete.begin(), outcome.obsolete.end(), std::back_inserter(all_.obsolete));
+    if (!all_.po) all_.po = outcome.po;
+    all_.serverEntries += outcome.serverEntries;
+  } else if (found > 0 || !outcome.obsolete.empty()) {
+    const std::string path = joinPath(options_.out, withExtension(script.relative, ".po"));
+    const auto failure = attempt([&] { write(path, std::move(outcome)); });
+    if (failure) session_.console.error(shown(failure->description()));
+  }
+}
+
+// Entries of scripts that are no more.
+void PoExport::takeUnclaimed(const std::vector<const PoEntry*>& entries) {
+  if (options_.forServer) return;
+  const std::size_t first = all_.obsolete.size();
+  for (const PoEntry* const entry : entries) addObsolete(*entry, all_.obsolete);
+  if (!options_.split) return;
+  for (std::size_t i = first; i < all_.obsolete.size(); ++i) {
+    const PoEntry& entry = all_.obsolete[i];
+    notices_.warn({.fate = "left out",
+                   .from = options_.from,
+                   .fromLine = entry.ownLine,
+                   .why = "its script is no more: " + shownName(entry.context.empty() ? entry.id : entry.context)});
+  }
 }
 
 void PoExport::placeStaged() {
@@ -261,41 +327,29 @@ void PoExport::run() {
         std::make_unique<OldVersion>(session_, options_.old.empty() ? options_.paths[0] : options_.old, options_.from);
     oldVersion->findRenamed(scripts);
   }
-  ExportOutcome all;
-  std::size_t messages = 0;
   whole &= forEachScript<ExportOutcome>(
       session_, scripts, [&](const Script& script, Buffers&) { return readScript(script, oldVersion.get()); },
       [&](const Script& script, ExportOutcome&& outcome) {
-        if (!outcome.warning.empty()) session_.console.warning(outcome.warning);
-        if (outcome.unfit) session_.console.fail();
-        for (const Notice& notice : outcome.left) notices_.warn(notice);
-        const std::size_t found = options_.forServer ? outcome.serverMessages : outcome.entries.size();
-        messages += found;
-        if (!options_.split) {
-          std::move(outcome.entries.begin(), outcome.entries.end(), std::back_inserter(all.entries));
-          all.serverEntries += outcome.serverEntries;
-        } else if (found > 0) {
-          const std::string path = joinPath(options_.out, withExtension(script.relative, ".po"));
-          const auto failure = attempt([&] { write(path, std::move(outcome)); });
-          if (failure) session_.console.error(shown(failure->description()));
-        }
+        take(script, std::move(outcome));
         return true;
       });
   if (interrupted()) return;
   const bool replaces = outKind == PathKind::File && options_.out != "-";
-  if (!options_.split && !whole && (replaces || messages == 0)) {
+  if (!options_.split && !whole && (replaces || messages_ == 0)) {
     throw Failure(fromUtf8(options_.out) + u": not written, for it would lack a script");
   }
-  if (!options_.split) write(options_.out, std::move(all));
+  if (oldVersion) takeUnclaimed(oldVersion->unclaimedEntries(scripts));
+  if (!options_.split) write(options_.out, std::move(all_));
   placeStaged();
   flushFolders(session_, folders_);
   notices_.endGroup("left out");
   notices_.close();
-  if (!scripts.empty() && messages == 0) {
-    session_.console.warning("no script has a text for a PO file");
+  const bool none = messages_ == 0 && !scripts.empty();
+  if (none || (oldVersion && translations_ == 0 && !options_.forServer)) {
+    session_.console.warning(none ? "no script has a text for a PO file" : "no text has a translation to carry over");
     session_.console.fail();
   }
-  session_.console.note(fmt::format("{}, {}{}", counted(scripts.size(), "script"), counted(messages, "message"),
+  session_.console.note(fmt::format("{}, {}{}", counted(scripts.size(), "script"), counted(messages_, "message"),
                                     options_.forServer ? " for the server" : ""));
 }
 

@@ -22,17 +22,19 @@ struct PoEntry {
 };
 
 struct PoFile {
+  std::string header;          // its fields, a line each; empty for usual ones
   std::string headerComments;  // of translators, in front of the header
   std::vector<PoEntry> entries;
+  std::vector<PoEntry> obsolete;  // of texts that are no more
 };
 
 // False in a build without the library for PO files; reading and writing throw Failure then.
 bool poFilesBuiltIn();
 
-// The bytes of a PO file. `language` may be empty. Throws Failure.
+// The bytes of a PO file. An empty `language` leaves that of the header. Throws Failure.
 std::string poFileBytes(const std::string& language, const PoFile& file);
 
-// The entries but for the header and obsolete ones. Throws Failure that names the line. Several threads may read.
+// Throws Failure that names the line. Several threads may read.
 PoFile readPoFile(TreeFiles& files, const std::string& path);
 
 }  // namespace dravenna

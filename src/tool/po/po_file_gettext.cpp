@@ -44,32 +44,42 @@ using Iterator = std::unique_ptr<std::remove_pointer_t<po_message_iterator_t>, F
 
 std::string orEmpty(const char* text) { return text == nullptr ? std::string() : std::string(text); }
 
-void insertHeader(po_message_iterator_t iterator, const std::string& language, const std::string& comments) {
+constexpr char kHeader[] =
+    "Project-Id-Version: NPC scripts\n"
+    "Report-Msgid-Bugs-To: \n"
+    "PO-Revision-Date: YEAR-MO-DA HO:MI+ZONE\n"
+    "Last-Translator: \n"
+    "Language-Team: \n"
+    "Language: \n"
+    "MIME-Version: 1.0\n"
+    "Content-Type: text/plain; charset=UTF-8\n"
+    "Content-Transfer-Encoding: 8bit\n"
+    "X-Generator: dravenna-lxf\n";
+
+struct Free {
+  void operator()(char* text) const { std::free(text); }
+};
+using Text = std::unique_ptr<char, Free>;
+
+void insertHeader(po_message_iterator_t iterator, const std::string& language, const PoFile& contents) {
   const po_message_t header = po_message_create();
+  Text fields(po_header_set_field(contents.header.empty() ? kHeader : contents.header.c_str(), "Content-Type",
+                                  "text/plain; charset=UTF-8"));
+  if (!language.empty()) fields.reset(po_header_set_field(fields.get(), "Language", language.c_str()));
   po_message_set_msgid(header, "");
-  po_message_set_msgstr(header, fmt::format("Project-Id-Version: NPC scripts\n"
-                                            "Report-Msgid-Bugs-To: \n"
-                                            "PO-Revision-Date: YEAR-MO-DA HO:MI+ZONE\n"
-                                            "Last-Translator: \n"
-                                            "Language-Team: \n"
-                                            "Language: {}\n"
-                                            "MIME-Version: 1.0\n"
-                                            "Content-Type: text/plain; charset=UTF-8\n"
-                                            "Content-Transfer-Encoding: 8bit\n"
-                                            "X-Generator: dravenna-lxf\n",
-                                            language)
-                                    .c_str());
-  if (!comments.empty()) po_message_set_comments(header, comments.c_str());
+  po_message_set_msgstr(header, fields.get());
+  if (!contents.headerComments.empty()) po_message_set_comments(header, contents.headerComments.c_str());
   po_message_insert(iterator, header);
 }
 
-void insertEntry(po_message_iterator_t iterator, const PoEntry& entry) {
+void insertEntry(po_message_iterator_t iterator, const PoEntry& entry, bool obsolete) {
   const po_message_t message = po_message_create();
   if (!entry.context.empty()) po_message_set_msgctxt(message, entry.context.c_str());
   po_message_set_msgid(message, entry.id.c_str());
   po_message_set_msgstr(message, entry.text.c_str());
   if (!entry.file.empty()) po_message_add_filepos(message, entry.file.c_str(), entry.line);
   if (entry.fuzzy) po_message_set_fuzzy(message, 1);
+  if (obsolete) po_message_set_obsolete(message, 1);
   if (!entry.previousId.empty()) po_message_set_prev_msgid(message, entry.previousId.c_str());
   std::string comments;
   for (const std::string& comment : entry.comments) comments += comment + "\n";
@@ -81,10 +91,7 @@ void insertEntry(po_message_iterator_t iterator, const PoEntry& entry) {
 // The strings are taken as UTF-8 and nothing else. A file without a header, or in plain ASCII, may be.
 void refuseOtherCharset(const std::string& path, po_file_t file, std::string_view bytes) {
   const char* const header = po_file_domain_header(file, nullptr);
-  struct Free {
-    void operator()(char* text) const { std::free(text); }
-  };
-  const std::unique_ptr<char, Free> type(header == nullptr ? nullptr : po_header_field(header, "Content-Type"));
+  const Text type(header == nullptr ? nullptr : po_header_field(header, "Content-Type"));
   const std::string field = orEmpty(type.get());
   constexpr std::string_view kCharset = "charset=";
   const std::size_t at = field.find(kCharset);
@@ -104,8 +111,9 @@ std::string poFileBytes(const std::string& language, const PoFile& contents) {
   const File file(po_file_create());
   {
     const Iterator iterator(po_message_iterator(file.get(), nullptr));
-    insertHeader(iterator.get(), language, contents.headerComments);
-    for (const PoEntry& entry : contents.entries) insertEntry(iterator.get(), entry);
+    insertHeader(iterator.get(), language, contents);
+    for (const PoEntry& entry : contents.entries) insertEntry(iterator.get(), entry, false);
+    for (const PoEntry& entry : contents.obsolete) insertEntry(iterator.get(), entry, true);
   }
   return bytesWrittenBy([&](const std::string& memory) {
     if (po_file_write(file.get(), memory.c_str(), &kHandler) == nullptr) throw Failure(u"PO file: cannot be made");
@@ -147,22 +155,24 @@ PoFile readPoFile(TreeFiles& files, const std::string& path) {
     PoEntry entry;
     entry.context = orEmpty(po_message_msgctxt(message));
     entry.id = orEmpty(po_message_msgid(message));
-    if (po_message_is_obsolete(message) != 0) continue;
-    if (messages < lines.size()) entry.ownLine = lines[messages];
-    ++messages;
+    const bool obsolete = po_message_is_obsolete(message) != 0;
+    if (!obsolete && messages < lines.size()) entry.ownLine = lines[messages];
+    if (!obsolete) ++messages;
     if (entry.context.empty() && entry.id.empty()) {
+      contents.header = orEmpty(po_message_msgstr(message));
       contents.headerComments = orEmpty(po_message_comments(message));
       continue;
     }
     entry.translatorComments = orEmpty(po_message_comments(message));
     entry.text = orEmpty(po_message_msgstr(message));
     entry.fuzzy = po_message_is_fuzzy(message) != 0;
+    entry.previousId = orEmpty(po_message_prev_msgid(message));
     if (const po_filepos_t place = po_message_filepos(message, 0); place != nullptr) {
       entry.file = orEmpty(po_filepos_file(place));
       const std::size_t line = po_filepos_start_line(place);
       entry.line = line == static_cast<std::size_t>(-1) ? 0 : line;
     }
-    contents.entries.push_back(std::move(entry));
+    (obsolete ? contents.obsolete : contents.entries).push_back(std::move(entry));
   }
   return contents;
 }

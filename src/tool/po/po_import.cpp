@@ -1,15 +1,13 @@
 #include <fmt/core.h>
 
 #include <algorithm>
-#include <filesystem>
 #include <set>
-#include <unordered_map>
 
 #include "platform/failure.h"
 #include "platform/terminal.h"
 #include "platform/tree_files.h"
 #include "tool/po/po.h"
-#include "tool/po/po_file.h"
+#include "tool/po/po_entries.h"
 #include "tool/po/po_text.h"
 #include "tool/run/for_each_script.h"
 #include "tool/run/notices.h"
@@ -19,13 +17,10 @@ namespace dravenna {
 
 namespace {
 
-// The entries of a PO file, and which of them have found their place.
+// A PO file, and which of its entries have found their place.
 struct Entries {
-  std::string path;
-  std::vector<PoEntry> list;
+  std::shared_ptr<const PoEntries> po;
   std::vector<bool> placed;
-  std::unordered_map<std::string, std::size_t> byContext;  // the first one of several
-  std::set<std::string> files;                             // that contexts name
 };
 
 struct ImportOutcome {
@@ -74,24 +69,9 @@ class PoImport {
 };
 
 Entries PoImport::readEntries(const std::string& path) const {
-  Entries entries{path, readPoFile(*session_.files, path).entries, {}, {}, {}};
-  entries.placed.resize(entries.list.size());
-  for (std::size_t i = 0; i < entries.list.size(); ++i) {
-    const std::string& context = entries.list[i].context;
-    entries.byContext.emplace(context, i);
-    entries.files.insert(context.substr(0, context.find(" | ")));
-  }
+  Entries entries{readPoEntries(session_, path), {}};
+  entries.placed.resize(entries.po->file.entries.size());
   return entries;
-}
-
-// The path by which contexts call a script. One that was named goes by the longest part of its path that is in use.
-std::string relativeAmong(const std::set<std::string>& files, const Script& script) {
-  const std::string path = std::filesystem::absolute(script.path).lexically_normal().generic_string();
-  for (std::size_t slash = path.find('/'); script.named && slash != std::string::npos;
-       slash = path.find('/', slash + 1)) {
-    if (files.count(poNameOf(path.substr(slash + 1))) != 0) return path.substr(slash + 1);
-  }
-  return script.relative;
 }
 
 std::string PoImport::ownPath(const Script& script) const {
@@ -99,15 +79,15 @@ std::string PoImport::ownPath(const Script& script) const {
 }
 
 void PoImport::tellUnplaced(const Entries& entries) {
-  for (std::size_t i = 0; i < entries.list.size(); ++i) {
-    const PoEntry& entry = entries.list[i];
+  for (std::size_t i = 0; i < entries.placed.size(); ++i) {
+    const PoEntry& entry = entries.po->file.entries[i];
     ++entries_;
     if (entries.placed[i]) ++placed_;
     if (entries.placed[i] || entry.text.empty()) continue;
     ++unplaced_;
     if (!wholeFolders_) continue;
     const std::string& name = entry.context.empty() ? entry.id : entry.context;
-    lost_.push_back({entry.file.empty() ? "(no reference)" : entry.file, entry.line, "left out", entries.path,
+    lost_.push_back({entry.file.empty() ? "(no reference)" : entry.file, entry.line, "left out", entries.po->path,
                      entry.ownLine, "no such place in the scripts: " + shownName(name)});
   }
 }
@@ -131,13 +111,14 @@ std::string PoImport::apply(const Script& script, const LoadedScript& loaded, co
                             ImportOutcome& outcome) const {
   const Codec& codec = loaded.in.codec;
   std::string work;
-  PoContexts contexts(codec, relativeAmong(entries.files, script));
+  const PoEntries& po = *entries.po;
+  PoContexts contexts(codec, relativeAmong(po, script));
   std::size_t copied = 0;
   for (const OutlineText* text : loaded.records) {
-    const auto found = entries.byContext.find(contexts.next(loaded, *text));
-    if (found == entries.byContext.end()) continue;
+    const auto found = po.byContext.find(contexts.next(loaded, *text));
+    if (found == po.byContext.end()) continue;
     outcome.placed.push_back(found->second);
-    const PoEntry& entry = entries.list[found->second];
+    const PoEntry& entry = po.file.entries[found->second];
     if (entry.text.empty()) continue;
     if (entry.fuzzy && !options_.fuzzy) {
       ++outcome.fuzzy;
@@ -146,7 +127,7 @@ std::string PoImport::apply(const Script& script, const LoadedScript& loaded, co
     const std::string now = poTextOf(codec, text->text);
     if (entry.text == now) continue;
     const auto leave = [&](const std::string& why) {
-      outcome.left.push_back({script.path, text->lineNumber + 1, "left as it is", entries.path, entry.ownLine, why});
+      outcome.left.push_back({script.path, text->lineNumber + 1, "left as it is", po.path, entry.ownLine, why});
     };
     if (entry.id != now) {
       leave("the text is not the entry's msgid");

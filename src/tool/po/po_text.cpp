@@ -8,7 +8,7 @@
 #include "text/text.h"
 #include "tool/check/translation.h"
 #include "tool/script/breaks.h"
-#include "tool/script/merge.h"
+#include "tool/script/lxf_merge.h"
 
 namespace dravenna {
 
@@ -56,6 +56,11 @@ std::u16string wideOf(std::string_view utf8) {
 std::string poTextOf(const Codec& codec, std::string_view work) { return utf8Of(codec.decode(work)); }
 
 std::string poNameOf(std::string_view name) { return utf8Of(fromUtf8(name)); }
+
+std::optional<std::string> workOf(const Codec& codec, std::string_view text) {
+  std::string work;
+  return codec.encode(wideOf(text), work) == std::u16string::npos ? std::optional(work) : std::nullopt;
+}
 
 std::string fromPoText(const Codec& codec, std::string_view text, std::string_view before) {
   const std::u16string wide = wideOf(text);

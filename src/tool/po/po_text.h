@@ -1,6 +1,7 @@
 #pragma once
 
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -15,7 +16,10 @@ namespace dravenna {
 std::string poTextOf(const Codec& codec, std::string_view work);
 std::string poNameOf(std::string_view name);
 
-// The way back. Throws Failure that says why the text cannot stand in a script in the place of the text `before`.
+// The way back; nothing where the code page lacks a character.
+std::optional<std::string> workOf(const Codec& codec, std::string_view text);
+
+// The same. Throws Failure that says why the text cannot stand in a script in the place of the text `before`.
 std::string fromPoText(const Codec& codec, std::string_view text, std::string_view before);
 
 // What a translator wants to know of a record, a comment each: who speaks and by which command, the texts before and

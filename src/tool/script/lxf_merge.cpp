@@ -1,4 +1,4 @@
-#include "tool/script/merge.h"
+#include "tool/script/lxf_merge.h"
 
 #include "exchange/lxf_merger.h"
 #include "platform/failure.h"
