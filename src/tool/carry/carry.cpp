@@ -141,11 +141,16 @@ class Carrier {
   CarryResult result_;
 };
 
-// For each page, the records on it.
+constexpr std::size_t kKinds = 3;  // of texts: those with a record, titles, others
+
+// For each page and each kind, the texts on it.
 std::vector<std::vector<std::size_t>> recordsByPage(const LoadedScript& script) {
-  std::vector<std::vector<std::size_t>> pages(script.outline.pages);
-  for (std::size_t i = 0; i < script.records.size(); ++i) pages[script.records[i]->page].push_back(i);
-  return pages;
+  std::vector<std::vector<std::size_t>> groups(script.outline.pages * kKinds);
+  for (std::size_t i = 0; i < script.records.size(); ++i) {
+    const OutlineText& text = *script.records[i];
+    groups[text.page * kKinds + (text.record ? 0 : text.segment == Segment::Title ? 1 : 2)].push_back(i);
+  }
+  return groups;
 }
 
 // Pages of the translation by page of the original; kNone where none is found.
@@ -167,9 +172,14 @@ std::vector<Translation> translationsFromExchange(const LoadedScript& script, st
                                                   const std::string& name) {
   std::vector<Translation> translations(script.records.size());
   const ExchangeFile file = cutExchangeFile(lxf);
-  if (const auto misfit = misfitOf(file, name, script.records.size())) throw Failure(*misfit);
+  const auto& texts = script.records;
+  const auto records = std::count_if(texts.begin(), texts.end(), [](const OutlineText* text) { return text->record; });
+  if (const auto misfit = misfitOf(file, name, static_cast<std::size_t>(records))) throw Failure(*misfit);
+  std::size_t record = 0;
   for (std::size_t i = 0; i < translations.size(); ++i) {
-    translations[i] = {Translation::State::Known, std::string(file.records[i].text), ""};
+    if (!texts[i]->record) continue;
+    translations[i].state = Translation::State::Known;
+    translations[i].text = file.records[record++].text;
   }
   return translations;
 }
@@ -180,13 +190,14 @@ std::vector<Translation> translationsFromScript(const LoadedScript& script, cons
   const auto newPages = recordsByPage(translated);
   const std::vector<std::size_t> partner = matchPages(script.outline, translated.outline);
   for (std::size_t page = 0; page < oldPages.size(); ++page) {
-    if (oldPages[page].empty() || partner[page] == kNone) {
+    const std::size_t other = partner[page / kKinds];
+    if (oldPages[page].empty() || other == kNone) {
       for (const std::size_t i : oldPages[page]) {
         translations[i] = {Translation::State::Unsure, "", "the translated script has no such page of dialogue"};
       }
       continue;
     }
-    const std::vector<std::size_t>& texts = newPages[partner[page]];
+    const std::vector<std::size_t>& texts = newPages[other * kKinds + page % kKinds];
     if (texts.size() == oldPages[page].size()) {
       for (std::size_t k = 0; k < texts.size(); ++k) {
         translations[oldPages[page][k]] = {Translation::State::Known, std::string(translated.records[texts[k]]->text),

@@ -40,8 +40,8 @@ std::vector<OldText> oldTextsOf(const LoadedScript& script) {
   return texts;
 }
 
-OldVersion::OldVersion(Session& session, std::string tree, std::string translations)
-    : session_(session), tree_(std::move(tree)), translations_(std::move(translations)) {
+OldVersion::OldVersion(Session& session, std::string tree, std::string translations, MoreTexts more)
+    : session_(session), tree_(std::move(tree)), translations_(std::move(translations)), more_(more) {
   for (const std::string& path : {tree_, translations_}) {
     if (session_.files->pathKind(path) == PathKind::Missing)
       throw Failure(u"No such file or directory: '" + fromUtf8(path) + u"'");
@@ -137,7 +137,9 @@ std::string OldVersion::translationOf(const std::string& relative) const {
 // The exchange file was made from the old script, as it is read or in its own code page.
 bool OldVersion::isOriginal(const std::string& lxf, const LoadedScript& old, const std::string& oldPath) const {
   TextDigest digest;
-  for (const OutlineText* text : old.records) digest.add(text->text);
+  for (const OutlineText* text : old.records) {
+    if (text->record) digest.add(text->text);
+  }
   if (index_->isOriginal(lxf, digest.value())) return true;
   std::string bytes;
   std::string buffer;
@@ -161,7 +163,7 @@ std::vector<Translation> OldVersion::translationsFor(const std::string& relative
   const auto misfit = attempt([&] {
     if (const auto lacked = session_.pages->bring(path, file, in)) throw *lacked;
     if (withExtension(path, ".lxf") != path) {
-      translations = translationsFromScript(old, LoadedScript(std::move(file), in));
+      translations = translationsFromScript(old, LoadedScript(std::move(file), in, more_));
       return;
     }
     if (const auto wrong = wrongEncodingOf(file, path, old.file, in.codec.page())) throw *wrong;
@@ -182,12 +184,12 @@ std::unique_ptr<LoadedScript> OldVersion::loadFresh(const Script& script) const 
   if (!session_.pages->named() && isAscii(file)) {
     const std::string path = translationOf(oldNameIn(translations_, script));
     if (po_ || path.ends_with(".po")) {  // UTF-8 in any case
-      return std::make_unique<LoadedScript>(std::move(file), session_.pages->ofMost());
+      return std::make_unique<LoadedScript>(std::move(file), session_.pages->ofMost(), more_);
     }
     if (!path.empty()) readFile(session_, path, translation);
   }
   const Encoding& in = takeEncoding(session_, script.path, file, translation);
-  return std::make_unique<LoadedScript>(std::move(file), in);
+  return std::make_unique<LoadedScript>(std::move(file), in, more_);
 }
 
 std::shared_ptr<const PoEntries> OldVersion::poEntriesFor(const Script& script) const {
@@ -249,7 +251,7 @@ OldVersion::Carried OldVersion::carry(const Script& script, const LoadedScript& 
   }
   std::string file;
   readBeside(session_, carried.oldPath, fresh.in, file);
-  const LoadedScript old(std::move(file), fresh.in);
+  const LoadedScript old(std::move(file), fresh.in, more_);
   const std::vector<Translation> translations = translationsFor(oldNameIn(translations_, script), old, carried);
   carried.old = oldTextsOf(old);
   carried.result = carryTranslations(recordTexts(old), translations, recordTexts(fresh));

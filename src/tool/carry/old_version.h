@@ -24,7 +24,7 @@ std::vector<OldText> oldTextsOf(const LoadedScript& script);
 // a single such file. PO files tell themselves of which texts they are, so the old scripts only say which was renamed.
 class OldVersion {
  public:
-  OldVersion(Session& session, std::string tree, std::string translations);
+  OldVersion(Session& session, std::string tree, std::string translations, MoreTexts more = {});
 
   // A renamed script is looked for by its texts among those of the old tree that the new one lacks. Call once with
   // all scripts of the new tree. Throws UsageError where a single file should stand for several of them.
@@ -66,6 +66,7 @@ class OldVersion {
   Session& session_;
   std::string tree_;
   std::string translations_;
+  MoreTexts more_;
   std::shared_ptr<const PoEntries> po_;         // where all translations are in one PO file
   std::optional<TextIndex> index_;              // of a folder of exchange files
   std::map<std::string, std::string> renamed_;  // new to old, relative

@@ -42,6 +42,8 @@ void addPoExport(Verb po, Session& session) {
   verb.text("--language", options->language, "CODE", "The Language field, such as es or pt_BR");
   verb.choice("--for", [options](const std::string&) { options->forServer = true; }, "SERVER",
               "The form of a server's own reader: hercules", {"hercules"});
+  verb.each("--with", options->with, "KIND", "With --for: titles or choices (of `if (select())`), too",
+            {"titles", "choices"});
   verb.flag("-f,--force", options->force, "Overwrite a PO file that holds translations");
   options->report.addTo(verb);
   session.addOptions(verb);

@@ -15,7 +15,8 @@ struct PoExportOptions {
   std::string language;
   bool split = false;
   bool force = false;
-  bool forServer = false;  // what the server's own reader takes
+  bool forServer = false;         // what the server's own reader takes
+  std::vector<std::string> with;  // of that: titles, choices
   ReportOptions report;
 };
 

@@ -47,7 +47,9 @@ struct ServerEntries {
 class PoExport {
  public:
   PoExport(Session& session, const PoExportOptions& options)
-      : session_(session), options_(options), notices_(session, options.report) {}
+      : session_(session), options_(options), notices_(session, options.report) {
+    for (const std::string& kind : options.with) (kind == "titles" ? more_.titles : more_.choices) = true;
+  }
 
   void run();
 
@@ -68,6 +70,7 @@ class PoExport {
   Session& session_;
   const PoExportOptions& options_;
   Notices notices_;
+  MoreTexts more_;
   ExportOutcome all_;  // what goes into the one PO file
   std::size_t messages_ = 0;
   std::size_t translations_ = 0;
@@ -156,7 +159,7 @@ void PoExport::readServerTexts(const Script& script, const LoadedScript& loaded,
 
 ExportOutcome PoExport::readScript(const Script& script, const OldVersion* oldVersion) const {
   ExportOutcome outcome;
-  const auto loaded = oldVersion == nullptr ? loadScript(session_, script.path) : oldVersion->loadFresh(script);
+  const auto loaded = oldVersion == nullptr ? loadScript(session_, script.path, more_) : oldVersion->loadFresh(script);
   OldVersion::Carried version;
   version.result.texts.resize(loaded->records.size());
   if (oldVersion != nullptr) version = oldVersion->carry(script, *loaded);
@@ -312,6 +315,7 @@ void PoExport::run() {
   if (options_.out == "-" && options_.report.json && options_.report.file.empty())
     throw UsageError("--json needs --report FILE where the PO file goes to standard output");
   if (!options_.old.empty() && options_.from.empty()) throw UsageError("--old needs --from");
+  if (!options_.with.empty() && !options_.forServer) throw UsageError("--with needs --for");
   if (!options_.from.empty() && options_.old.empty() && options_.paths.size() != 1) {
     throw UsageError("--from without --old takes one tree");
   }
@@ -323,8 +327,8 @@ void PoExport::run() {
   bool whole = !session_.console.failed();
   std::unique_ptr<OldVersion> oldVersion;
   if (!options_.from.empty()) {
-    oldVersion =
-        std::make_unique<OldVersion>(session_, options_.old.empty() ? options_.paths[0] : options_.old, options_.from);
+    oldVersion = std::make_unique<OldVersion>(session_, options_.old.empty() ? options_.paths[0] : options_.old,
+                                              options_.from, more_);
     oldVersion->findRenamed(scripts);
   }
   whole &= forEachScript<ExportOutcome>(

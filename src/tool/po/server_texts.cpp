@@ -65,7 +65,9 @@ ServerTexts serverTextsOf(const LoadedScript& script, const std::vector<CarriedT
     if (record < script.records.size() && script.records[record]->text.data() == text.data() &&
         script.records[record]->text.size() == text.size()) {
       if (group.first == nullptr) group.first = script.records[record];
-      sure &= carried[record].state == CarryState::Carried || text.empty();
+      const CarryState state = carried[record].state;
+      const bool same = state == CarryState::Untranslated && !script.records[record]->record;  // a name, most often
+      sure &= state == CarryState::Carried || same || text.empty();
       group.translation += carried[record++].translation;
     } else {
       group.translation += text;

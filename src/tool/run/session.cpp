@@ -180,11 +180,11 @@ Opened openScript(const Session& session, const std::string& path, std::string& 
   return {in, in.codec.toWork(file, work)};
 }
 
-std::unique_ptr<LoadedScript> loadScript(const Session& session, const std::string& path) {
+std::unique_ptr<LoadedScript> loadScript(const Session& session, const std::string& path, MoreTexts more) {
   std::string file;
   readFile(session, path, file);
   const Encoding& in = takeEncoding(session, path, file);
-  return std::make_unique<LoadedScript>(std::move(file), in);
+  return std::make_unique<LoadedScript>(std::move(file), in, more);
 }
 
 void readBeside(const Session& session, const std::string& path, const Encoding& in, std::string& file) {

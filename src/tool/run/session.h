@@ -82,7 +82,7 @@ const Encoding& takeEncoding(const Session& session, const std::string& path, st
                              std::string_view beside = {});
 // A script of the run. Uses both buffers again and again.
 Opened openScript(const Session& session, const std::string& path, std::string& file, std::string& work);
-std::unique_ptr<LoadedScript> loadScript(const Session& session, const std::string& path);
+std::unique_ptr<LoadedScript> loadScript(const Session& session, const std::string& path, MoreTexts more = {});
 
 // The bytes of a file that stands beside a script in this encoding, brought into it; as they are where that lacks a
 // character.
