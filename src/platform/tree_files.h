@@ -56,6 +56,9 @@ class TreeFiles {
   // Into a device or a pipe that is there; what is a plain file is replaced.
   virtual void writeDevice(const std::filesystem::path& path, std::string_view bytes) = 0;
 
+  // Behind what a file holds that is there.
+  virtual void append(const std::filesystem::path& path, std::string_view bytes) = 0;
+
   // The folder and all missing ones above it.
   virtual void makeFolders(const std::filesystem::path& folder) = 0;
 

@@ -90,11 +90,9 @@ class PosixTreeFiles : public TreeFiles {
     bytes.resize(filled);
   }
 
-  void writeDevice(const fs::path& path, std::string_view bytes) override {
-    OpenFile file(calls_, path.native(), O_WRONLY, 0, path.native());
-    file.writeAll(bytes);
-    file.close();
-  }
+  void writeDevice(const fs::path& path, std::string_view bytes) override { write(path, bytes, O_WRONLY); }
+
+  void append(const fs::path& path, std::string_view bytes) override { write(path, bytes, O_WRONLY | O_APPEND); }
 
   void makeFolders(const fs::path& folder) override {
     if (!folder.empty()) posix::makeFolders(calls_, folder.native(), 0777);
@@ -111,6 +109,12 @@ class PosixTreeFiles : public TreeFiles {
   }
 
  private:
+  void write(const fs::path& path, std::string_view bytes, int flags) {
+    OpenFile file(calls_, path.native(), flags, 0, path.native());
+    file.writeAll(bytes);
+    file.close();
+  }
+
   SystemCalls& calls_;
 };
 

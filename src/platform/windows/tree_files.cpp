@@ -115,6 +115,13 @@ class WindowsTreeFiles : public TreeFiles {
     file.close();
   }
 
+  void append(const fs::path& path, std::string_view bytes) override {
+    const std::u16string text = textOf(path);
+    OpenFile file(calls_, extendedPath(text), {FILE_APPEND_DATA, FILE_SHARE_READ, OPEN_EXISTING}, text);
+    file.writeAll(bytes);
+    file.close();
+  }
+
   void makeFolders(const fs::path& folder) override {
     if (!folder.empty()) windows::makeFolders(calls_, textOf(folder));
   }

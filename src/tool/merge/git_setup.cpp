@@ -65,9 +65,13 @@ class GitSetup {
     configure();
     writeAttributes();
     if (options_.undo ? !foreign && !oldHook.empty() : options_.hook) writeHook(ownHook);
+    const std::string& report = options_.report;
     session_.console.note(options_.dryRun ? "dry run: nothing was written"
-                          : options_.undo ? "git merges as it did before"
-                                          : "git merges and shows texts by dravenna-lxf here");
+                          : options_.undo
+                              ? "git merges as it did before"
+                              : fmt::format("git merges and shows texts by dravenna-lxf here; {} gathers "
+                                            "what is to do, until you delete it",
+                                            report.empty() ? ".git/dravenna-merge.txt" : shownName(report)));
   }
 
  private:

@@ -101,7 +101,6 @@ class Solver {
         }
       }
     }
-    writeList(session_, options_, list_, false);
     flushFolders(session_, folders_);
   }
 
@@ -138,7 +137,8 @@ class Solver {
     }
     replaceScript(session_, target, merged.bytes, {});
     folders_.insert(folderOf(target));
-    list_ += merged.list;
+    writeList(session_, options_, merged.list, false);
+    options_.append = true;
     if (merged.conflicts > 0) session_.console.fail();
     session_.console.note(fmt::format("{}: {}, {} to translate, {} to look at", shownName(file.path),
                                       counted(merged.conflicts, "conflict"), merged.toTranslate, merged.toLookAt));
@@ -151,10 +151,9 @@ class Solver {
   }
 
   Session& session_;
-  const GitSolveOptions& options_;
+  GitSolveOptions options_;
   std::string top_;
   bool rebase_ = false;
-  std::string list_;
   std::set<std::string> folders_;
 };
 

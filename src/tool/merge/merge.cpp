@@ -189,17 +189,23 @@ MergeWish mergeWish(const Session& session, const MergeSettings& settings, const
 void writeList(Session& session, const MergeSettings& settings, const std::string& list, bool outputTaken) {
   if (settings.report.empty() && outputTaken) return writeStandardError(list);
   if (list.empty() && settings.append) return;
-  Output output(*session.outputs, settings.report);
-  if (settings.append && !settings.report.empty() && session.files->pathKind(settings.report) == PathKind::File) {
-    session.files->readWhole(settings.report, output.buffer());
-  }
-  std::unordered_set<std::string> known;
-  forEachLine(output.buffer(), [&](const ScriptLine& line) { known.emplace(line.text); });
+  std::string present;
+  const auto file = settings.append ? session.files->identity(settings.report) : std::nullopt;
+  const bool there = file && file->plain;
+  if (there) session.files->readWhole(settings.report, present);
+  // A merge of many files adds to a list that grows: only lines that begin as those of this file are looked at.
+  std::unordered_set<std::string_view> known;
+  const std::string_view begin = std::string_view(list).substr(0, list.find(':') + 1);
+  forEachLine(present, [&](const ScriptLine& line) {
+    if (line.text.starts_with(begin)) known.insert(line.text);
+  });
   std::string fresh;
   forEachLine(list, [&](const ScriptLine& line) {
-    if (known.emplace(line.text).second) fresh.append(line.text).append("\n");
+    if (known.insert(line.text).second) fresh.append(line.text).append("\n");
   });
-  output.buffer().append(fresh);
+  if (there) return session.outputs->append(settings.report, present, fresh);
+  Output output(*session.outputs, settings.report);
+  output.buffer() = fresh;
   output.close();
 }
 

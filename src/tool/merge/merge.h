@@ -23,7 +23,7 @@ void addMergeSettings(Verb verb, MergeSettings& settings);
 MergeWish mergeWish(const Session& session, const MergeSettings& settings, const std::string& name);
 
 // The list of what is to translate and to look at goes where the settings say, else to standard output, or to standard
-// error where the result goes there. One that is appended to takes no line that it has.
+// error where the result goes there. One that is appended to takes no line that it has. The lines are of one file.
 void writeList(Session& session, const MergeSettings& settings, const std::string& list, bool outputTaken);
 
 // What git says of the command line, without the line end; nothing where it fails.

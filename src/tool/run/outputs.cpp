@@ -34,10 +34,15 @@ bool Outputs::mayReplace(const std::string& path, const FileIdentity& there, std
   thread_local std::string old;
   files_.readWhole(path, old);
   if (old == bytes && kind != Kind::Report) return false;
+  refuse(path, there, old, kind, force);
+  return true;
+}
+
+void Outputs::refuse(const std::string& path, const FileIdentity& there, std::string_view old, Kind kind, bool force) {
   const auto refuse = [&](std::string_view why) { throw Failure(fromUtf8(path) + u": " + fromUtf8(why)); };
   if (isInput(there)) refuse("the run reads this file and does not write over it");
   const Contents contents = contentsOf(old, lists_);
-  if (force || contents == Contents::Empty) return true;
+  if (force || contents == Contents::Empty) return;
   if (kind == Kind::ExchangeFile) refuse("exists with other contents; --force overwrites it");
   if (kind == Kind::PoFile) {
     if (contents != Contents::PoFile) refuse("is no PO file; --force overwrites it");
@@ -45,7 +50,13 @@ bool Outputs::mayReplace(const std::string& path, const FileIdentity& there, std
   } else if (contents != Contents::Other) {
     refuse(std::string("is ") + nameOf(contents) + ": a report does not take its place");
   }
-  return true;
+}
+
+void Outputs::append(const std::string& path, std::string_view present, std::string_view lines) {
+  constexpr std::size_t kEnoughToTell = 4096;
+  if (const auto there = files_.identity(path))
+    refuse(path, *there, present.substr(0, kEnoughToTell), Kind::Report, false);
+  files_.append(path, lines);
 }
 
 bool Outputs::write(const std::string& path, std::string_view bytes, Kind kind, bool force) {

@@ -32,8 +32,13 @@ class Outputs {
   // Writes the output as far as it may, whole or not at all. Its folder exists. False when the same bytes stand there.
   bool write(const std::string& path, std::string_view bytes, Kind kind, bool force);
 
+  // Adds lines to a report that is there and holds `present`, unless it is no report.
+  void append(const std::string& path, std::string_view present, std::string_view lines);
+
  private:
   bool mayReplace(const std::string& path, const FileIdentity& there, std::string_view bytes, Kind kind, bool force);
+  // Throws where what is there holds `old` and has to stay.
+  void refuse(const std::string& path, const FileIdentity& there, std::string_view old, Kind kind, bool force);
   bool isInput(const FileIdentity& file);
 
   TreeFiles& files_;
