@@ -43,8 +43,8 @@ class TreeImport {
 
  private:
   Outcome mergeScript(const Script& script, Buffers& buffers, std::optional<std::string>& bytes) const;
-  bool isOutOfDate(const std::string& lxfName, const CommandLists& lists, std::string_view script, TextDigest texts,
-                   std::string_view lxf) const;
+  std::optional<Failure> outOfDate(const std::string& lxfName, const std::string& lxfPath, const CommandLists& lists,
+                                   std::string_view script, TextDigest texts, std::string_view lxf) const;
   std::string nameOf(const Script& script) const;  // of its exchange file, below the folder
   void report(const Script& script, const Outcome& outcome);
   void findStrays();
@@ -59,15 +59,20 @@ class TreeImport {
   std::size_t changed_ = 0;
 };
 
-// The script's texts are not those that the exchange file was made from, nor those that it puts in.
-bool TreeImport::isOutOfDate(const std::string& lxfName, const CommandLists& lists, std::string_view script,
-                             TextDigest texts, std::string_view lxf) const {
-  if (index_.fits(lxfName, texts.value())) return false;
-  bool putsNothingIn = false;
-  const auto failure = attempt([&] {
-    putsNothingIn = mergeWork(lists, script, lxf, lxfName, {.keepEol = true, .keepCodes = true}).work == script;
-  });
-  return failure || !putsNothingIn;
+// Why, when the script's texts are not those that the exchange file was made from, nor those that it puts in.
+std::optional<Failure> TreeImport::outOfDate(const std::string& lxfName, const std::string& lxfPath,
+                                             const CommandLists& lists, std::string_view script, TextDigest texts,
+                                             std::string_view lxf) const {
+  if (index_.fits(lxfName, texts.value())) return std::nullopt;
+  Merge merge;
+  const auto misfit =
+      attempt([&] { merge = mergeWork(lists, script, lxf, lxfName, {.keepEol = true, .keepCodes = true}); });
+  if (!misfit && merge.work == script) return std::nullopt;
+  std::string why = lxfPath + ": made from other texts than the script has now: a new version needs `update`";
+  // A few are most likely corrections of what the window or another tool has put in.
+  if (!misfit)
+    why += fmt::format("; --force writes {} of its {} over the script's", merge.changed, counted(merge.texts, "text"));
+  return Failure(fromUtf8(why));
 }
 
 Outcome TreeImport::mergeScript(const Script& script, Buffers& buffers, std::optional<std::string>& bytes) const {
@@ -91,14 +96,9 @@ Outcome TreeImport::mergeScript(const Script& script, Buffers& buffers, std::opt
   };
   const ExchangeFile cut = cutExchangeFile(lxf);
   const RecordBreaks breaks = breaksOf(in.codec, in.lists, scriptWork, cut, !options_.likeWindow);
-  std::optional<Failure> outOfDate;
-  if (isOutOfDate(lxfName, in.lists, scriptWork, breaks.digest, lxf)) {
-    outOfDate = Failure(fromUtf8(lxfPath) +
-                        u": made from other texts than the script has now: a new version needs "
-                        u"`update`");
-  }
-  for (const auto& misfit : {wrongEncodingOf(buffers.otherFile, lxfPath, file, in.codec.page()), outOfDate,
-                             misfitOf(cut, lxfPath, breaks.texts)}) {
+  for (const auto& misfit :
+       {wrongEncodingOf(buffers.otherFile, lxfPath, file, in.codec.page()),
+        outOfDate(lxfName, lxfPath, in.lists, scriptWork, breaks.digest, lxf), misfitOf(cut, lxfPath, breaks.texts)}) {
     if (!misfit) continue;
     if (!options_.force) return refuse(shown(misfit->description()));
     outcome.warnings.push_back({.why = shown(misfit->description())});

@@ -37,19 +37,16 @@ std::vector<CommandPair> readCommandPairs(std::string_view json) {
   return pairs;
 }
 
-std::vector<CommandPair> findCommandPairs(TreeFiles& files, const std::string& path) {
-  std::string bytes;
+std::string usualCommandsFile(TreeFiles& files) {
   const char* const named = std::getenv("DRAVENNA_COMMANDS");
+  if (named != nullptr && *named != '\0') return named;
   const auto installed = executableFolder() / ".." / "share" / "dravenna" / "commands.json";
-  if (!path.empty()) {
-    files.readWhole(path, bytes);
-  } else if (named != nullptr && *named != '\0') {
-    files.readWhole(named, bytes);
-  } else if (files.pathKind(installed) == PathKind::File) {
-    files.readWhole(installed, bytes);
-  } else {
-    bytes = kBuiltIn;
-  }
+  return files.pathKind(installed) == PathKind::File ? installed.string() : std::string();
+}
+
+std::vector<CommandPair> commandPairsOf(TreeFiles& files, const std::string& path) {
+  std::string bytes = kBuiltIn;
+  if (!path.empty()) files.readWhole(path, bytes);
   return readCommandPairs(bytes);
 }
 

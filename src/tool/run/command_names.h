@@ -18,8 +18,9 @@ struct CommandPair {
 // Reads the data file's text (see commands.json). Throws Failure that tells what is wrong with it.
 std::vector<CommandPair> readCommandPairs(std::string_view json);
 
-// The pairs of the file that `path` names; with an empty path of the one that DRAVENNA_COMMANDS names, else of
-// share/dravenna/commands.json beside the program's folder, else of the built-in copy.
-std::vector<CommandPair> findCommandPairs(TreeFiles& files, const std::string& path);
+// The file that DRAVENNA_COMMANDS names, else share/dravenna/commands.json beside the program's folder, else none.
+std::string usualCommandsFile(TreeFiles& files);
+// The pairs of that file; with an empty path of the built-in copy.
+std::vector<CommandPair> commandPairsOf(TreeFiles& files, const std::string& path);
 
 }  // namespace dravenna

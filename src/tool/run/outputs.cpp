@@ -7,7 +7,7 @@
 namespace dravenna {
 
 void Outputs::addInput(const std::string& path) {
-  if (path == "-") return;
+  if (path.empty() || path == "-") return;
   const std::lock_guard lock(mutex_);
   inputs_.push_back(path);
 }
@@ -47,7 +47,7 @@ void Outputs::refuse(const std::string& path, const FileIdentity& there, std::st
   if (kind == Kind::PoFile) {
     if (contents != Contents::PoFile) refuse("is no PO file; --force overwrites it");
     if (holdsTranslations(old)) refuse("holds translations; --force overwrites it");
-  } else if (contents != Contents::Other) {
+  } else if (contents != Contents::Other && (kind != Kind::Index || contents != Contents::Index)) {
     refuse(std::string("is ") + nameOf(contents) + ": a report does not take its place");
   }
 }

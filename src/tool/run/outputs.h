@@ -22,8 +22,9 @@ class Outputs {
   // The run reads this file, has read it or will. Two paths of one file are one input.
   void addInput(const std::string& path);
 
-  // Exchange files and PO files hold what somebody translates; a report may take the place of a report.
-  enum class Kind { ExchangeFile, PoFile, Report };
+  // Exchange files and PO files hold what somebody translates; a report may take the place of a report, an index that
+  // of an index.
+  enum class Kind { ExchangeFile, PoFile, Report, Index };
 
   // Throws Failure when the output may not take the place of what stands there; `force` leaves only the inputs safe.
   // False when the same bytes stand there already.

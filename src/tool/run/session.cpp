@@ -49,7 +49,8 @@ void Session::prepare() {
   const CodePagePtr page = codePageName.empty() ? systemCodePage() : codePageByName(codePageName);
   if (!page) throw UsageError(fmt::format("--codepage: {} is no code page that is supported", codePageName));
 
-  const std::vector<CommandPair> pairs = findCommandPairs(*files, commandsFile);
+  const std::string commandsPath = commandsFile.empty() ? usualCommandsFile(*files) : commandsFile;
+  const std::vector<CommandPair> pairs = commandPairsOf(*files, commandsPath);
   const auto found =
       std::find_if(pairs.begin(), pairs.end(), [&](const auto& pair) { return pair.name == commandsName; });
   if (found == pairs.end()) {
@@ -69,6 +70,7 @@ void Session::prepare() {
       std::make_unique<Pages>(*files, page, pageNamed, listOf("--allowed-commands", allowedCommands, found->allowed),
                               listOf("--special-commands", specialCommands, found->special));
   outputs = std::make_unique<Outputs>(*files, pages->usual().lists);
+  outputs->addInput(commandsPath);
 }
 
 std::vector<std::string> filesBelow(Session& session, const std::string& folder, const TreeFiles::Chooser& enter,

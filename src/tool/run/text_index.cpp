@@ -5,16 +5,17 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <filesystem>
 
 #include "platform/failure.h"
+#include "tool/script/contents.h"
 #include "tool/script/script_lines.h"
 
 namespace dravenna {
 
 namespace {
 
-constexpr char kIndexHead[] = "# the texts that these exchange files were made from: digest, file\n";
-constexpr char kImportsHead[] = "# what imports made of these texts: digest before, digest after, file\n";
+constexpr char kIndexName[] = "dravenna.index";
 constexpr std::size_t kDigits = 16;
 
 bool contains(const std::vector<std::uint64_t>& digests, std::uint64_t digest) {
@@ -44,10 +45,21 @@ void TextIndex::read(const std::string& path, std::size_t digests, Take&& take) 
   });
 }
 
-TextIndex::TextIndex(Session& session, const std::string& folder)
-    : session_(session),
-      indexPath_(joinPath(folder, "dravenna.index")),
-      importsPath_(joinPath(folder, "dravenna.imports")) {
+TextIndex::TextIndex(Session& session, const std::string& folder) : session_(session) {
+  std::string home = folder;
+  std::string path = std::filesystem::absolute(folder.empty() ? "." : folder).lexically_normal().generic_string();
+  if (path.ends_with('/')) path.pop_back();
+  for (std::size_t end = path.size(); end > 0 && end != std::string::npos; end = path.rfind('/', end - 1)) {
+    const std::string above = path.substr(0, end);
+    if (session_.files->pathKind(joinPath(above, kIndexName)) != PathKind::File) continue;
+    if (end < path.size()) {
+      home = above;
+      prefix_ = path.substr(end + 1) + "/";
+    }
+    break;
+  }
+  indexPath_ = joinPath(home, kIndexName);
+  importsPath_ = joinPath(home, "dravenna.imports");
   read(indexPath_, 1, [&](const auto& digests, std::string&& lxf) { originals_[lxf].push_back(digests[0]); });
   read(importsPath_, 2, [&](const auto& digests, std::string&& lxf) {
     // An exchange file that was made anew has no imports yet.
@@ -58,19 +70,19 @@ TextIndex::TextIndex(Session& session, const std::string& folder)
 }
 
 bool TextIndex::isOriginal(const std::string& lxf, std::uint64_t texts) const {
-  const auto found = originals_.find(lxf);
+  const auto found = originals_.find(prefix_ + lxf);
   return found == originals_.end() || contains(found->second, texts);
 }
 
 bool TextIndex::fits(const std::string& lxf, std::uint64_t texts) const {
   if (isOriginal(lxf, texts)) return true;
-  const auto found = imports_.find(lxf);
+  const auto found = imports_.find(prefix_ + lxf);
   return found != imports_.end() && std::any_of(found->second.begin(), found->second.end(),
                                                 [&](const Import& import) { return import.texts == texts; });
 }
 
 void TextIndex::madeFrom(const std::string& lxf, std::uint64_t texts, bool anew) {
-  std::vector<std::uint64_t>& known = originals_[lxf];
+  std::vector<std::uint64_t>& known = originals_[prefix_ + lxf];
   if (anew ? known == std::vector{texts} : contains(known, texts)) return;
   if (anew) known.clear();
   known.push_back(texts);
@@ -78,27 +90,27 @@ void TextIndex::madeFrom(const std::string& lxf, std::uint64_t texts, bool anew)
 }
 
 void TextIndex::imported(const std::string& lxf, std::uint64_t texts) {
-  const auto found = originals_.find(lxf);
+  const auto found = originals_.find(prefix_ + lxf);
   if (found == originals_.end() || fits(lxf, texts)) return;
-  imports_[lxf].push_back({found->second.front(), texts});
+  imports_[found->first].push_back({found->second.front(), texts});
   importsChanged_ = true;
 }
 
 void TextIndex::write(const std::string& path, const std::string& bytes) {
-  const auto failure = attempt([&] { session_.outputs->write(path, bytes, Outputs::Kind::Report, false); });
+  const auto failure = attempt([&] { session_.outputs->write(path, bytes, Outputs::Kind::Index, false); });
   if (failure) session_.console.error(shown(failure->description()));
 }
 
 void TextIndex::save() {
   if (originalsChanged_) {
-    std::string bytes = kIndexHead;
+    std::string bytes(kIndexHead);
     for (const auto& [lxf, digests] : originals_) {
       for (const std::uint64_t digest : digests) bytes += fmt::format("{:016x} {}\n", digest, lxf);
     }
     write(indexPath_, bytes);
   }
   if (importsChanged_) {
-    std::string bytes = kImportsHead;
+    std::string bytes(kImportsHead);
     for (const auto& [lxf, imports] : imports_) {
       for (const Import& import : imports)
         bytes += fmt::format("{:016x} {:016x} {}\n", import.original, import.texts, lxf);

@@ -12,13 +12,14 @@ namespace dravenna {
 
 // What the exchange files of a folder were made from: `dravenna.index` beside them holds the digests of their scripts'
 // original texts. An import keeps what its scripts' texts have become in `dravenna.imports`, so that the next one knows
-// its work. Exchange files go by their paths below the folder.
+// its work. The index of a folder above counts for one that has none of its own. Exchange files go by their paths below
+// the folder.
 class TextIndex {
  public:
   // Reads both files, which may be missing. A line that cannot be read is told and left out.
   TextIndex(Session& session, const std::string& folder);
 
-  bool knows(const std::string& lxf) const { return originals_.count(lxf) != 0; }
+  bool knows(const std::string& lxf) const { return originals_.count(prefix_ + lxf) != 0; }
   // Whether the exchange file was made from these texts, or nothing is known of it.
   bool isOriginal(const std::string& lxf, std::uint64_t texts) const;
   // The same, or an import of it has made these texts.
@@ -45,6 +46,7 @@ class TextIndex {
   Session& session_;
   std::string indexPath_;
   std::string importsPath_;
+  std::string prefix_;  // of the folder below that of the index
   std::map<std::string, std::vector<std::uint64_t>> originals_;
   std::map<std::string, std::vector<Import>> imports_;
   bool originalsChanged_ = false;

@@ -1,5 +1,8 @@
 #include "tool/script/contents.h"
 
+#include <algorithm>
+#include <iterator>
+
 #include "scan/line_scanner.h"
 #include "tool/script/exchange_file.h"
 #include "tool/script/script_lines.h"
@@ -8,7 +11,19 @@ namespace dravenna {
 
 namespace {
 
-// A text of an allowed command, or the head of an NPC.
+// `map,1,2,3<tab>warp<tab>name<tab>...`: a warp, a shop, monsters, a map flag or another NPC without a script of its
+// own.
+bool isDefinition(std::string_view line) {
+  constexpr std::string_view kKinds[] = {"warp",    "shop",         "cashshop", "itemshop", "pointshop",
+                                         "monster", "boss_monster", "mapflag",  "trader",   "miniboss_monster"};
+  const std::size_t begin = line.find('\t') + 1;
+  const std::size_t end = line.find('\t', begin);
+  if (begin <= 1 || end == std::string_view::npos) return false;
+  const std::string_view kind = line.substr(begin, end - begin);
+  return kind.starts_with("duplicate(") || std::find(std::begin(kKinds), std::end(kKinds), kind) != std::end(kKinds);
+}
+
+// A text of an allowed command, or the definition of an NPC.
 class ScriptSign {
  public:
   explicit ScriptSign(const CommandLists& lists) : scanner_(lists) {}
@@ -18,6 +33,7 @@ class ScriptSign {
     forEachQuoteLine(bytes, [&](std::string_view line) {
       if (!found_) scanner_.scan(line, *this);
     });
+    forEachLine(bytes, [&](const ScriptLine& line) { found_ |= isDefinition(line.text); });
     return found_;
   }
 
@@ -44,6 +60,7 @@ bool isPoFile(std::string_view bytes) {
 
 Contents contentsOf(std::string_view bytes, const CommandLists& lists) {
   if (bytes.find_first_not_of(" \t\r\n") == std::string_view::npos) return Contents::Empty;
+  if (bytes.starts_with(kIndexHead) || bytes.starts_with(kImportsHead)) return Contents::Index;
   if (isExchangeFile(bytes)) return Contents::ExchangeFile;
   if (isPoFile(bytes)) return Contents::PoFile;
   return ScriptSign(lists).in(bytes) ? Contents::Script : Contents::Other;
@@ -68,7 +85,8 @@ bool holdsTranslations(std::string_view poFile) {
 }
 
 const char* nameOf(Contents contents) {
-  constexpr const char* kNames[] = {"an empty file", "a script", "an exchange file", "a PO file", "another file"};
+  constexpr const char* kNames[] = {
+      "an empty file", "a script", "an exchange file", "a PO file", "an index of exchange files", "another file"};
   return kNames[static_cast<int>(contents)];
 }
 

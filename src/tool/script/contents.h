@@ -7,7 +7,12 @@
 namespace dravenna {
 
 // What a file is by its bytes, whatever its name.
-enum class Contents { Empty, Script, ExchangeFile, PoFile, Other };
+enum class Contents { Empty, Script, ExchangeFile, PoFile, Index, Other };
+
+// How the two files begin that an index of exchange files stands in.
+inline constexpr std::string_view kIndexHead = "# the texts that these exchange files were made from: digest, file\n";
+inline constexpr std::string_view kImportsHead =
+    "# what imports made of these texts: digest before, digest after, file\n";
 
 Contents contentsOf(std::string_view bytes, const CommandLists& lists);
 
