@@ -154,8 +154,7 @@ std::vector<Translation> OldVersion::translationsFor(const std::string& relative
   std::vector<Translation> translations(old.records.size());
   const std::string path = translationOf(relative);
   if (path.empty()) {
-    if (!old.records.empty())
-      carried.warning = fmt::format("{}: no translation of it", shownName(joinPath(tree_, relative)));
+    if (!old.records.empty()) carried.warning = fmt::format("{}: no translation of it", shownName(carried.oldPath));
     return translations;
   }
   std::string file;

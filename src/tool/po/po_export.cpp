@@ -29,6 +29,7 @@ struct ExportOutcome {
   std::size_t serverMessages = 0;
   std::vector<Notice> left;  // what the PO file lacks
   std::string warning;
+  std::size_t translations = 0;
   bool unfit = false;
 };
 
@@ -74,6 +75,7 @@ class PoExport {
   ExportOutcome all_;  // what goes into the one PO file
   std::size_t messages_ = 0;
   std::size_t translations_ = 0;
+  std::size_t done_ = 0;  // scripts
   std::set<std::string> folders_;
   Replacements replacements_{*session_.files};
 };
@@ -163,6 +165,9 @@ ExportOutcome PoExport::readScript(const Script& script, const OldVersion* oldVe
   OldVersion::Carried version;
   version.result.texts.resize(loaded->records.size());
   if (oldVersion != nullptr) version = oldVersion->carry(script, *loaded);
+  for (const CarriedText& text : version.result.texts) {
+    if (text.state != CarryState::Untranslated && !text.translation.empty()) ++outcome.translations;
+  }
   outcome.warning = version.warning;
   outcome.unfit = version.unfit;
   outcome.po = version.po;
@@ -208,6 +213,7 @@ void PoExport::takeOverComments(const std::string& path, PoFile& file) {
   if (session_.files->pathKind(path) != PathKind::File) return;
   PoFile old;
   if (const auto failure = attempt([&] { old = readPoFile(*session_.files, path); })) {
+    if (!options_.force) throw Failure(failure->description() + u"; --force overwrites it, comments and all");
     return session_.console.warning(fmt::format("{}; its comments are not taken over", shown(failure->description())));
   }
   if (file.header.empty()) {
@@ -274,7 +280,8 @@ void PoExport::take(const Script& script, ExportOutcome&& outcome) {
   for (const Notice& notice : outcome.left) notices_.warn(notice);
   const std::size_t found = options_.forServer ? outcome.serverMessages : outcome.entries.size();
   messages_ += found;
-  for (const PoEntry& entry : outcome.entries) translations_ += entry.text.empty() ? 0 : 1;
+  translations_ += outcome.translations;
+  ++done_;
   if (!options_.split) {
     std::move(outcome.entries.begin(), outcome.entries.end(), std::back_inserter(all_.entries));
     std::move(outcome.obsolete.begin(), outcome.obsolete.end(), std::back_inserter(all_.obsolete));
@@ -343,17 +350,19 @@ void PoExport::run() {
     throw Failure(fromUtf8(options_.out) + u": not written, for it would lack a script");
   }
   if (oldVersion) takeUnclaimed(oldVersion->unclaimedEntries(scripts));
-  if (!options_.split) write(options_.out, std::move(all_));
+  if (!options_.split && (messages_ > 0 || !all_.obsolete.empty())) write(options_.out, std::move(all_));
   placeStaged();
   flushFolders(session_, folders_);
   notices_.endGroup("left out");
   notices_.close();
-  const bool none = messages_ == 0 && !scripts.empty();
-  if (none || (oldVersion && translations_ == 0 && !options_.forServer)) {
-    session_.console.warning(none ? "no script has a text for a PO file" : "no text has a translation to carry over");
+  if (!scripts.empty() && messages_ == 0) {
+    session_.console.warning("no script has a text for a PO file");
+    session_.console.fail();
+  } else if (oldVersion && translations_ == 0) {
+    session_.console.warning(fmt::format("{}: no text has a translation there", shownName(options_.from)));
     session_.console.fail();
   }
-  session_.console.note(fmt::format("{}, {}{}", counted(scripts.size(), "script"), counted(messages_, "message"),
+  session_.console.note(fmt::format("{}, {}{}", counted(done_, "script"), counted(messages_, "message"),
                                     options_.forServer ? " for the server" : ""));
 }
 

@@ -1,6 +1,7 @@
 #include <fmt/core.h>
 #include <gettext-po.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <memory>
 #include <mutex>
@@ -135,6 +136,19 @@ std::vector<std::size_t> messageLines(std::string_view bytes) {
   return lines;
 }
 
+// The library ends a string at a NUL, and what stands behind it is lost.
+bool holdsNul(std::string_view line) {
+  if (line.find('\0') != std::string_view::npos) return true;
+  for (std::size_t at = line.find('\\'); at != std::string_view::npos; at = line.find('\\', at + 2)) {
+    const bool hex = line.substr(at + 1).starts_with('x');
+    const std::string_view digits = line.substr(std::min(line.size(), at + (hex ? 2 : 1)));
+    const std::size_t zeros = std::min(digits.find_first_not_of('0'), digits.size());
+    const std::size_t all = digits.find_first_not_of(hex ? "0123456789abcdefABCDEF" : "01234567");
+    if (zeros > 0 && (zeros == std::min(all, digits.size()) || (!hex && zeros >= 3))) return true;
+  }
+  return false;
+}
+
 }  // namespace
 
 PoFile readPoFile(TreeFiles& files, const std::string& path) {
@@ -149,6 +163,10 @@ PoFile readPoFile(TreeFiles& files, const std::string& path) {
   refuseOtherCharset(path, file.get(), probe);
   PoFile contents;
   const std::vector<std::size_t> lines = messageLines(probe);
+  forEachLine(probe, [&](const ScriptLine& line) {
+    if (!line.text.starts_with('#') && holdsNul(line.text))
+      throw Failure(fromUtf8(fmt::format("{}:{}: a NUL character in a string", path, line.number + 1)));
+  });
   std::size_t messages = 0;
   const Iterator iterator(po_message_iterator(file.get(), nullptr));
   while (const po_message_t message = po_next_message(iterator.get())) {
