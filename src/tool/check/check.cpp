@@ -325,11 +325,13 @@ void Check::run() {
   Output output(*session_.outputs, options_.output);
   FindingReport report(options_.json ? ReportFormat::Json : options_.format, output.buffer());
   Consistency consistency;
+  std::size_t done = 0;
   const bool whole = forEachScript<Findings>(
       session_, files, [&](const Script& file, Buffers& buffers) { return checkFile(file, buffers); },
       [&](const Script& file, Findings&& findings) {
         for (const Finding& finding : findings.list()) take(file.path, finding, report);
         consistency.add(file.path, std::move(findings.renderings()));
+        ++done;
         return output.flushSome();
       });
   consistency.tell([&](const std::string& path, const Finding& finding) { take(path, finding, report); });
@@ -341,7 +343,7 @@ void Check::run() {
   } else if (!output.close()) {
     session_.console.fail();
   }
-  summary(files.size());
+  summary(done);
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 #include "tool/lxf/import_tree.h"
 #include "tool/run/session.h"
 #include "tool/script/breaks.h"
+#include "tool/script/contents.h"
 #include "tool/script/lxf_merge.h"
 
 namespace dravenna {
@@ -54,7 +55,7 @@ void importOne(Session& session, const ImportOptions& options) {
   const bool numbered = std::any_of(cut.records.begin(), cut.records.end(), [](const ByteRecord& record) {
     return !record.number.empty() && record.number.find_first_not_of("0123456789") == std::string_view::npos;
   });
-  if (!named && !cut.records.empty() && !numbered && !options.force) {
+  if (!named && !numbered && !options.force && contentsOf(lxf, in.lists) != Contents::ExchangeFile) {
     throw Failure(fromUtf8(lxfPath) + u": no exchange file: none of its lines has a number and a colon");
   }
 

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "platform/terminal.h"
 #include "text/text.h"
 #include "tool/script/shown.h"
 
@@ -11,7 +12,7 @@ namespace dravenna {
 
 namespace {
 
-constexpr std::size_t kMostTold = 20;
+constexpr std::size_t kMostTold = 20;  // on a terminal
 
 std::string nameOf(const Encoding& encoding) {
   const CodePage& page = encoding.codec.page();
@@ -79,11 +80,12 @@ void Pages::tell(Console& console) {
   const std::string most = nameOf(mostUtf8 ? *utf8_ : usual_);
   std::sort(others.begin(), others.end());
   others.erase(std::unique(others.begin(), others.end()), others.end());
-  for (std::size_t i = 0; i < others.size() && i < kMostTold; ++i) {
+  const std::size_t told = errorIsTerminal() ? kMostTold : others.size();
+  for (std::size_t i = 0; i < others.size() && i < told; ++i) {
     console.warning(fmt::format("{}: read in {}, others of the run in {}", shownName(others[i]), page, most));
   }
-  if (others.size() > kMostTold) {
-    console.warning(fmt::format("and {} more read in {}", others.size() - kMostTold, page));
+  if (others.size() > told) {
+    console.warning(fmt::format("and {} more read in {}; `2> FILE` has them all", others.size() - told, page));
   }
 }
 
