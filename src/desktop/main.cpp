@@ -121,8 +121,9 @@ int drawPicture(MainWindow& window, const std::u16string& file) {
 // In the page that the environment names, else the settings, else the system or its locale.
 std::unique_ptr<TextFiles> textFilesFor(RegistryCalls& calls) {
   Registry registry(calls);
-  const std::pair<std::u16string, std::string> wishes[] = {{u"DRAVENNA_CODEPAGE", codePageWish()},
-                                                           {u"CodePage", toUtf8(read(registry, settings::CodePage))}};
+  const std::pair<std::u16string, std::string> wishes[] = {
+      {u"DRAVENNA_CODEPAGE", environmentVariable("DRAVENNA_CODEPAGE")},
+      {u"CodePage", toUtf8(read(registry, settings::CodePage))}};
   for (const auto& [name, wish] : wishes) {
     if (wish.empty()) continue;
     if (const CodePagePtr page = codePageByName(wish)) return makeTextFiles(page);

@@ -14,8 +14,8 @@
 // The implementations of this system; one source folder for each system.
 namespace dravenna {
 
-// What DRAVENNA_CODEPAGE holds; empty when it is not set.
-std::string codePageWish();
+// An environment variable: bytes where such are bytes, else UTF-8. Empty if it is not set.
+std::string environmentVariable(const char* name);
 
 // The code page that DRAVENNA_CODEPAGE names ("1252", "cp874", "utf-8"), else the system's.
 CodePagePtr systemCodePage();

@@ -19,7 +19,7 @@ bool interrupted();
 // Ends the process the way the signal would have, if there was one.
 void endIfInterrupted();
 
-// Folder of the running program; empty when the system does not tell.
-std::filesystem::path executableFolder();
+// The running program; empty when the system does not tell.
+std::filesystem::path executableFile();
 
 }  // namespace dravenna

@@ -85,11 +85,6 @@ int pageOfLocale(const std::string& locale) {
   return 1252;
 }
 
-std::string environment(const char* name) {
-  const char* const value = std::getenv(name);
-  return value != nullptr ? value : "";
-}
-
 }  // namespace
 
 CharacterDecoder systemDecoder(int number) {
@@ -98,14 +93,17 @@ CharacterDecoder systemDecoder(int number) {
   return [converter](std::string_view bytes) { return converter->unitOf(bytes); };
 }
 
-std::string codePageWish() { return environment("DRAVENNA_CODEPAGE"); }
+std::string environmentVariable(const char* name) {
+  const char* const value = std::getenv(name);
+  return value != nullptr ? value : "";
+}
 
 bool systemHasCodePage() { return false; }
 
 CodePagePtr systemCodePage() {
-  if (CodePagePtr page = codePageByName(codePageWish())) return page;
+  if (CodePagePtr page = codePageByName(environmentVariable("DRAVENNA_CODEPAGE"))) return page;
   for (const char* const name : {"LC_ALL", "LC_CTYPE", "LANG"}) {
-    const std::string locale = environment(name);
+    const std::string locale = environmentVariable(name);
     if (locale.empty()) continue;
     if (CodePagePtr page = codePageByNumber(pageOfLocale(locale))) return page;
     break;

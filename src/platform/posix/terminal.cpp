@@ -79,9 +79,9 @@ void endIfInterrupted() {
   std::raise(number);
 }
 
-std::filesystem::path executableFolder() {
+std::filesystem::path executableFile() {
   std::error_code error;
-  return std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
+  return std::filesystem::read_symlink("/proc/self/exe", error);
 }
 
 }  // namespace dravenna

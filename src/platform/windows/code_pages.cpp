@@ -28,12 +28,14 @@ CharacterDecoder systemDecoder(int number) {
   };
 }
 
-std::string codePageWish() { return toUtf8(windows::environment(L"DRAVENNA_CODEPAGE")); }
+std::string environmentVariable(const char* name) {
+  return toUtf8(windows::environment(windows::toWide(fromUtf8(name)).c_str()));
+}
 
 bool systemHasCodePage() { return true; }
 
 CodePagePtr systemCodePage() {
-  if (CodePagePtr page = codePageByName(codePageWish())) return page;
+  if (CodePagePtr page = codePageByName(environmentVariable("DRAVENNA_CODEPAGE"))) return page;
   if (CodePagePtr page = codePageByNumber(static_cast<int>(::GetACP()))) return page;
   return codePageByNumber(1252);
 }

@@ -82,7 +82,9 @@ bool writeStandardOutput(std::string_view bytes) {
   static std::string carried;
   if (writeAll(::GetStdHandle(STD_OUTPUT_HANDLE), bytes, carried)) return true;
   const DWORD error = ::GetLastError();
-  if (error != ERROR_BROKEN_PIPE && error != ERROR_NO_DATA) windows::failWithLastError(u"standard output");
+  if (error != ERROR_BROKEN_PIPE && error != ERROR_NO_DATA && error != ERROR_PIPE_NOT_CONNECTED) {
+    windows::failWithLastError(u"standard output");
+  }
   return false;
 }
 
@@ -113,6 +115,6 @@ void endIfInterrupted() {
   if (interruptSeen) ::ExitProcess(static_cast<UINT>(STATUS_CONTROL_C_EXIT));
 }
 
-std::filesystem::path executableFolder() { return std::filesystem::path(windows::programFile()).parent_path(); }
+std::filesystem::path executableFile() { return windows::programFile(); }
 
 }  // namespace dravenna

@@ -101,7 +101,7 @@ class GivenScripts {
   };
 
   static std::string stemOf(const std::string& path) {
-    return withExtension(std::filesystem::path(path).lexically_normal().string(), "");
+    return withExtension(std::filesystem::path(path).lexically_normal().generic_string(), "");
   }
   // The first of several counts, `.txt` before all.
   static void add(Paths& paths, std::string key, const std::string& path, bool isText) {

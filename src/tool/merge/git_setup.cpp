@@ -47,7 +47,7 @@ class GitSetup {
     if (!folder || !hook) throw Failure(u"This is no working tree of git");
     attributes_ = joinPath(*folder, ".gitattributes");
     hook_ = *hook;
-    tool_ = quotedForShell((executableFolder() / "dravenna-lxf").generic_string());
+    tool_ = quotedForShell(executableFile().generic_string());
   }
 
   void run() {

@@ -2,7 +2,6 @@
 
 #include <fmt/core.h>
 
-#include <cstdlib>
 #include <unordered_set>
 
 #include "platform/failure.h"
@@ -35,8 +34,8 @@ struct Options : MergeSettings {
 
 // Where git keeps what it knows of the working tree that a driver runs in.
 std::string gitFolder() {
-  const char* const folder = std::getenv("GIT_DIR");
-  return folder == nullptr ? ".git" : folder;
+  const std::string folder = environmentVariable("GIT_DIR");
+  return folder.empty() ? ".git" : folder;
 }
 
 class MergeRun {

@@ -20,11 +20,13 @@ namespace dravenna {
 
 namespace {
 
+thread_local const std::string* fileInUse = nullptr;  // whose bytes the library reads
+
 // Throws out of the library: it must not go on after a fatal error, and nothing of it is used again.
 void onError(int severity, po_message_t, const char* file, std::size_t line, std::size_t, int, const char* text) {
   if (severity == PO_SEVERITY_WARNING) return;
-  throw Failure(
-      fromUtf8(file == nullptr ? fmt::format("PO file: {}", text) : fmt::format("{}:{}: {}", file, line, text)));
+  throw Failure(fromUtf8(file == nullptr || fileInUse == nullptr ? fmt::format("PO file: {}", text)
+                                                                 : fmt::format("{}:{}: {}", *fileInUse, line, text)));
 }
 
 void onError2(int severity, po_message_t first, const char* file, std::size_t line, std::size_t column, int multiline,
@@ -116,6 +118,7 @@ std::string poFileBytes(const std::string& language, const PoFile& contents) {
     for (const PoEntry& entry : contents.entries) insertEntry(iterator.get(), entry, false);
     for (const PoEntry& entry : contents.obsolete) insertEntry(iterator.get(), entry, true);
   }
+  fileInUse = nullptr;
   return bytesWrittenBy([&](const std::string& memory) {
     if (po_file_write(file.get(), memory.c_str(), &kHandler) == nullptr) throw Failure(u"PO file: cannot be made");
   });
@@ -152,18 +155,20 @@ bool holdsNul(std::string_view line) {
 }  // namespace
 
 PoFile readPoFile(TreeFiles& files, const std::string& path) {
-  std::string probe;
-  files.readWhole(path, probe);  // the library's own word for a missing file ends the process
-  if (isUtf16(probe)) throw Failure(fromUtf8(path) + u": it is UTF-16, and a PO file must be UTF-8");
-  if (probe.starts_with(kUtf8Mark)) throw Failure(fromUtf8(path) + u": it begins with a byte order mark");
+  std::string bytes;
+  files.readWhole(path, bytes);
+  if (isUtf16(bytes)) throw Failure(fromUtf8(path) + u": it is UTF-16, and a PO file must be UTF-8");
+  if (bytes.starts_with(kUtf8Mark)) throw Failure(fromUtf8(path) + u": it begins with a byte order mark");
   static std::mutex libraryMutex;
   const std::lock_guard lock(libraryMutex);
-  const File file(po_file_read(path.c_str(), &kHandler));
+  File file;
+  fileInUse = &path;
+  readFromMemory(bytes, [&](const std::string& memory) { file.reset(po_file_read(memory.c_str(), &kHandler)); });
   if (!file) throw Failure(fromUtf8(path) + u": cannot be read");
-  refuseOtherCharset(path, file.get(), probe);
+  refuseOtherCharset(path, file.get(), bytes);
   PoFile contents;
-  const std::vector<std::size_t> lines = messageLines(probe);
-  forEachLine(probe, [&](const ScriptLine& line) {
+  const std::vector<std::size_t> lines = messageLines(bytes);
+  forEachLine(bytes, [&](const ScriptLine& line) {
     if (!line.text.starts_with('#') && holdsNul(line.text))
       throw Failure(fromUtf8(fmt::format("{}:{}: a NUL character in a string", path, line.number + 1)));
   });

@@ -1,9 +1,9 @@
 #include "tool/run/command_names.h"
 
-#include <cstdlib>
 #include <nlohmann/json.hpp>
 
 #include "platform/failure.h"
+#include "platform/system.h"
 #include "platform/terminal.h"
 #include "platform/tree_files.h"
 #include "text/text.h"
@@ -38,9 +38,9 @@ std::vector<CommandPair> readCommandPairs(std::string_view json) {
 }
 
 std::string usualCommandsFile(TreeFiles& files) {
-  const char* const named = std::getenv("DRAVENNA_COMMANDS");
-  if (named != nullptr && *named != '\0') return named;
-  const auto installed = executableFolder() / ".." / "share" / "dravenna" / "commands.json";
+  std::string named = environmentVariable("DRAVENNA_COMMANDS");
+  if (!named.empty()) return named;
+  const auto installed = executableFile().parent_path() / ".." / "share" / "dravenna" / "commands.json";
   return files.pathKind(installed) == PathKind::File ? installed.string() : std::string();
 }
 

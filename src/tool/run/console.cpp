@@ -2,8 +2,7 @@
 
 #include <fmt/core.h>
 
-#include <cstdlib>
-
+#include "platform/system.h"
 #include "platform/terminal.h"
 #include "platform/tree_files.h"
 
@@ -14,21 +13,16 @@ namespace {
 constexpr std::size_t kWriteFrom = std::size_t{256} * 1024;
 constexpr auto kBarInterval = std::chrono::milliseconds(80);
 
-bool isSet(const char* name) {
-  const char* const value = std::getenv(name);
-  return value != nullptr && *value != '\0';
-}
-
 bool dumbTerminal() {
-  const char* const terminal = std::getenv("TERM");
-  return terminal == nullptr || std::string_view(terminal) == "dumb";
+  const std::string terminal = environmentVariable("TERM");
+  return terminal.empty() || terminal == "dumb";
 }
 
 }  // namespace
 
 void Console::setColor(ColorUse use) {
-  colors_ =
-      use == ColorUse::Always || (use == ColorUse::Auto && errorIsTerminal() && !dumbTerminal() && !isSet("NO_COLOR"));
+  colors_ = use == ColorUse::Always ||
+            (use == ColorUse::Auto && errorIsTerminal() && !dumbTerminal() && environmentVariable("NO_COLOR").empty());
 }
 
 void Console::line(const char* color, std::string_view word, std::string_view text) {

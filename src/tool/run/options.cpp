@@ -64,6 +64,7 @@ void Verb::flag(const char* name, bool& value, const char* about) { app_->add_fl
 CommandLine::CommandLine(const char* about, const char* version, const char* footer)
     : app_(std::make_unique<CLI::App>(about, "dravenna-lxf")), version_(version) {
   app_->set_version_flag("--version", version_);
+  app_->allow_windows_style_options(false);  // a path may begin with a slash there, too
   app_->footer(footer);
   app_->require_subcommand(1);
 }

@@ -42,10 +42,11 @@ void Session::prepare() {
   console.setColor(color);
   if (jobs == 0) jobs = std::max(1U, std::thread::hardware_concurrency());
 
-  if (const std::string wish = codePageWish(); codePageName.empty() && !wish.empty() && !codePageByName(wish)) {
+  const std::string wish = environmentVariable("DRAVENNA_CODEPAGE");
+  if (codePageName.empty() && !wish.empty() && !codePageByName(wish)) {
     throw UsageError(fmt::format("DRAVENNA_CODEPAGE: {} is no code page that is supported", wish));
   }
-  const bool pageNamed = !codePageName.empty() || !codePageWish().empty();
+  const bool pageNamed = !codePageName.empty() || !wish.empty();
   const CodePagePtr page = codePageName.empty() ? systemCodePage() : codePageByName(codePageName);
   if (!page) throw UsageError(fmt::format("--codepage: {} is no code page that is supported", codePageName));
 
