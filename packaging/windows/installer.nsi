@@ -5,7 +5,7 @@
 ;   FILE_LISTS    folder with install-files.nsh and remove-files.nsh, made from the files to be shipped
 ;   OUTPUT        the installer
 ;
-; Silent use: dravenna-setup.exe /S /D=C:\Folder
+; Silent use: dravenna-setup.exe /S [/PATH] /D=C:\Folder     (with the switch dravenna-lxf is put on the PATH)
 ;             uninstall.exe /S [/REMOVESETTINGS]      (without the switch the settings stay)
 
 Target amd64-unicode
@@ -33,12 +33,14 @@ VIAddVersionKey "LegalCopyright" "Halvex"
 !include MUI2.nsh
 !include FileFunc.nsh
 !include LogicLib.nsh
+!include Sections.nsh
 
 !define MUI_ICON "${ICON}"
 !define MUI_UNICON "${ICON}"
 !define MUI_ABORTWARNING
 !define MUI_FINISHPAGE_RUN
 !define MUI_FINISHPAGE_RUN_FUNCTION RunAsUser
+!insertmacro MUI_PAGE_COMPONENTS
 !insertmacro MUI_PAGE_DIRECTORY
 !insertmacro MUI_PAGE_INSTFILES
 !insertmacro MUI_PAGE_FINISH
@@ -109,7 +111,84 @@ FunctionEnd
   ${Loop}
 !macroend
 
-Section
+; The machine's PATH may be longer than a string of this language can be, and is never made one. Sets whether TOOL_FOLDER
+; is on it, to $0 (1 or 0); what else stands there stays as it is, and so does a PATH that can't be read. Uses $1 to $9.
+!define TOOL_FOLDER "$INSTDIR\tool"
+!define ENVIRONMENT_KEY "SYSTEM\CurrentControlSet\Control\Session Manager\Environment"
+!macro SetPathFunction UN
+Function ${UN}SetPath
+  ; KEY_WOW64_64KEY | KEY_SET_VALUE | KEY_QUERY_VALUE
+  System::Call 'advapi32::RegOpenKeyExW(p ${HKLM_HANDLE}, w "${ENVIRONMENT_KEY}", i 0, i 0x103, *p .r1) i .r9'
+  ${If} $9 <> 0
+    DetailPrint "PATH can't be opened: error $9"
+    Return
+  ${EndIf}
+  System::Call 'advapi32::RegQueryValueExW(p r1, w "Path", p 0, *i .r2, p 0, *i .r3) i .r9' ; type, bytes
+  ${If} $9 = 2 ; ERROR_FILE_NOT_FOUND
+    StrCpy $2 2 ; REG_EXPAND_SZ
+    StrCpy $3 0
+    StrCpy $9 0
+  ${EndIf}
+  ${If} $9 <> 0
+  ${OrIf} $2 > 2 ; no string
+    DetailPrint "PATH can't be read: error $9, type $2"
+  ${Else}
+    StrLen $4 "${TOOL_FOLDER}"
+    IntOp $5 $4 * 2
+    IntOp $5 $5 + $3
+    IntOp $5 $5 + 16
+    System::Alloc $5 ; of zeroes, for ";PATH;"
+    Pop $6
+    IntPtrOp $7 $6 + 2
+    System::Call 'kernel32::lstrcpyW(p r6, w ";")'
+    ${If} $3 > 2
+      System::Call 'advapi32::RegQueryValueExW(p r1, w "Path", p 0, p 0, p r7, *i r3)'
+      System::Call 'kernel32::lstrcatW(p r6, w ";")'
+    ${EndIf}
+    System::Call 'shlwapi::StrStrIW(p r6, w ";${TOOL_FOLDER};") p .r8'
+    StrCpy $9 1 ; to be written
+    ${If} $0 = 1
+    ${AndIf} $8 P= 0
+      System::Call 'kernel32::lstrcatW(p r6, w "${TOOL_FOLDER}")'
+    ${ElseIf} $0 = 0
+    ${AndIf} $8 P<> 0
+      IntOp $5 $4 + 1
+      IntOp $5 $5 * 2
+      IntPtrOp $5 $8 + $5
+      System::Call 'kernel32::lstrlenW(p r5) i .r3'
+      IntOp $3 $3 * 2
+      IntOp $3 $3 + 2
+      System::Call 'kernel32::RtlMoveMemory(p r8, p r5, p r3)'
+      System::Call 'kernel32::lstrlenW(p r6) i .r3'
+      ${If} $3 > 1 ; without the ";" at the end
+        IntOp $3 $3 - 1
+        IntOp $3 $3 * 2
+        IntPtrOp $5 $6 + $3
+        System::Call 'kernel32::lstrcpyW(p r5, w "")'
+      ${EndIf}
+    ${Else}
+      StrCpy $9 0
+    ${EndIf}
+    ${If} $9 = 1
+      System::Call 'kernel32::lstrlenW(p r7) i .r3'
+      IntOp $3 $3 * 2
+      IntOp $3 $3 + 2
+      System::Call 'advapi32::RegSetValueExW(p r1, w "Path", i 0, i r2, p r7, i r3) i .r9'
+      ${If} $9 <> 0
+        DetailPrint "PATH can't be changed: error $9"
+      ${EndIf}
+      SendMessage ${HWND_BROADCAST} ${WM_WININICHANGE} 0 "STR:Environment" /TIMEOUT=5000
+    ${EndIf}
+    System::Free $6
+  ${EndIf}
+  System::Call 'advapi32::RegCloseKey(p r1)'
+FunctionEnd
+!macroend
+!insertmacro SetPathFunction ""
+!insertmacro SetPathFunction "un."
+
+Section "Dravenna"
+  SectionIn RO
   SetShellVarContext all
   SetRegView 64
   !insertmacro WaitUntilClosed
@@ -134,6 +213,34 @@ Section
   WriteRegDWORD HKLM "${UNINSTALL_KEY}" "NoRepair" 1
 SectionEnd
 
+Section /o "dravenna-lxf on the PATH" OnPath
+SectionEnd
+
+Section ; last: the one above is only a mark
+  SetRegView 64
+  StrCpy $0 0
+  ${If} ${SectionIsSelected} ${OnPath}
+    StrCpy $0 1
+  ${EndIf}
+  WriteRegDWORD HKLM "${UNINSTALL_KEY}" "OnPath" $0
+  Call SetPath
+SectionEnd
+
+; What was chosen last time is offered again.
+Function .onInit
+  SetRegView 64
+  ReadRegDWORD $0 HKLM "${UNINSTALL_KEY}" "OnPath"
+  ${GetParameters} $1
+  ClearErrors
+  ${GetOptions} $1 "/PATH" $2
+  ${IfNot} ${Errors}
+    StrCpy $0 1
+  ${EndIf}
+  ${If} $0 = 1
+    !insertmacro SelectSection ${OnPath}
+  ${EndIf}
+FunctionEnd
+
 ; The program itself writes the verb. It goes only when it names a program of this folder: another copy keeps its own.
 Function un.RemoveVerb
   ReadRegStr $0 HKCR "${VERB_KEY}\command" ""
@@ -150,6 +257,8 @@ Section "Uninstall"
   SetRegView 64
   !insertmacro WaitUntilClosed
   Call un.RemoveVerb
+  StrCpy $0 0
+  Call un.SetPath
   ; Only what was installed goes; files that the user put into the folder stay, and then so does the folder.
   !include "${FILE_LISTS}/remove-files.nsh"
   Delete "$INSTDIR\uninstall.exe"

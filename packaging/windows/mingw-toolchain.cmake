@@ -6,6 +6,9 @@ set(CMAKE_SYSTEM_PROCESSOR x86_64)
 set(CMAKE_C_COMPILER x86_64-w64-mingw32-gcc-posix)
 set(CMAKE_CXX_COMPILER x86_64-w64-mingw32-g++-posix)
 set(CMAKE_RC_COMPILER x86_64-w64-mingw32-windres)
+# The same inputs give the same bytes.
+set(CMAKE_EXE_LINKER_FLAGS_INIT -Wl,--no-insert-timestamp)
+set(CMAKE_SHARED_LINKER_FLAGS_INIT -Wl,--no-insert-timestamp)
 
 if(NOT DRAVENNA_WINDOWS_CACHE)
   if(DEFINED ENV{DRAVENNA_QT_CACHE})
@@ -19,7 +22,8 @@ endif()
 list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES DRAVENNA_WINDOWS_CACHE)
 
 # Headers, libraries and packages only of the target; programs (moc, rcc) only of the build machine.
-set(CMAKE_FIND_ROOT_PATH /usr/x86_64-w64-mingw32 ${DRAVENNA_WINDOWS_CACHE}/qt ${DRAVENNA_WINDOWS_CACHE}/libraries)
+set(CMAKE_FIND_ROOT_PATH /usr/x86_64-w64-mingw32 ${DRAVENNA_WINDOWS_CACHE}/qt ${DRAVENNA_WINDOWS_CACHE}/libraries
+    ${DRAVENNA_WINDOWS_CACHE}/gettext)
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
