@@ -174,7 +174,10 @@ void MainWindow::synchronise() {
   EDT_->setGeometry(0, pixels(EDT.Top), pixels(EDT.Width), pixels(EDT.Height));
   EDT_->synchronise();
   N_->synchronise();
-  if (searchBox_ != nullptr) searchBox_->synchronise();
+  if (searchBox_ != nullptr) {
+    searchBox_->synchronise();
+    searchBox_->spare(textOnScreen());
+  }
 }
 
 void MainWindow::showStatus() {

@@ -90,6 +90,7 @@ class MainWindow : public QMainWindow, private Windowing {
   void pick(CommonDialog& dialog, bool saving);
   bool takesInput() const;
   std::vector<std::u16string> scriptsIn(const QDropEvent& drop);
+  QRect textOnScreen();  // what is selected in N, as far as it is seen
   void reloadIn(int codePage);
   void openDropped(const std::vector<std::u16string>& paths);
 

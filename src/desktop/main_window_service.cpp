@@ -100,14 +100,17 @@ void MainWindow::showSearchBox(FrmSearch& box) {
         box, this, [this](const std::function<void()>& handlers) { handle(handlers); },
         [this](QSize size) {
           const QWidget& page = *N_->viewport();
-          const QRect text = N_->rectOfSelection();
-          return freeCorner(QRect(page.mapToGlobal(QPoint()), page.size()), size,
-                            text.isNull() ? text : QRect(page.mapToGlobal(text.topLeft()), text.size()));
+          return freeCorner(QRect(page.mapToGlobal(QPoint()), page.size()), size, textOnScreen());
         });
     searchBox_->show();
   }
   searchBox_->raise();
   searchBox_->activateWindow();
+}
+
+QRect MainWindow::textOnScreen() {
+  const QRect text = N_->rectOfSelection();
+  return text.isNull() ? text : QRect(N_->viewport()->mapToGlobal(text.topLeft()), text.size());
 }
 
 void MainWindow::unloadSearchBox(FrmSearch&) {

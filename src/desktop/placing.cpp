@@ -7,26 +7,41 @@
 
 namespace dravenna {
 
+namespace {
+
+QMargins frameOf(const QWidget& window) {
+  return window.windowHandle() == nullptr ? QMargins() : window.windowHandle()->frameMargins();
+}
+
+}  // namespace
+
+void placeWithFrame(QWidget& window, const Placing::Choice& choice) {
+  const QMargins frame = frameOf(window);
+  const QPoint corner = choice(window.size().grownBy(frame));
+  // The toolkit's window has a notion of its frame which may be that of the time before it had one.
+  if (frame.isNull()) {
+    window.move(corner);
+  } else {
+    window.setGeometry(QRect(corner + QPoint(frame.left(), frame.top()), window.size()));
+  }
+}
+
+QRect withFrame(const QWidget& window) { return window.geometry().marginsAdded(frameOf(window)); }
+
 Placing::Placing(QWidget& window, Choice choice) : QObject(&window), window_(window), choice_(std::move(choice)) {
-  place();
+  placed_ = frameOf(window_);
+  placeWithFrame(window_, choice_);
   window.installEventFilter(this);
 }
 
-QSize Placing::withFrame() const {
-  const QWindow* handle = window_.windowHandle();
-  return handle == nullptr ? window_.frameGeometry().size() : window_.size().grownBy(handle->frameMargins());
-}
-
-void Placing::place() {
-  placed_ = withFrame();
-  window_.move(choice_(placed_));
-}
-
 bool Placing::eventFilter(QObject*, QEvent* event) {
-  // No event tells of the frame. Before this one its size may be unknown, or even smaller than the window.
-  if (event->type() != QEvent::WindowActivate) return false;
+  // No event tells of the frame. Before this one its size may be unknown, or even smaller than the window; on a system
+  // that is busy, it comes later.
+  active_ = active_ || event->type() == QEvent::WindowActivate;
+  const QMargins frame = frameOf(window_);
+  if (!active_ || frame.isNull()) return false;
   window_.removeEventFilter(this);
-  if (withFrame() != placed_) place();
+  if (frame != placed_) placeWithFrame(window_, choice_);
   deleteLater();
   return false;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QtCore/QMargins>
 #include <QtCore/QObject>
 #include <QtCore/QRect>
 #include <functional>
@@ -19,13 +20,17 @@ class Placing final : public QObject {
   bool eventFilter(QObject* object, QEvent* event) override;
 
  private:
-  QSize withFrame() const;
-  void place();
-
   QWidget& window_;
   Choice choice_;
-  QSize placed_;  // the size of the frame, with the window in it
+  QMargins placed_;  // the frame, as it was known
+  bool active_ = false;
 };
+
+// The same once, with the frame as it is known now.
+void placeWithFrame(QWidget& window, const Placing::Choice& choice);
+
+// A window's place on the screen, frame included.
+QRect withFrame(const QWidget& window);
 
 // In the middle of an area.
 Placing::Choice centredIn(const QRect& area);

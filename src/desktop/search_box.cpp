@@ -30,6 +30,7 @@ SearchBox::SearchBox(FrmSearch& box, QWidget* owner, Run run, Placing::Choice ch
     : QWidget(owner, Qt::Tool | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowCloseButtonHint),
       box_(&box),
       run_(std::move(run)),
+      choice_(std::move(choice)),
       txtSearch_(new EditBox(box.txtSearch, this)),
       CancelButton_(new QPushButton(toQt(box.CancelButton), this)) {
   setObjectName(QStringLiteral("frmSearch"));
@@ -61,11 +62,15 @@ SearchBox::SearchBox(FrmSearch& box, QWidget* owner, Run run, Placing::Choice ch
   // A click on a button leaves the focus in the text, so that the next word can be typed.
   for (QPushButton* button : findChildren<QPushButton*>()) button->setFocusPolicy(Qt::TabFocus);
   txtSearch_->setFocus();
-  new Placing(*this, std::move(choice));
+  new Placing(*this, choice_);
 }
 
 void SearchBox::synchronise() {
   if (box_ != nullptr) txtSearch_->synchronise();
+}
+
+void SearchBox::spare(const QRect& text) {
+  if (isVisible() && withFrame(*this).intersects(text)) placeWithFrame(*this, choice_);
 }
 
 void SearchBox::unload() {

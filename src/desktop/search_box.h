@@ -23,6 +23,9 @@ class SearchBox : public QWidget {
 
   void synchronise();
 
+  // Moves to another place when it covers a text, told by its rectangle on the screen.
+  void spare(const QRect& text);
+
   // The form is about to go: nothing of it is touched any more. The window goes with the next turn of the event loop.
   void unload();
 
@@ -36,6 +39,7 @@ class SearchBox : public QWidget {
 
   FrmSearch* box_;
   Run run_;
+  Placing::Choice choice_;
   EditBox* txtSearch_;
   std::array<QPushButton*, 2> btn_Search_{};
   QPushButton* CancelButton_;

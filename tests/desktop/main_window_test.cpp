@@ -197,6 +197,10 @@ TEST_F(MainWindowTest, TheSearchBoxSparesTheTextAndTheRightButtonItsMenu) {
     entries = window->editBox().text();
     view.copyLine(offset);
   };
+  window->searchBox()->move(onScreen(page, view.rectOf(18)).topLeft());  // the next hit lies under it
+  window->handle([this] { window->principal().Buscar(u"two", true); });
+  EXPECT_EQ(window->principal().N.SelText(), u"two");
+  EXPECT_FALSE(onScreen(page, view.rectOfSelection()).intersects(window->searchBox()->frameGeometry()));
   QTest::mouseClick(&page, Qt::RightButton, {}, view.rectOf(18).center());
   EXPECT_EQ(entries, QStringLiteral("two"));  // it has been selected by then
   EXPECT_EQ(QGuiApplication::clipboard()->text(), QStringLiteral("mes \"two\";"));
