@@ -15,6 +15,7 @@
 #include "desktop/display_text.h"
 #include "desktop/key_codes.h"
 #include "desktop/placing.h"
+#include "desktop/told_font.h"
 #include "desktop/twips.h"
 
 namespace dravenna {
@@ -104,10 +105,7 @@ class PreviewLine final : public QWidget {
  public:
   PreviewLine(const RichTextBox& model, QWidget* parent) : QWidget(parent), model_(model) {
     setObjectName(QStringLiteral("RFF"));
-    QFont bold(QStringLiteral("Arial"));
-    bold.setPointSizeF(8.25);
-    bold.setBold(true);
-    setFont(bold);
+    setFont(toldFont(true));
   }
 
  protected:

@@ -68,7 +68,7 @@ void EditBox::showText() {
   const bool tooLong = static_cast<qsizetype>(wanted.size()) > kMostInBox;
   if (tooLong != tooLong_) setReadOnly(tooLong);
   tooLong_ = tooLong;
-  const QString shown = tooLong ? QStringLiteral("(%1 characters: too long to edit)").arg(wanted.size()) : toQt(wanted);
+  const QString shown = !tooLong ? toQt(wanted) : noticeOfLong ? noticeOfLong(wanted.size()) : QString();
   if (text() != shown) setText(shown);
 }
 

@@ -21,6 +21,7 @@ class EditBox : public QLineEdit {
 
   std::function<void()> onGotFocus;
   std::function<void()> onUserEdit;  // the model has been brought up to the user's change
+  std::function<QString(std::size_t characters)> noticeOfLong;
 
   // The box's own handling of a key, for those that the form's handlers have let pass.
   void keyPressEvent(QKeyEvent* event) override;

@@ -49,7 +49,6 @@ bool showFileDialog(QWidget* parent, CommonDialog& dialog, bool saving,
   box.setFileMode(QFileDialog::AnyFile);
   box.setOption(QFileDialog::DontConfirmOverwrite, (dialog.Flags & kOverwritePrompt) == 0);
   box.setOption(QFileDialog::HideNameFilterDetails);
-  if (dialog.DialogTitle.empty()) box.setWindowTitle(saving ? QStringLiteral("Save As") : QStringLiteral("Open"));
   const QStringList filters = nameFilters(toQt(dialog.Filter));
   if (!filters.isEmpty()) box.setNameFilters(filters);
   if (!dialog.FileName.empty()) box.selectFile(offered.fileName());

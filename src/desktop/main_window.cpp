@@ -14,6 +14,7 @@
 #include "desktop/search_box.h"
 #include "desktop/status_place.h"
 #include "desktop/twips.h"
+#include "desktop/told_font.h"
 #include "desktop/view/script_view.h"
 #include "platform/system.h"
 #include "text/text.h"
@@ -24,13 +25,6 @@ namespace {
 
 constexpr int kQuiet = 1000;                                           // milliseconds without input
 constexpr std::int32_t kSmallestWidth = 4500, kSmallestHeight = 4000;  // twips, frame included
-
-QFont editFont() {
-  QFont font(QStringLiteral("Arial"));
-  font.setPointSizeF(8.25);
-  font.setBold(true);
-  return font;
-}
 
 // "[*]" in a window title is the toolkit's mark of a change; doubled it stands for itself.
 QString titleOf(std::u16string_view caption) {
@@ -97,7 +91,8 @@ void MainWindow::buildControls() {
   auto* area = new QWidget(this);
   N_ = new ScriptView(principal_.N, area);
   N_->setObjectName(QStringLiteral("N"));
-  N_->setAccessibleName(QStringLiteral("Script"));
+  const auto word = [this](const Setting& setting) { return toQt(read(principal_.registry(), setting)); };
+  N_->setAccessibleName(word(desktop_words::ClassScript));
   N_->onMouseUp = [this] {
     EDT_->takeOver();
     handle([this] { principal_.N_MouseUp(); });
@@ -106,11 +101,15 @@ void MainWindow::buildControls() {
   N_->hint = [this] { return toQt(read(principal_.registry(), desktop_words::HowToBegin)); };
   EDT_ = new EditBox(principal_.EDT, area);
   EDT_->setObjectName(QStringLiteral("EDT"));
-  EDT_->setAccessibleName(QStringLiteral("Text"));
-  EDT_->setFont(editFont());
+  EDT_->setAccessibleName(word(desktop_words::BoxName));
+  EDT_->setFont(toldFont(true));
   EDT_->setFrame(false);
   EDT_->setTextMargins(3, 0, 3, 0);
   EDT_->setToolTip(QStringLiteral("F5 -> Color"));
+  EDT_->noticeOfLong = [this](std::size_t characters) {
+    return toQt(
+        readFilled(principal_.registry(), desktop_words::TooLong, decimal(static_cast<std::int64_t>(characters))));
+  };
   EDT_->onGotFocus = [this] { handle([this] { principal_.EDT_GotFocus(); }); };
   EDT_->onUserEdit = [this] { handle([] {}); };
   QWidget::setTabOrder(N_, EDT_);

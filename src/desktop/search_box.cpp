@@ -10,6 +10,7 @@
 #include "desktop/edit_box.h"
 #include "desktop/key_codes.h"
 #include "desktop/qt_text.h"
+#include "desktop/told_font.h"
 #include "desktop/twips.h"
 
 namespace dravenna {
@@ -17,12 +18,6 @@ namespace dravenna {
 namespace {
 
 constexpr int kWidth = 3450, kHeight = 585, kControlHeight = 285;
-
-QFont smallFont() {
-  QFont font(QStringLiteral("Arial"));
-  font.setPointSizeF(8.25);
-  return font;
-}
 
 }  // namespace
 
@@ -35,7 +30,7 @@ SearchBox::SearchBox(FrmSearch& box, QWidget* owner, Run run, Placing::Choice ch
       CancelButton_(new QPushButton(toQt(box.CancelButton), this)) {
   setObjectName(QStringLiteral("frmSearch"));
   setWindowTitle(toQt(box.Caption));
-  setFont(smallFont());
+  setFont(toldFont(false));
   setFixedSize(pixels(kWidth), pixels(kHeight));
   const auto place = [](QWidget* control, int left, int top, int width) {
     control->setGeometry(pixels(left), pixels(top), pixels(width), pixels(kControlHeight));

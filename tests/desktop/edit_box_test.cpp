@@ -6,6 +6,7 @@
 #include <QtGui/QGuiApplication>
 #include <QtTest/QtTest>
 
+#include "desktop/portal/font_name.h"
 #include "desktop/qt_text.h"
 
 namespace dravenna {
@@ -84,6 +85,20 @@ TEST_F(EditBoxTest, LeavesATextAloneThatIsTooLongForIt) {
   QTest::keyClick(&box, Qt::Key_End);
   QTest::keyClicks(&box, QStringLiteral("er"));
   EXPECT_EQ(model.Text(), u"shorter");
+}
+
+TEST(FontName, IsReadInBothForms) {
+  const QFont usual(QStringLiteral("Sans"), 9);
+  const auto read = [&](const char* name) {
+    const QFont font = fontNamed(QLatin1String(name), usual);
+    const QString size = QString::number(font.pointSizeF()), weight = QString::number(font.weight());
+    return QStringList{font.family(), size, weight, font.italic() ? "i" : ""}.join(u'|').toStdString();
+  };
+  EXPECT_EQ(read(""), "Sans|9|400|");
+  EXPECT_EQ(read("Cantarell 11.5"), "Cantarell|11.5|400|");
+  EXPECT_EQ(read("Noto Sans, Semi-Bold Italic 12"), "Noto Sans|12|600|i");
+  EXPECT_EQ(read("Bold 900"), "Bold|9|400|");
+  EXPECT_EQ(read("Noto Sans,10,-1,5,75,1,0,0,0,0"), "Noto Sans|10|700|i");
 }
 
 }  // namespace

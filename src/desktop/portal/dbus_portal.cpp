@@ -38,6 +38,7 @@ const QString kFileChooser = QStringLiteral("org.freedesktop.portal.FileChooser"
 const QString kRequest = QStringLiteral("org.freedesktop.portal.Request");
 const QString kAppearance = QStringLiteral("org.freedesktop.appearance");
 const QString kInterface = QStringLiteral("org.gnome.desktop.interface");
+const QString kGeneral = QStringLiteral("org.kde.kdeglobals.General");
 
 constexpr int kNoDialog = 2;  // a result beside the dialog's two
 
@@ -52,8 +53,11 @@ DesktopLook lookIn(const Settings& settings) {
   DesktopLook look;
   look.dark = appearance.value(QStringLiteral("color-scheme")).toUInt() == 1;
   look.highContrast = appearance.value(QStringLiteral("contrast")).toUInt() == 1;
-  const double letters = settings.value(kInterface).value(QStringLiteral("text-scaling-factor")).toDouble();
+  const QVariantMap interface = settings.value(kInterface);
+  const double letters = interface.value(QStringLiteral("text-scaling-factor")).toDouble();
   if (letters >= 0.5 && letters <= 3) look.letters = letters;
+  look.font = interface.value(QStringLiteral("font-name")).toString();
+  if (look.font.isEmpty()) look.font = settings.value(kGeneral).value(QStringLiteral("font")).toString();
   return look;
 }
 
@@ -142,7 +146,7 @@ class DbusPortal final : public QObject, public DesktopPortal {
  private Q_SLOTS:
   void ask() {
     QDBusMessage question = QDBusMessage::createMethodCall(kService, kObject, kSettings, QStringLiteral("ReadAll"));
-    question << QStringList{kAppearance, kInterface};
+    question << QStringList{kAppearance, kInterface, kGeneral};
     auto* answer = new QDBusPendingCallWatcher(bus_.asyncCall(question), this);
     connect(answer, &QDBusPendingCallWatcher::finished, this, [this, answer] {
       answer->deleteLater();

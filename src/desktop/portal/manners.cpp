@@ -6,8 +6,10 @@
 #include <QtGui/QScreen>
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QMenuBar>
+#include <cmath>
 
 #include "desktop/main_window.h"
+#include "desktop/portal/font_name.h"
 
 namespace dravenna {
 
@@ -38,9 +40,19 @@ QPalette paletteOf(const DesktopLook& look) {
                           QPalette::Mid, QPalette::Dark, QPalette::Shadow}) {
     strong.setColor(role, ink);
   }
+  for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText}) {
+    strong.setColor(QPalette::Disabled, role, Qt::gray);
+  }
   strong.setColor(QPalette::Highlight, look.dark ? QColor(0xFF, 0xFF, 0x00) : QColor(0x00, 0x00, 0x80));
   strong.setColor(QPalette::HighlightedText, ground);
   return strong;
+}
+
+// On X11 the desktop puts the size of its letters into the density of the screen.
+bool densityTells(const QScreen& screen, double letters) {
+  if (QGuiApplication::platformName() != QLatin1String("xcb")) return false;
+  const double density = screen.devicePixelRatio() * screen.logicalDotsPerInch() / kUsualDots / letters;
+  return std::abs(density - std::round(density)) < 0.05;
 }
 
 }  // namespace
@@ -48,6 +60,7 @@ QPalette paletteOf(const DesktopLook& look) {
 void DesktopManners::begin() {
   if (begun_) return;
   begun_ = true;
+  usualFont_ = QApplication::font();
   for (const QString& folder : {QLibraryInfo::path(QLibraryInfo::TranslationsPath),
                                 QCoreApplication::applicationDirPath() + QStringLiteral("/translations")}) {
     if (!words_.load(QLocale(), QStringLiteral("qtbase"), QStringLiteral("_"), folder)) continue;
@@ -67,11 +80,10 @@ void DesktopManners::show(const DesktopLook& look) {
   if (look.dark != shown_.dark || look.highContrast != shown_.highContrast) {
     QApplication::setPalette(paletteOf(look));
   }
-  // Where the screen's density tells the size of letters, they have it already.
-  if (look.letters != shown_.letters && window_.screen()->logicalDotsPerInch() == kUsualDots) {
+  if (look.letters != shown_.letters || look.font != shown_.font) {
     const int bar = window_.menuBar()->sizeHint().height();
-    QFont font = QApplication::font();
-    font.setPointSizeF(font.pointSizeF() / shown_.letters * look.letters);
+    QFont font = fontNamed(look.font, usualFont_);
+    if (!densityTells(*window_.screen(), look.letters)) font.setPointSizeF(font.pointSizeF() * look.letters);
     QApplication::setFont(font);
     // The room below the menu bar keeps its size.
     const int higher = window_.menuBar()->sizeHint().height() - bar;

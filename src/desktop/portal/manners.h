@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QtCore/QTranslator>
+#include <QtGui/QFont>
 #include <memory>
 
 #include "desktop/portal/portal.h"
@@ -25,6 +26,7 @@ class DesktopManners {
   QTranslator words_;
   std::unique_ptr<DesktopPortal> portal_;
   DesktopLook shown_;
+  QFont usualFont_;  // the toolkit's
   bool begun_ = false;
 };
 

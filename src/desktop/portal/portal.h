@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QtCore/QString>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -15,6 +16,7 @@ struct DesktopLook {
   bool dark = false;
   bool highContrast = false;
   double letters = 1;  // their size against the usual one
+  QString font;        // "Cantarell Bold 11", or "Noto Sans,11,..." in the toolkit's form; empty where it is not told
   bool operator==(const DesktopLook&) const = default;
 };
 

@@ -20,6 +20,14 @@ constexpr int kTabColumns = 4;
 constexpr std::size_t kMostLayouts = 256;
 constexpr int kSmallestFont = 5, kLargestFont = 48;  // points, by zooming
 
+// The platform's. Weight and slant are set, so that they are not taken from the desktop's other font.
+QFont fixedFont() {
+  QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
+  font.setWeight(font.weight());
+  font.setItalic(font.italic());
+  return font;
+}
+
 }  // namespace
 
 ScriptView::ScriptView(RichTextBox& model, QWidget* parent) : QAbstractScrollArea(parent), model_(model) {
@@ -30,7 +38,7 @@ ScriptView::ScriptView(RichTextBox& model, QWidget* parent) : QAbstractScrollAre
   setFocusPolicy(Qt::ClickFocus);
   viewport()->setCursor(Qt::IBeamCursor);
   viewport()->setAttribute(Qt::WA_OpaquePaintEvent);
-  setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+  setFont(fixedFont());
 
   // The colours are made for a white ground, whatever the theme; the selection looks the same without the focus.
   QPalette colors = palette();
@@ -325,7 +333,7 @@ void ScriptView::changeEvent(QEvent* event) {
 }
 
 void ScriptView::zoom(int steps) {
-  QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
+  QFont font = fixedFont();
   const qreal size = font.pointSizeF() + zoom_ + steps;
   if (steps != 0 && (size < kSmallestFont || size > kLargestFont)) return;
   zoom_ = steps == 0 ? 0 : zoom_ + steps;
