@@ -67,7 +67,7 @@ void Rescue::flush() {
 }
 
 void Rescue::note(const std::optional<Failure>& failure) {
-  if (failure && !failed_ && onFailure) onFailure(*failure);
+  if (failure.has_value() != failed_ && onFailure) onFailure(failure ? &*failure : nullptr);
   failed_ = failure.has_value();
 }
 

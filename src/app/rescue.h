@@ -34,7 +34,7 @@ class Rescue : public CommitLog {
   // Without a folder, nothing is kept. `disk` are the files that the form works on. All of it outlives this.
   Rescue(RescueFolder* folder, DiskWatch& disk) : folder_(folder), disk_(disk) {}
 
-  std::function<void(const Failure&)> onFailure;             // nothing more is kept; told once until it works again
+  std::function<void(const Failure*)> onFailure;             // nothing more is kept; then null, when all is again
   std::function<void()> onFind;                              // there is one more
   std::function<void(const std::u16string& path)> onLoaded;  // N holds all of a file
 

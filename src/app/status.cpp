@@ -90,10 +90,12 @@ std::u16string Status::lineOf(std::size_t number) {
 }
 
 std::u16string Status::spokenText() {
-  if (form_.Ini == 0) return {};
+  std::u16string spoken;
+  if (!news_.empty() && newsIni_ == form_.Ini && newsUses_ == disk_.uses()) spoken = news_ + u" ";
+  if (form_.N.Text().empty()) return spoken + read(form_.registry(), desktop_words::HowToBegin);
+  if (form_.Ini == 0) return spoken;
   const TextCount::Place here = place();
-  std::u16string spoken =
-      className(static_cast<std::size_t>(form_.Ini)) + textOf(words().text, here) + u". " + lineOf(here.line);
+  spoken += className(static_cast<std::size_t>(form_.Ini)) + textOf(words().text, here) + u". " + lineOf(here.line);
   if (form_.EDT.BackColor != 0) spoken += u". " + words().notCommitted;
   return spoken;
 }
@@ -113,11 +115,24 @@ void Status::lookAtDisk() {
 
 void Status::setRescued(std::size_t finds) {
   rescued_ = finds == 0 ? std::u16string() : readFilled(form_.registry(), desktop_words::Rescued, number(finds));
+  if (finds > finds_) setNews(rescued_);
+  finds_ = finds;
 }
 
 void Status::setNotice(std::u16string notice) {
   notice_ = std::move(notice);
   noticeUses_ = disk_.uses();
+  setNews(notice_);
+}
+
+void Status::withdraw(const std::u16string& notice) {
+  if (notice_ == notice) setNotice({});
+}
+
+void Status::setNews(const std::u16string& news) {
+  news_ = news.empty() || news.ends_with(u'.') ? news : news + u".";
+  newsIni_ = form_.Ini;
+  newsUses_ = disk_.uses();
 }
 
 }  // namespace dravenna

@@ -38,7 +38,8 @@ class Status {
   static std::u16string pageName(int number);
 
   // What the colours tell the eye, in words. Of the current text: its class, its number, its line, and whether the box
-  // holds something to commit. Of a place of N: the class of the character there, and the line of the caret.
+  // holds something to commit, behind what is new while the user has not gone on; without a script, how to begin. Of a
+  // place of N: the class of the character there, and the line of the caret.
   std::u16string spokenText();
   std::u16string spokenPlace(std::size_t offset);
   std::u16string spokenLine(std::size_t offset);  // class, number and text of the line that begins there
@@ -51,6 +52,7 @@ class Status {
 
   // A notice that stands until the next file is opened or written.
   void setNotice(std::u16string notice);
+  void withdraw(const std::u16string& notice);  // if it still stands
 
  private:
   struct Words {
@@ -62,6 +64,7 @@ class Status {
   std::u16string className(std::size_t offset);
   std::u16string lineOf(std::size_t number);
   TextCount::Place place();
+  void setNews(const std::u16string& news);
 
   Principal& form_;
   DiskWatch& disk_;
@@ -70,7 +73,11 @@ class Status {
   std::optional<bool> wanted_;
   std::optional<Words> words_;  // read at the first use: a step does not go to the store
   std::u16string notice_, rescued_;
+  std::size_t finds_ = 0;
   std::uint64_t noticeUses_ = 0;
+  std::u16string news_;  // to be spoken at newsIni_, as long as no file is used
+  std::int32_t newsIni_ = 0;
+  std::uint64_t newsUses_ = 0;
   std::size_t lacked_ = 0;  // characters of N that are bytes without a meaning, after the last use of the disk
   std::uint64_t lackedUses_ = 0;
 };

@@ -31,6 +31,8 @@ ChangesDialog::ChangesDialog(Principal& principal, QWidget* parent)
   const QString line = word(desktop_words::StatusLine);
   list_->setHeaderLabels({QString(line).remove(QStringLiteral("%1")).trimmed(), word(desktop_words::OldText),
                           word(desktop_words::NewText)});
+  list_->setAccessibleName(windowTitle());
+  content_->setAccessibleName(windowTitle());
   content_->setReadOnly(true);
   content_->setTabChangesFocus(true);
   auto* buttons = new QDialogButtonBox(this);

@@ -3,6 +3,7 @@
 #include <QtGui/QScreen>
 #include <QtGui/QSessionManager>
 #include <QtWidgets/QApplication>
+#include <QtWidgets/QMenu>
 #include <QtWidgets/QMenuBar>
 #include <exception>
 #include <utility>
@@ -13,8 +14,8 @@
 #include "desktop/rescue_dialog.h"
 #include "desktop/search_box.h"
 #include "desktop/status_place.h"
-#include "desktop/twips.h"
 #include "desktop/told_font.h"
+#include "desktop/twips.h"
 #include "desktop/view/script_view.h"
 #include "platform/system.h"
 #include "text/text.h"
@@ -60,18 +61,17 @@ MainWindow::MainWindow(TextFiles& files, RegistryCalls& registry, Process& proce
   statusTimer_.setSingleShot(true);
   quietTimer_.setSingleShot(true);
   quietTimer_.setInterval(kQuiet);
-  connect(&quietTimer_, &QTimer::timeout, this, [this] {
-    rescue_.flush();
-    noteRecent();
-  });
+  connect(&quietTimer_, &QTimer::timeout, this, &MainWindow::putAway);
   rescue_.onLoaded = [this](const std::u16string& path) { opened_ = path; };
   // Queued: what is saved takes a notice away.
-  rescue_.onFailure = [this](const Failure& failure) {
-    const std::u16string notice = readFilled(principal_.registry(), desktop_words::NotRescued, failure.description());
+  rescue_.onFailure = [this](const Failure* failure) {
+    const std::u16string notice =
+        failure == nullptr ? u"" : readFilled(principal_.registry(), desktop_words::NotRescued, failure->description());
     QMetaObject::invokeMethod(
         this,
         [this, notice] {
-          status_.setNotice(notice);
+          status_.withdraw(std::exchange(notRescued_, notice));
+          if (!notice.empty()) status_.setNotice(notice);
           statusTimer_.start();
         },
         Qt::QueuedConnection);
@@ -98,18 +98,20 @@ void MainWindow::buildControls() {
     handle([this] { principal_.N_MouseUp(); });
   };
   N_->onMenu = [this](QPoint place, std::size_t offset) { showViewMenu(place, offset); };
-  N_->hint = [this] { return toQt(read(principal_.registry(), desktop_words::HowToBegin)); };
+  N_->hint = [word] { return word(desktop_words::HowToBegin); };
+  N_->zoom(static_cast<int>(numberIn(read(principal_.registry(), settings::Zoom))));
+  zoomKept_ = N_->zoomed();
   EDT_ = new EditBox(principal_.EDT, area);
   EDT_->setObjectName(QStringLiteral("EDT"));
   EDT_->setAccessibleName(word(desktop_words::BoxName));
   EDT_->setFont(toldFont(true));
   EDT_->setFrame(false);
-  EDT_->setTextMargins(3, 0, 3, 0);
-  EDT_->setToolTip(QStringLiteral("F5 -> Color"));
   EDT_->noticeOfLong = [this](std::size_t characters) {
     return toQt(
         readFilled(principal_.registry(), desktop_words::TooLong, decimal(static_cast<std::int64_t>(characters))));
   };
+  EDT_->setTextMargins(3, 0, 3, 0);
+  EDT_->setToolTip(QStringLiteral("F5 -> Color"));
   EDT_->onGotFocus = [this] { handle([this] { principal_.EDT_GotFocus(); }); };
   EDT_->onUserEdit = [this] { handle([] {}); };
   QWidget::setTabOrder(N_, EDT_);
@@ -188,24 +190,33 @@ void MainWindow::showStatus() {
     const QString pageHint = toQt(read(principal_.registry(), desktop_words::OtherPage));
     statusPlace_ = new StatusPlace(*menuBar(), this, pageHint);
     statusPlace_->onRescued = [this] { showRescued(); };
-    statusPlace_->onPage = [this] {
+    statusPlace_->onPage = [this](QPoint below) {
       if (!takesInput() || principal_.ScriptPath.empty()) return;
-      statusPlace_->showPages(disk_.page().number, codePages(), [this](int number) { reloadIn(number); });
+      auto* menu = new QMenu(this);
+      menu->setAttribute(Qt::WA_DeleteOnClose);
+      addPages(*menu);
+      menu->popup(below);
     };
   }
   statusPlace_->setParts(parts);
 }
 
-void MainWindow::noteRecent() {
+void MainWindow::putAway() {
+  rescue_.flush();
   if (!opened_.empty()) process_.documentOpened(std::exchange(opened_, {}));
+  if (N_->zoomed() == zoomKept_) return;
+  zoomKept_ = N_->zoomed();
+  write(principal_.registry(), settings::Zoom, decimal(zoomKept_));
 }
 
 void MainWindow::describe() {
   const auto tell = [](QWidget& control, const QString& words) {
     if (control.accessibleDescription() != words) control.setAccessibleDescription(words);
   };
+  const RichTextBox& N = principal_.N;
+  const auto place = N.SelLength() > 0 ? static_cast<std::size_t>(N.SelStart()) : N_->caret();
   tell(*EDT_, toQt(status_.spokenText()));
-  tell(*N_, principal_.N.Text().empty() ? N_->hint() : toQt(status_.spokenPlace(N_->caret())));
+  tell(*N_, N.Text().empty() ? N_->hint() : toQt(status_.spokenPlace(place)));
 }
 
 void MainWindow::lookForRescued() {

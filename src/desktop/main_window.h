@@ -13,6 +13,8 @@
 #include "desktop/menu_bar.h"
 #include "platform/windowing.h"
 
+class QMenu;
+
 namespace dravenna {
 
 class ColorPickDialog;
@@ -86,16 +88,17 @@ class MainWindow : public QMainWindow, private Windowing {
   void showChanges();
   void showNextErrorLine();
   void showViewMenu(QPoint place, std::size_t offset);
+  void addPages(QMenu& menu);  // the code pages
   Control focusedControl() const;
+  QRect textOnScreen();  // what is selected in N, as far as it is seen
   void pick(CommonDialog& dialog, bool saving);
   bool takesInput() const;
   std::vector<std::u16string> scriptsIn(const QDropEvent& drop);
-  QRect textOnScreen();  // what is selected in N, as far as it is seen
   void reloadIn(int codePage);
   void openDropped(const std::vector<std::u16string>& paths);
 
   void describe();  // to screen readers, what colour tells the eye
-  void noteRecent();
+  void putAway();   // what nobody waits for
   void lookForRescued();
   void showRescued();
   void restore(const Rescue::Find& find);
@@ -113,9 +116,11 @@ class MainWindow : public QMainWindow, private Windowing {
   SearchBox* searchBox_ = nullptr;
   ColorPickDialog* colorPick_ = nullptr;
   std::function<void(std::u16string_view)> tellMessage_;
-  std::u16string answer_;  // of the next open dialog; empty: the user is asked
-  QSize toldSize_;         // the outer size that the form knows of, in pixels
-  int running_ = 0;        // handlers on the stack
+  std::u16string answer_;      // of the next open dialog; empty: the user is asked
+  QSize toldSize_;             // the outer size that the form knows of, in pixels
+  int zoomKept_ = 0;           // in the settings
+  std::u16string notRescued_;  // the notice
+  int running_ = 0;            // handlers on the stack
   bool started_ = false;
   bool loading_ = false;  // the start-up runs: the busy pointer would cost more than it shows
   bool unloaded_ = false;

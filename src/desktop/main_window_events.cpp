@@ -14,6 +14,7 @@
 #include "desktop/qt_text.h"
 #include "desktop/view/script_view.h"
 #include "editing/error_lines.h"
+#include "platform/system.h"
 
 // The user's input on its way to the form's handlers.
 namespace dravenna {
@@ -132,7 +133,8 @@ void MainWindow::showNextErrorLine() {
   const std::size_t line = nextErrorLine(principal_.N, N_->placeShown());
   if (line == std::u16string::npos) return onBeep();
   N_->showLine(line);
-  EDT_->setAccessibleDescription(toQt(status_.spokenLine(line)));
+  QWidget& heard = N_->hasFocus() ? static_cast<QWidget&>(*N_) : *EDT_;
+  heard.setAccessibleDescription(toQt(status_.spokenLine(line)));
 }
 
 void MainWindow::showViewMenu(QPoint place, std::size_t offset) {
@@ -143,7 +145,22 @@ void MainWindow::showViewMenu(QPoint place, std::size_t offset) {
   copy->setShortcut(QKeySequence::Copy);
   connect(copy, &QAction::triggered, N_, &ScriptView::copy);
   connect(add(desktop_words::CopyLine), &QAction::triggered, N_, [this, offset] { N_->copyLine(offset); });
+  menu.addSeparator();
+  QMenu& pages = *menu.addMenu(toQt(read(principal_.registry(), desktop_words::OtherPage)));
+  addPages(pages);
+  pages.setEnabled(!principal_.ScriptPath.empty());
   menu.exec(place);
+}
+
+// The one in use is ticked; the one that is taken loads the script again.
+void MainWindow::addPages(QMenu& menu) {
+  menu.setObjectName(QStringLiteral("Pages"));
+  for (const int number : codePages()) {
+    QAction* action = menu.addAction(toQt(Status::pageName(number)), this, [this, number] { reloadIn(number); });
+    action->setCheckable(true);
+    action->setChecked(number == disk_.page().number);
+    if (action->isChecked()) menu.setActiveAction(action);
+  }
 }
 
 void MainWindow::changeEvent(QEvent* event) {
@@ -220,8 +237,7 @@ void MainWindow::closeEvent(QCloseEvent* event) {
   unloaded_ = true;
   EDT_->takeOver();
   handle([this] { principal_.Form_Unload(); });
-  rescue_.flush();
-  noteRecent();
+  putAway();
 }
 
 }  // namespace dravenna

@@ -47,6 +47,8 @@ RescueDialog::RescueDialog(Rescue& rescue, Registry& registry, QWidget* parent)
   setObjectName(QStringLiteral("Rescue"));
   const auto count = static_cast<std::int64_t>(finds_.size());
   setWindowTitle(toQt(readFilled(registry, desktop_words::Rescued, decimal(count))));
+  list_->setAccessibleName(windowTitle());
+  content_->setAccessibleName(windowTitle());
   content_->setReadOnly(true);
   auto* buttons = new QDialogButtonBox(this);
   restore_ = buttons->addButton(toQt(read(registry, desktop_words::Restore)), QDialogButtonBox::AcceptRole);

@@ -1,27 +1,36 @@
 #include "desktop/status_place.h"
 
 #include <QtCore/QEvent>
+#include <QtWidgets/QAccessibleWidget>
 #include <QtWidgets/QLabel>
-#include <QtWidgets/QMenu>
 #include <QtWidgets/QMenuBar>
-#include <QtWidgets/QPushButton>
 #include <QtWidgets/QToolButton>
 #include <algorithm>
 
 #include "desktop/display_text.h"
-#include "desktop/qt_text.h"
 
 namespace dravenna {
 
 namespace {
 
-constexpr int kGap = 10;          // pixels behind each part, and at the least in front of the first one
-constexpr int kLeastNotice = 60;  // pixels of a notice that are worth showing
+constexpr int kGap = 10;       // pixels behind each part, and at the least in front of the first one
+constexpr int kLeastCut = 60;  // pixels of a part that are worth showing
+
+QAccessibleInterface* makeStatusBar(const QString&, QObject* object) {
+  auto* place = dynamic_cast<StatusPlace*>(object);
+  return place != nullptr ? new QAccessibleWidget(place, QAccessible::StatusBar) : nullptr;
+}
+
+// Each naming is an event for screen readers, also where the name is the old one.
+void name(QWidget& part, const QString& name) {
+  if (part.accessibleName() != name) part.setAccessibleName(name);
+}
 
 }  // namespace
 
 StatusPlace::StatusPlace(QMenuBar& bar, QWidget* window, const QString& pageHint)
     : QWidget(window), bar_(bar), pageHint_(pageHint) {
+  QAccessible::installFactory(makeStatusBar);
   setObjectName(QStringLiteral("Status"));
   const auto part = [this](const char* name) {
     auto* label = new QLabel(this);
@@ -29,21 +38,24 @@ StatusPlace::StatusPlace(QMenuBar& bar, QWidget* window, const QString& pageHint
     label->setTextFormat(Qt::PlainText);
     return label;
   };
-  rescued_ = new QPushButton(this);
-  rescued_->setObjectName(QStringLiteral("Status.Rescued"));
-  rescued_->setFlat(true);
-  connect(rescued_, &QPushButton::clicked, this, [this] { onRescued(); });
-  page_ = new QToolButton(this);
-  page_->setObjectName(QStringLiteral("Status.Page"));
-  page_->setAutoRaise(true);
+  const auto button = [this](const char* name) {
+    auto* made = new QToolButton(this);
+    made->setObjectName(QLatin1String(name));
+    made->setAutoRaise(true);
+    return made;
+  };
+  rescued_ = button("Status.Rescued");
+  rescued_->setFocusPolicy(Qt::StrongFocus);
+  connect(rescued_, &QToolButton::clicked, this, [this] { onRescued(); });
+  page_ = button("Status.Page");
+  page_->setAccessibleDescription(pageHint_);
   page_->setFont(bar_.font());
   page_->setFocusPolicy(Qt::NoFocus);  // the box keeps it, and Tab goes its old ways
-  connect(page_, &QToolButton::clicked, this, [this] { onPage(); });
+  connect(page_, &QToolButton::clicked, this, [this] { onPage(page_->mapToGlobal(QPoint(0, page_->height()))); });
   notice_ = part("Status.Notice");
   text_ = part("Status.Text");
   line_ = part("Status.Line");
   errors_ = part("Status.Errors");
-  errors_->setToolTip(QStringLiteral("F9"));
   modified_ = part("Status.Modified");
   bar_.installEventFilter(this);
   arrange();
@@ -56,14 +68,14 @@ void StatusPlace::setParts(const Status::Parts& parts) {
   rescued_->setText(displayText(parts.rescued));
   text_->setText(displayText(parts.text));
   line_->setText(displayText(parts.line));
-  errors_->setText(displayText(parts.errors));
-  page_->setAccessibleName(pageText());
-  page_->setAccessibleDescription(pageHint_);
+  name(*errors_, displayText(parts.errors));
+  errors_->setToolTip(displayText(parts.errors) + QStringLiteral("\nF9"));
+  name(*page_, pageText());
   page_->setToolTip(parts.pageDoubt.empty() ? pageHint_ : pageText() + QStringLiteral("\n") + pageHint_);
   modified_->setText(parts.modified.empty() ? QString() : QStringLiteral("\u25CF"));
-  modified_->setAccessibleName(displayText(parts.modified));
+  name(*modified_, displayText(parts.modified));
   modified_->setToolTip(displayText(parts.modified));
-  notice_->setAccessibleName(displayText(parts.notice));
+  name(*notice_, displayText(parts.notice));
   notice_->setToolTip(displayText(parts.notice));
   arrange();
 }
@@ -71,20 +83,6 @@ void StatusPlace::setParts(const Status::Parts& parts) {
 QString StatusPlace::pageText() const {
   const QString page = displayText(parts_.page);
   return parts_.pageDoubt.empty() ? page : page + QStringLiteral(": ") + displayText(parts_.pageDoubt);
-}
-
-void StatusPlace::showPages(int current, const std::vector<int>& numbers, const std::function<void(int)>& choose) {
-  auto* menu = new QMenu(this);
-  menu->setObjectName(QStringLiteral("Status.Pages"));
-  menu->setAttribute(Qt::WA_DeleteOnClose);
-  menu->setFont(bar_.font());
-  for (const int number : numbers) {
-    QAction* action = menu->addAction(toQt(Status::pageName(number)), this, [choose, number] { choose(number); });
-    action->setCheckable(true);
-    action->setChecked(number == current);
-    if (number == current) menu->setActiveAction(action);
-  }
-  menu->popup(page_->mapToGlobal(QPoint(0, page_->height())));
 }
 
 void StatusPlace::arrange() {
@@ -101,8 +99,8 @@ void StatusPlace::arrange() {
   raise();
 
   int room = width();
-  const QString notice = displayText(parts_.notice);
-  notice_->setText(notice);
+  notice_->setText(displayText(parts_.notice));
+  errors_->setText(displayText(parts_.errors));
   const auto give = [&room](auto* label) {
     const int wanted = label->sizeHint().width() + kGap;
     label->setVisible(!label->text().isEmpty() && wanted <= room);
@@ -119,12 +117,15 @@ void StatusPlace::arrange() {
   const int wanted = std::max(least, alone ? room - kGap - frame : room / 2);
   page_->setText(page_->fontMetrics().elidedText(pageText(), Qt::ElideRight, wanted));
   give(page_);
-  if (room - kGap >= kLeastNotice) {
-    notice_->setText(notice_->fontMetrics().elidedText(notice, Qt::ElideRight, room - kGap));
-  }
-  give(notice_);
+  const auto giveCut = [&](QLabel* label) {
+    if (room - kGap >= kLeastCut) {
+      label->setText(label->fontMetrics().elidedText(label->text(), Qt::ElideRight, room - kGap));
+    }
+    give(label);
+  };
+  giveCut(notice_);
   give(line_);
-  give(errors_);
+  giveCut(errors_);
   int x = room;
   for (QWidget* label : std::initializer_list<QWidget*>{rescued_, notice_, errors_, text_, line_, page_, modified_}) {
     if (!label->isVisibleTo(this)) continue;

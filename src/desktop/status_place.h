@@ -2,31 +2,26 @@
 
 #include <QtWidgets/QWidget>
 #include <functional>
-#include <vector>
 
 #include "app/status.h"
 
 class QLabel;
 class QMenuBar;
-class QPushButton;
 class QToolButton;
 
 namespace dravenna {
 
 // The status at the right end of a menu bar, over it and not in it: a menu bar's own children are no part of the screen
-// reader's tree. The menus come first; what has no room beside them is left out, and a long notice is cut.
+// reader's tree. The menus come first; what has no room beside them is left out, and what is long is cut.
 class StatusPlace : public QWidget {
  public:
   // `pageHint` tells what a click on the code page does.
   StatusPlace(QMenuBar& bar, QWidget* window, const QString& pageHint);
 
-  std::function<void()> onRescued;  // the user wants to see what was found
-  std::function<void()> onPage;     // the user has clicked on the code page
+  std::function<void()> onRescued;           // the user wants to see what was found
+  std::function<void(QPoint below)> onPage;  // the user has clicked on the code page
 
   void setParts(const Status::Parts& parts);
-
-  // Below the code page; `choose` is told which number the user has taken.
-  void showPages(int current, const std::vector<int>& numbers, const std::function<void(int)>& choose);
 
  protected:
   bool eventFilter(QObject* object, QEvent* event) override;
@@ -38,8 +33,7 @@ class StatusPlace : public QWidget {
   QMenuBar& bar_;
   Status::Parts parts_;
   QString pageHint_;
-  QPushButton* rescued_;
-  QToolButton* page_;
+  QToolButton *rescued_, *page_;
   QLabel *notice_, *errors_, *text_, *line_, *modified_;
 };
 

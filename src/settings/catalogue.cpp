@@ -21,6 +21,7 @@ const Setting SpecialAllowedCommands{kCommandsKey, u"SpecialAllowedCommands", kD
 const Setting StatusPlace{kDesktopKey, u"StatusPlace", u"1", u"0 hides the status at the end of the menu bar"};
 const Setting CodePage{kDesktopKey, u"CodePage", u"",
                        u"the code page of scripts (1252, 874, ..., utf-8); empty: their own"};
+const Setting Zoom{kDesktopKey, u"Zoom", u"0", u"points by which the letters of the script are larger"};
 }  // namespace settings
 
 namespace words {

@@ -27,7 +27,7 @@ struct Setting {
 };
 
 namespace settings {
-extern const Setting File, NavMode, LastSearch, AllowedCommands, SpecialAllowedCommands, StatusPlace, CodePage;
+extern const Setting File, NavMode, LastSearch, AllowedCommands, SpecialAllowedCommands, StatusPlace, CodePage, Zoom;
 }
 
 // The localised words, under kLangKey.

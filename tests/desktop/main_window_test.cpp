@@ -107,8 +107,14 @@ TEST_F(MainWindowTest, FileDialogsStartBesideTheScriptAndSpareIt) {
 
 TEST_F(MainWindowTest, IsShownWhenItsStartHasEnded) {
   Registry(store).SetRegValue(HKEY_LOCAL_MACHINE_ID, kDesktopKey, u"StatusPlace", u"0");
+  Registry(store).SetRegValue(HKEY_LOCAL_MACHINE_ID, kDesktopKey, u"Zoom", u"2");
   start(u"no such file");
   EXPECT_EQ(saidBefore, 1);
+  EXPECT_EQ(window->scriptView().zoomed(), 2);
+  window->scriptView().zoom(-3);
+  window->close();
+  EXPECT_EQ(read(window->principal().registry(), settings::Zoom), u"-1");
+  window->show();
   window->showStatus();
   EXPECT_EQ(window->findChild<QWidget*>(QStringLiteral("Status")), nullptr);
   window->resize(1, 1);
@@ -191,16 +197,16 @@ TEST_F(MainWindowTest, TheSearchBoxSparesTheTextAndTheRightButtonItsMenu) {
   const QRect all = page.rect();
   EXPECT_EQ(freeCorner(all, box.size(), QRect(all.width() / 2, 0, all.width(), 9)),
             QPoint(all.width() - box.width(), all.height() - box.height()));
+  window->searchBox()->move(onScreen(page, view.rectOf(18)).topLeft());  // the next hit lies under it
+  window->handle([this] { window->principal().Buscar(u"two", true); });
+  EXPECT_EQ(window->principal().N.SelText(), u"two");
+  EXPECT_FALSE(onScreen(page, view.rectOfSelection()).intersects(window->searchBox()->frameGeometry()));
 
   QString entries;
   view.onMenu = [&](QPoint, std::size_t offset) {
     entries = window->editBox().text();
     view.copyLine(offset);
   };
-  window->searchBox()->move(onScreen(page, view.rectOf(18)).topLeft());  // the next hit lies under it
-  window->handle([this] { window->principal().Buscar(u"two", true); });
-  EXPECT_EQ(window->principal().N.SelText(), u"two");
-  EXPECT_FALSE(onScreen(page, view.rectOfSelection()).intersects(window->searchBox()->frameGeometry()));
   QTest::mouseClick(&page, Qt::RightButton, {}, view.rectOf(18).center());
   EXPECT_EQ(entries, QStringLiteral("two"));  // it has been selected by then
   EXPECT_EQ(QGuiApplication::clipboard()->text(), QStringLiteral("mes \"two\";"));
@@ -276,6 +282,7 @@ TEST_F(MainWindowTest, ScreenReadersAreToldWhatColourTellsTheEye) {
   EXPECT_EQ(told(box), QStringLiteral("Message. Text 1 of 1. Line 2. Changed, not committed"));
   QTest::keyClick(&box, Qt::Key_Up, Qt::ShiftModifier);
   EXPECT_EQ(told(box), QStringLiteral("Title. Text \u2013 of 1. Line 1"));
+  EXPECT_EQ(told(window->scriptView()), QStringLiteral("Title. Line 1"));  // what is selected
   QTest::keyClick(&box, Qt::Key_F9);
   EXPECT_EQ(box.accessibleDescription(), QStringLiteral("Line with errors. Line 3. mes \"odd;"));
   window->scriptView().moveCaret(window->principal().N.Text().find(u"said"), false);
@@ -381,7 +388,7 @@ TEST_F(MainWindowTest, WhatWasNotSavedIsFoundAndRestored) {
   window.reset();
   start(u"sub/gate");
   window->showStatus();
-  auto* button = window->findChild<QPushButton*>(QStringLiteral("Status.Rescued"));
+  auto* button = window->findChild<QToolButton*>(QStringLiteral("Status.Rescued"));
   ASSERT_TRUE(button->isVisible());
   QTimer::singleShot(0, window.get(), [] {
     auto* list = qobject_cast<QDialog*>(QApplication::activeModalWidget());
@@ -454,7 +461,10 @@ TEST_F(MainWindowTest, TheStatusTellsWhatHappensOnDisk) {
   EXPECT_EQ(notice(), QString());
   folder.put("sub/gate.txt", "mes \"two\";\r\nmes \"one\";\r\n");  // of the same size
   EXPECT_EQ(notice(), changed);
+  EXPECT_TRUE(window->editBox().accessibleDescription().startsWith(changed));
   window->handle([this] { window->principal().Salvar(); });
+  window->showStatus();
+  EXPECT_FALSE(window->editBox().accessibleDescription().startsWith(changed));
   EXPECT_EQ(notice(), QString());
   setTime(2);
   EXPECT_EQ(notice(), QString());

@@ -323,8 +323,9 @@ void ScriptView::resizeEvent(QResizeEvent* event) {
 
 void ScriptView::changeEvent(QEvent* event) {
   QAbstractScrollArea::changeEvent(event);
-  if (event->type() != QEvent::FontChange || laidOutWidth_ == 0) return;
+  if (event->type() != QEvent::FontChange) return;
   measureFont();
+  if (laidOutWidth_ == 0) return;
   takeTextChanges();
   dropLayouts();
   setTop({top_.block, 0});

@@ -49,8 +49,9 @@ class ScriptView : public QAbstractScrollArea, private RichTextBox::Listener {
   std::size_t placeShown();
   void scrollPages(int pages);  // down, or up if negative; the caret stays where it is
 
-  // Makes the font larger or smaller by points; 0 takes all of that back.
+  // Makes the font larger or smaller by points, within bounds; 0 takes all of that back.
   void zoom(int steps);
+  int zoomed() const { return zoom_; }  // points
 
   // The line around an offset, without its line end.
   std::pair<std::size_t, std::size_t> lineAround(std::size_t offset) const;
