@@ -116,14 +116,17 @@ void StatusPlace::arrange() {
   const bool alone = parts_.notice.empty() && parts_.errors.empty();
   const int wanted = std::max(least, alone ? room - kGap - frame : room / 2);
   page_->setText(page_->fontMetrics().elidedText(pageText(), Qt::ElideRight, wanted));
-  give(page_);
   const auto giveCut = [&](QLabel* label) {
     if (room - kGap >= kLeastCut) {
       label->setText(label->fontMetrics().elidedText(label->text(), Qt::ElideRight, room - kGap));
     }
     give(label);
   };
-  giveCut(notice_);
+  // Where only one of the two has room, it is the notice: the menu of the script has the pages too.
+  const bool noticeFirst = room - page_->sizeHint().width() - kGap < kLeastCut + kGap;
+  if (noticeFirst) giveCut(notice_);
+  give(page_);
+  if (!noticeFirst) giveCut(notice_);
   give(line_);
   giveCut(errors_);
   int x = room;
