@@ -168,6 +168,7 @@ void MainWindow::changeEvent(QEvent* event) {
   if (event->type() == QEvent::WindowStateChange && started_) formResized();
   if (event->type() == QEvent::ActivationChange && !isActiveWindow()) rescue_.flush();
   if (event->type() == QEvent::ActivationChange && isActiveWindow() && painted_ && running_ == 0) {
+    if (frameGeometry().size() != toldSize_) formResized();  // the frame was not known before
     status_.lookAtDisk();
     statusTimer_.start();
   }
