@@ -33,7 +33,7 @@ QPalette paletteOf(const DesktopLook& look) {
     return dark;
   }
   const QColor ground = look.dark ? Qt::black : Qt::white, ink = look.dark ? Qt::white : Qt::black;
-  QPalette strong(ground, ground);
+  QPalette strong(look.dark ? QColor(0x38, 0x38, 0x38) : QColor(0xE0, 0xE0, 0xE0), ground);  // buttons are seen
   for (const auto role : {QPalette::Base, QPalette::AlternateBase, QPalette::ToolTipBase})
     strong.setColor(role, ground);
   for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText, QPalette::ToolTipText,
