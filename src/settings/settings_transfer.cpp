@@ -98,8 +98,9 @@ std::string exportSettings(RegistryCalls& registry) {
   const auto putSetting = [&](const Setting& setting) {
     put(kMachine, HKEY_LOCAL_MACHINE_ID, setting.key, setting.name);
   };
-  for (const Setting* setting : {&settings::File, &settings::NavMode, &settings::LastSearch, &settings::AllowedCommands,
-                                 &settings::SpecialAllowedCommands, &settings::StatusPlace, &settings::CodePage}) {
+  for (const Setting* setting :
+       {&settings::File, &settings::NavMode, &settings::LastSearch, &settings::AllowedCommands,
+        &settings::SpecialAllowedCommands, &settings::StatusPlace, &settings::CodePage, &settings::Zoom}) {
     putSetting(*setting);
   }
   for (const Setting* word : allWords()) putSetting(*word);
