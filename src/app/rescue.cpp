@@ -12,7 +12,7 @@ namespace {
 
 constexpr char16_t kJournal[] = u".journal";
 constexpr char16_t kReplaced[] = u".replaced";
-constexpr std::uint64_t kMostBytes = 64 << 20;  // of all files together
+constexpr std::uint64_t kMostBytes = 64 << 20;                   // of all files together
 constexpr std::int64_t kMostAge = std::int64_t{90} * 24 * 3600;  // seconds
 
 bool isJournal(std::u16string_view file) { return file.ends_with(kJournal); }
