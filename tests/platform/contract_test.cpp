@@ -242,6 +242,9 @@ TEST(Trees, ReplaceManyFilesAtOnce) {
   EXPECT_EQ(folder.get("a") + folder.get("b") + folder.get("c"), "new anew bnew c");
   EXPECT_EQ(folder.get("a.bak") + folder.get("a.bak2") + folder.get("b.bak"), "older aold aold b");
   { Replacements(*files).stage(folder.file("a"), "given up"); }
+  files->append(folder.file("b"), "!");
+  EXPECT_EQ(folder.get("b"), "new b!");
+  EXPECT_NE(failureOf([&] { files->append(folder.file("missing"), "!"); }).find("missing"), std::string::npos);
   EXPECT_EQ(folder.names(), (Names{"a", "a.bak", "a.bak2", "b", "b.bak", "c"}));
 }
 

@@ -69,12 +69,6 @@ class Update {
   const Options& options_;
 };
 
-std::string quoted(const Codec& codec, std::string_view work) {
-  std::string out = "\"";
-  appendEscaped(codec, work, out);
-  return out + "\"";
-}
-
 void Update::reportText(const std::string& path, const LoadedScript& fresh, const OldVersion::Carried& carried,
                         std::size_t record, std::string& out) const {
   const CarriedText& text = carried.result.texts[record];
@@ -84,17 +78,11 @@ void Update::reportText(const std::string& path, const LoadedScript& fresh, cons
   const OldText* const before = text.oldRecord < carried.old.size() ? &carried.old[text.oldRecord] : nullptr;
   const char* const state = kStateNames[static_cast<std::size_t>(text.state)];
   if (options_.json) {
-    out += "{\"file\":";
-    appendJsonString(fromUtf8(path), out);
-    out += fmt::format(",\"line\":{},\"record\":{},\"state\":\"{}\",\"text\":", now.lineNumber + 1, record + 1, state);
-    appendJsonString(codec, now.text, out);
+    out += fmt::format("{{\"file\":{},\"line\":{},\"record\":{},\"state\":\"{}\",\"text\":{}", jsonString(path),
+                       now.lineNumber + 1, record + 1, state, jsonString(codec, now.text));
     if (before != nullptr) {
-      out += fmt::format(",\"oldLine\":{},\"oldText\":", before->line);
-      appendJsonString(codec, before->text, out);
-      out += ",\"translation\":";
-      appendJsonString(codec, text.translation, out);
-      out += ",\"why\":";
-      appendJsonString(fromUtf8(text.why), out);
+      out += fmt::format(",\"oldLine\":{},\"oldText\":{},\"translation\":{},\"why\":{}", before->line,
+                         jsonString(codec, before->text), jsonString(codec, text.translation), jsonString(text.why));
     }
     out += "}\n";
     return;
@@ -114,11 +102,8 @@ void Update::reportGone(const Codec& codec, const OldVersion::Carried& carried, 
   for (const std::size_t record : carried.result.gone) {
     const OldText& text = carried.old[record];
     if (options_.json) {
-      out += "{\"file\":";
-      appendJsonString(fromUtf8(carried.oldPath), out);
-      out += fmt::format(",\"line\":{},\"state\":\"gone\",\"text\":", text.line);
-      appendJsonString(codec, text.text, out);
-      out += "}\n";
+      out += fmt::format("{{\"file\":{},\"line\":{},\"state\":\"gone\",\"text\":{}}}\n", jsonString(carried.oldPath),
+                         text.line, jsonString(codec, text.text));
     } else {
       appendEscapedName(carried.oldPath, out);
       out += fmt::format(":{}: gone: {}\n", text.line, quoted(codec, text.text));

@@ -9,12 +9,6 @@ namespace dravenna {
 
 namespace {
 
-std::string json(std::string_view utf8) {
-  std::string out;
-  appendJsonString(fromUtf8(utf8), out);
-  return out;
-}
-
 template <class Stays>
 std::string percentEncoded(std::string_view bytes, Stays&& stays) {
   std::string out;
@@ -51,7 +45,7 @@ FindingReport::FindingReport(ReportFormat format, std::string& out) : format_(fo
   for (const FindingKind& kind : findingKinds()) {
     out_ += fmt::format(
         "{}\n{{\"id\":\"{}\",\"shortDescription\":{{\"text\":{}}},\"defaultConfiguration\":{{\"level\":\"{}\"}}}}",
-        first_ ? "" : ",", kind.name, json(kind.about), nameOf(kind.severity));
+        first_ ? "" : ",", kind.name, jsonString(kind.about), nameOf(kind.severity));
     first_ = false;
   }
   out_ += "]}},\"columnKind\":\"unicodeCodePoints\",\"results\":[";
@@ -63,8 +57,8 @@ void FindingReport::addSarif(const std::string& path, const Finding& finding) {
       "{}\n{{\"ruleId\":\"{}\",\"level\":\"{}\",\"message\":{{\"text\":{}}},\"locations\":[{{\"physicalLocation\":{{"
       "\"artifactLocation\":{{\"uri\":\"{}\"}},\"region\":{{\"startLine\":{},\"startColumn\":{}}}}}}}],"
       "\"partialFingerprints\":{{\"line/v1\":\"{:016x}\"}}}}",
-      first_ ? "" : ",", finding.kind, nameOf(severityOf(finding.kind)), json(finding.text), uriOf(path), finding.line,
-      finding.column, finding.lineHash);
+      first_ ? "" : ",", finding.kind, nameOf(severityOf(finding.kind)), jsonString(finding.text), uriOf(path),
+      finding.line, finding.column, finding.lineHash);
 }
 
 void FindingReport::addGitHub(const std::string& path, const Finding& finding) {
@@ -81,8 +75,8 @@ void FindingReport::add(const std::string& path, const Finding& finding) {
       out_ += fmt::format(":{}:{}: {}: {}\n", finding.line, finding.column, finding.kind, finding.text);
       break;
     case ReportFormat::Json:
-      out_ += fmt::format("{{\"file\":{},\"line\":{},\"column\":{},\"kind\":\"{}\",\"text\":{}}}\n", json(path),
-                          finding.line, finding.column, finding.kind, json(finding.text));
+      out_ += fmt::format("{{\"file\":{},\"line\":{},\"column\":{},\"kind\":\"{}\",\"text\":{}}}\n", jsonString(path),
+                          finding.line, finding.column, finding.kind, jsonString(finding.text));
       break;
     case ReportFormat::Sarif:
       addSarif(path, finding);

@@ -95,10 +95,8 @@ std::string quotedText(const Codec& codec, std::string_view work) {
     text += u"...";
   }
   std::string bytes;
-  std::string out = "\"";
   codec.encode(text, bytes);
-  appendEscaped(codec, bytes, out);
-  return out + "\"";
+  return quoted(codec, bytes);
 }
 
 std::vector<Break> checkTranslation(const Codec& codec, const TextPair& pair) {

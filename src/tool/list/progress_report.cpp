@@ -62,9 +62,8 @@ std::string progressJson(const std::vector<ProgressRow>& rows, std::string_view 
   };
   std::string out = fmt::format("{{\"{}s\":[", kind);
   for (std::size_t i = 0; i + 1 < rows.size(); ++i) {
-    out += fmt::format("{}\n{{\"{}\":", i == 0 ? "" : ",", kind);
-    appendJsonString(fromUtf8(rows[i].name), out);
-    out += "," + figures(rows[i].progress) + "}";
+    out += fmt::format("{}\n{{\"{}\":{},{}}}", i == 0 ? "" : ",", kind, jsonString(rows[i].name),
+                       figures(rows[i].progress));
   }
   return out + "],\n\"total\":{" + figures(rows.back().progress) + "}}\n";
 }

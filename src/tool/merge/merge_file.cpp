@@ -78,21 +78,16 @@ std::string bytesOf(const Codec& codec, std::string_view work) {
 
 // `npc/guard.txt:3: to translate: "New."; was "Old.", translated "Viejo."`
 std::string listed(const Codec& codec, const std::string& name, const MergeNote& note) {
-  const auto quoted = [&](std::string_view text) {
-    std::string out = "\"";
-    appendEscaped(codec, text, out);
-    return out + "\"";
-  };
   std::string line = fmt::format("{}:{}: ", shownName(name), note.line);
   if (note.kind == MergeNote::Kind::Translate) {
-    line += "to translate: " + quoted(note.now);
-    if (!note.before.empty()) line += "; was " + quoted(note.before);
-    if (!note.translation.empty()) line += ", translated " + quoted(note.translation);
+    line += "to translate: " + quoted(codec, note.now);
+    if (!note.before.empty()) line += "; was " + quoted(codec, note.before);
+    if (!note.translation.empty()) line += ", translated " + quoted(codec, note.translation);
   } else {
     line += "to look at: ";
-    if (!note.before.empty()) line += quoted(note.before) + " -> ";
-    line += quoted(note.now);
-    line += note.translation.empty() ? "; its line has changed here" : "; stays " + quoted(note.translation);
+    if (!note.before.empty()) line += quoted(codec, note.before) + " -> ";
+    line += quoted(codec, note.now);
+    line += note.translation.empty() ? "; its line has changed here" : "; stays " + quoted(codec, note.translation);
   }
   return line + "\n";
 }

@@ -193,13 +193,11 @@ class PoMerger {
     std::size_t next = 0;  // of theirs
     newOfTheirs(next);
     for (const Entry& mine : ours_.entries) {
-      const Entry* const before = base_.find(mine.key);
       const Entry* const now = theirs_.find(mine.key);
       if (now == nullptr) {
-        const bool gone = before != nullptr && mine.sameTranslation(*before);
-        if (!gone) writeBlock({&mine.raw});
+        if (stays(mine.key)) writeBlock({&mine.raw});
       } else {
-        merge(before, mine, *now);
+        if (stays(mine.key)) merge(base_.find(mine.key), mine, *now);
         next = std::max(next, static_cast<std::size_t>(now - theirs_.entries.data()) + 1);
         newOfTheirs(next);
       }
@@ -208,13 +206,24 @@ class PoMerger {
   }
 
  private:
+  // Whether the result has the entry: what one side took out stays where the other changed it, and what is obsolete
+  // only beside no entry in use.
+  bool stays(const std::string& key) const {
+    if (key.starts_with('~') && stays(key.substr(1))) return false;
+    const Entry* const ours = ours_.find(key);
+    const Entry* const theirs = theirs_.find(key);
+    if (ours != nullptr && theirs != nullptr) return true;
+    const Entry* const one = ours != nullptr ? ours : theirs;
+    const Entry* const before = base_.find(key);
+    return one != nullptr && (before == nullptr || !one->sameTranslation(*before));
+  }
+
   // Entries that only theirs has, from `next` to one that ours has, too.
   void newOfTheirs(std::size_t& next) {
     for (; next < theirs_.entries.size(); ++next) {
       const Entry& entry = theirs_.entries[next];
       if (ours_.find(entry.key) != nullptr) return;
-      const Entry* const before = base_.find(entry.key);
-      if (before == nullptr || !entry.sameTranslation(*before)) writeBlock({&entry.raw});
+      if (stays(entry.key)) writeBlock({&entry.raw});
     }
   }
 

@@ -16,13 +16,9 @@ std::string textOf(const Notice& notice) {
 }
 
 void appendJson(const Notice& notice, std::string& out) {
-  out += "{\"file\":";
-  appendJsonString(fromUtf8(notice.file), out);
-  out += fmt::format(",\"line\":{},\"fate\":\"{}\",\"from\":", notice.line, notice.fate);
-  appendJsonString(fromUtf8(notice.from), out);
-  out += fmt::format(",\"fromLine\":{},\"why\":", notice.fromLine);
-  appendJsonString(fromUtf8(notice.why), out);
-  out += "}\n";
+  out += fmt::format("{{\"file\":{},\"line\":{},\"fate\":\"{}\",\"from\":{},\"fromLine\":{},\"why\":{}}}\n",
+                     jsonString(notice.file), notice.line, notice.fate, jsonString(notice.from), notice.fromLine,
+                     jsonString(notice.why));
 }
 
 }  // namespace

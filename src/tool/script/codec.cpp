@@ -187,6 +187,24 @@ void appendJsonString(const Codec& codec, std::string_view work, std::string& ou
   appendJsonString(codec.decode(work), out);
 }
 
+std::string jsonString(std::string_view utf8) {
+  std::string out;
+  appendJsonString(fromUtf8(utf8), out);
+  return out;
+}
+
+std::string jsonString(const Codec& codec, std::string_view work) {
+  std::string out;
+  appendJsonString(codec, work, out);
+  return out;
+}
+
+std::string quoted(const Codec& codec, std::string_view work) {
+  std::string out = "\"";
+  appendEscaped(codec, work, out);
+  return out + "\"";
+}
+
 void appendEscapedName(std::string_view name, std::string& out) { appendEscapedWide(fromUtf8(name), out); }
 
 }  // namespace dravenna

@@ -69,6 +69,9 @@ inline constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";  // the byte order
 void appendEscaped(const Codec& codec, std::string_view work, std::string& out);
 void appendJsonString(std::u16string_view text, std::string& out);  // quote marks included
 void appendJsonString(const Codec& codec, std::string_view work, std::string& out);
+std::string jsonString(std::string_view utf8);
+std::string jsonString(const Codec& codec, std::string_view work);
+std::string quoted(const Codec& codec, std::string_view work);  // escaped, in quote marks
 
 // The same for a name of a file or an argument: UTF-8 by custom.
 void appendEscapedName(std::string_view name, std::string& out);
