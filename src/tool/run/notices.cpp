@@ -7,7 +7,8 @@ namespace dravenna {
 namespace {
 
 std::string placeOf(const std::string& file, std::size_t line) {
-  return file.empty() ? std::string() : fmt::format("{}:{}: ", shownName(file), line);
+  if (file.empty()) return {};
+  return line == 0 ? shownName(file) + ": " : fmt::format("{}:{}: ", shownName(file), line);
 }
 
 std::string textOf(const Notice& notice) {
