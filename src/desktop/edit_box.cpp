@@ -116,7 +116,8 @@ void EditBox::takeOver() {
 
 bool EditBox::event(QEvent* event) {
   // Without the focus, the toolkit's box drops its selection when the window comes forward.
-  return event->type() == QEvent::WindowActivate ? QWidget::event(event) : QLineEdit::event(event);
+  if (event->type() != QEvent::WindowActivate) return QLineEdit::event(event);
+  return QWidget::event(event);  // NOLINT(bugprone-parent-virtual-call)
 }
 
 void EditBox::focusInEvent(QFocusEvent* event) {

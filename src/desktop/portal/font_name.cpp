@@ -1,5 +1,6 @@
 #include "desktop/portal/font_name.h"
 
+#include <QtCore/QStringList>
 #include <algorithm>
 #include <iterator>
 #include <utility>
