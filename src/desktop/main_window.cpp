@@ -215,7 +215,9 @@ void MainWindow::describe() {
   };
   const RichTextBox& N = principal_.N;
   const auto place = N.SelLength() > 0 ? static_cast<std::size_t>(N.SelStart()) : N_->caret();
-  tell(*EDT_, toQt(status_.spokenText()));
+  const std::u16string current = status_.spokenText();
+  tell(*EDT_, toQt(current));
+  if (searchBox_ != nullptr && principal_.Ini > 0) searchBox_->describe(toQt(current + u". ") + toQt(N.SelText()));
   tell(*N_, N.Text().empty() ? N_->hint() : toQt(status_.spokenPlace(place)));
 }
 

@@ -68,6 +68,10 @@ void SearchBox::spare(const QRect& text) {
   if (isVisible() && withFrame(*this).intersects(text)) placeWithFrame(*this, choice_);
 }
 
+void SearchBox::describe(const QString& found) {
+  if (txtSearch_->accessibleDescription() != found) txtSearch_->setAccessibleDescription(found);
+}
+
 void SearchBox::unload() {
   box_ = nullptr;
   hide();

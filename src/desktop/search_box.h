@@ -26,6 +26,9 @@ class SearchBox : public QWidget {
   // Moves to another place when it covers a text, told by its rectangle on the screen.
   void spare(const QRect& text);
 
+  // To screen readers: what has been found.
+  void describe(const QString& found);
+
   // The form is about to go: nothing of it is touched any more. The window goes with the next turn of the event loop.
   void unload();
 

@@ -287,6 +287,10 @@ TEST_F(MainWindowTest, ScreenReadersAreToldWhatColourTellsTheEye) {
   EXPECT_EQ(box.accessibleDescription(), QStringLiteral("Line with errors. Line 3. mes \"odd;"));
   window->scriptView().moveCaret(window->principal().N.Text().find(u"said"), false);
   EXPECT_EQ(told(window->scriptView()), QStringLiteral("Comment. Line 2"));
+  window->handle([this] { window->principal().mnu_Search_Click(); });
+  window->handle([this] { window->principal().Buscar(u"X", true); });
+  auto* word = window->searchBox()->findChild<EditBox*>(QStringLiteral("txtSearch"));
+  EXPECT_EQ(told(*word), QStringLiteral("Message. Text 1 of 1. Line 2. x"));
 }
 
 // What the window adds to the keyboard changes nothing that the form sees.
