@@ -287,6 +287,8 @@ TEST_F(MainWindowTest, ScreenReadersAreToldWhatColourTellsTheEye) {
   EXPECT_EQ(box.accessibleDescription(), QStringLiteral("Line with errors. Line 3. mes \"odd;"));
   window->scriptView().moveCaret(window->principal().N.Text().find(u"said"), false);
   EXPECT_EQ(told(window->scriptView()), QStringLiteral("Comment. Line 2"));
+  window->scriptView().moveCaret(0, false);
+  EXPECT_EQ(told(window->scriptView()), QStringLiteral("Script. Line 1"));
   window->handle([this] { window->principal().mnu_Search_Click(); });
   window->handle([this] { window->principal().Buscar(u"X", true); });
   auto* word = window->searchBox()->findChild<EditBox*>(QStringLiteral("txtSearch"));
@@ -476,6 +478,13 @@ TEST_F(MainWindowTest, TheStatusTellsWhatHappensOnDisk) {
   EXPECT_EQ(notice(), changed);
   window->open(folder.path("sub/gate"));
   EXPECT_EQ(notice(), QString());
+  for (int i = 0; i < 2; ++i) {
+    window->principal().Modified = true;
+    QCloseEvent close;
+    QCoreApplication::sendEvent(window.get(), &close);
+  }
+  EXPECT_EQ(said, 3) << "twice that it was saved, and one question";
+  EXPECT_EQ(process.opened.back(), folder.path("sub/gate"));
 }
 
 }  // namespace

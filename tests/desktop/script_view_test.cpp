@@ -92,6 +92,15 @@ TEST_F(ScriptViewTest, IndentsWrappedRowsAndSelectsThemWithoutGaps) {
   EXPECT_EQ(view.rectOf(3).height(), height);
 }
 
+TEST_F(ScriptViewTest, ShowsWhatIsBold) {
+  fill(u"a text");
+  const QImage plain = view.viewport()->grab().toImage();
+  model.clear();
+  model.setSelBold(true);
+  fill(u"a text");
+  EXPECT_NE(view.viewport()->grab().toImage(), plain);
+}
+
 TEST_F(ScriptViewTest, BringsSelectionsIntoViewUntilTheUserScrolls) {
   std::u16string text;
   for (int i = 0; i < 3000; ++i) text += u"a line of the script\r\n";

@@ -70,12 +70,14 @@ class ScriptedProcess : public Process {
   explicit ScriptedProcess(std::u16string folder) : folder_(std::move(folder)) {}
 
   std::u16string line;
+  std::vector<std::u16string> opened;
 
   std::u16string commandLine() override { return line; }
   std::u16string programFolder() override { return folder_; }
   char16_t pathSeparator() override { return real_->pathSeparator(); }
   std::u16string programName() override { return real_->programName(); }
   void shellVerbChanged(bool) override {}
+  void documentOpened(std::u16string_view path) override { opened.emplace_back(path); }
 
  private:
   std::u16string folder_;
