@@ -67,7 +67,7 @@ TEST_F(ScriptViewTest, WrapsAndFindsEveryOffsetUnderItsRectangle) {
 }
 
 TEST_F(ScriptViewTest, IndentsWrappedRowsAndSelectsThemWithoutGaps) {
-  std::u16string text = u"\t  ";
+  std::u16string text = u" \t ";
   for (int i = 0; i < 9; ++i) text += u"some words that wrap ";
   fill(text);
   const QRect first = view.rectOf(3);

@@ -52,7 +52,8 @@ class FaultyCalls : public posix::SystemCalls {
   }
 
   ssize_t write(int file, const void* from, std::size_t size) override {
-    if ((fault_ == Fault::KillBefore || fault_ == Fault::Error) && left_ == 0) static_cast<void>(::write(file, from, size / 2));
+    if ((fault_ == Fault::KillBefore || fault_ == Fault::Error) && left_ == 0)
+      static_cast<void>(::write(file, from, size / 2));
     if (fault_ != Fault::ShortWrite || size < 2 || left_-- != 0) return SystemCalls::write(file, from, size);
     failed_ = "write";
     return SystemCalls::write(file, from, size / 2);

@@ -132,7 +132,7 @@ std::string relativeIn(TreeFiles& files, const std::string& tree, const Script& 
   if (!script.named || script.path == "-" || files.pathKind(tree) != PathKind::Folder) return script.relative;
   const std::string path = std::filesystem::absolute(script.path).lexically_normal().generic_string();
   for (std::size_t slash = path.find('/'); slash != std::string::npos; slash = path.find('/', slash + 1)) {
-    const std::string rest = path.substr(slash + 1);
+    std::string rest = path.substr(slash + 1);
     const std::string folder = folderOf(rest);
     if (!folder.empty() && files.pathKind(joinPath(tree, folder)) == PathKind::Folder) return rest;
   }
