@@ -2,9 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <random>
 
 #include "platform/failure.h"
+#include "platform/memory_file.h"
+#include "platform/rescue_folder.h"
 #include "platform/system.h"
 #include "platform/tree_files.h"
 #include "scratch_folder.h"
@@ -362,6 +365,69 @@ TEST_F(RegistryContract, MakesAndDeletesKeysOneByOne) {
   EXPECT_EQ(registry_->RegDeleteKeyA(kRoot, below), 0);
   EXPECT_EQ(registry_->RegDeleteKeyA(kRoot, kKey), 0);
   EXPECT_NE(registry_->RegDeleteKeyA(kRoot, kKey), 0);
+}
+
+TEST(RescueFolderContract, AFileIsLeftBehindOnceNobodyHasItInUse) {
+  const auto folder = makeRescueFolder();
+  ASSERT_NE(folder, nullptr);
+  const std::u16string suffix = u".contract" + decimal(std::random_device{}());
+  const auto left = [&] {
+    std::vector<RescueFolder::Entry> entries = folder->entries();
+    std::erase_if(entries, [&](const auto& entry) { return !entry.path.ends_with(suffix); });
+    return entries;
+  };
+  auto file = folder->create(suffix);
+  file->append("one");
+  file->flush();
+  file->append("two");
+  EXPECT_TRUE(left().empty());
+  file.reset();
+  const auto entries = left();
+  ASSERT_EQ(entries.size(), 1u);
+  EXPECT_EQ(entries[0].size, 6u);
+  EXPECT_EQ(folder->read(entries[0].path, 6), "onetwo");
+  failureOf([&] { folder->read(entries[0].path, 5); });
+  folder->remove(entries[0].path);
+  EXPECT_TRUE(left().empty());
+}
+
+TEST(MemoryFileContract, BytesAreThoseOfAFileThatIsOpenedByItsPath) {
+  std::string bytes(300'000, 'x');
+  bytes.replace(0, 6, "\x1A\r\n\0\n\r"s);
+  const auto copy = [&](std::FILE* from, std::FILE* to) {
+    std::string part(1000, '\0');
+    while (const std::size_t size = std::fread(part.data(), 1, part.size(), from))
+      std::fwrite(part.data(), 1, size, to);
+  };
+  const ScratchFolder folder;
+  const std::string plain = folder.put("plain", bytes).string();
+  EXPECT_EQ(bytesWrittenBy([&](const std::string& path) {
+              std::FILE* const from = std::fopen(plain.c_str(), "rb");
+              std::FILE* const to = std::fopen(path.c_str(), "wb");
+              copy(from, to);
+              std::fclose(from);
+              std::fclose(to);
+            }),
+            bytes);
+  readFromMemory(bytes, [&](const std::string& path) {
+    std::FILE* const from = std::fopen(path.c_str(), "r");
+    std::FILE* const to = std::fopen(plain.c_str(), "wb");
+    copy(from, to);
+    std::fclose(from);
+    std::fclose(to);
+  });
+  EXPECT_EQ(folder.get("plain"), bytes);
+  // Where the other side gives up, or does not begin, nobody waits.
+  std::FILE* left = nullptr;
+  failureOf([&] {
+    readFromMemory(bytes, [&](const std::string& path) {
+      left = std::fopen(path.c_str(), "r");
+      throw Failure(u"enough");
+    });
+  });
+  std::fclose(left);
+  EXPECT_EQ(bytesWrittenBy([](const std::string&) {}), "");
+  readFromMemory(bytes, [](const std::string&) {});
 }
 
 }  // namespace
