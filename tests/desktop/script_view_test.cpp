@@ -92,7 +92,12 @@ TEST_F(ScriptViewTest, IndentsWrappedRowsAndSelectsThemWithoutGaps) {
   EXPECT_EQ(view.rectOf(3).height(), height);
 }
 
-TEST_F(ScriptViewTest, ShowsWhatIsBold) {
+TEST_F(ScriptViewTest, ShowsWhatIsBoldAndASelectedLineEnd) {
+  fill(u"a text\r\n");
+  view.select(6, 8);
+  const QImage selected = view.viewport()->grab().toImage();
+  EXPECT_EQ(selected.pixelColor(view.rectOf(6).center() * selected.devicePixelRatio()), kSelectionGround);
+  model.clear();
   fill(u"a text");
   const QImage plain = view.viewport()->grab().toImage();
   model.clear();
