@@ -31,6 +31,7 @@ TEST(Align, FindsWhatWasKept) {
   EXPECT_EQ(matched({1, 2, 3, 4}, {1, 9, 3, 4}), 3U);
   EXPECT_EQ(matched({7, 7, 1, 7}, {7, 1, 7, 7}), 3U);
   EXPECT_EQ(matched({1, 2, 3}, {3, 1, 2}), 2U);
+  EXPECT_EQ(matched({1, 2, 3, 4}, {2, 3, 4, 1}), 3U);
 }
 
 TEST(Align, KeepsEverythingThatInsertionsLeave) {
