@@ -42,7 +42,8 @@ class Scripts {
     });
   }
 
-  bool moved = false;  // a line, by an edit
+  bool moved = false;      // a line, by an edit
+  bool exchanged = false;  // the translator took a line out and put one in: either may count as the other's
 
  private:
   std::string newText() { return "text " + std::to_string(below(chance(20) ? 5 : 1000000000)) + " of the guard"; }
@@ -70,9 +71,17 @@ class Scripts {
   template <class Text>
   Lines edited(const Lines& lines, unsigned percent, Text&& textOf) {
     Lines out;
+    bool removed = false;
+    bool added = false;
     for (const std::string& before : lines) {
-      if (chance(percent) && chance(40)) continue;
-      if (chance(percent) && chance(40)) out.push_back(line());
+      if (chance(percent) && chance(40)) {
+        removed = true;
+        continue;
+      }
+      if (chance(percent) && chance(40)) {
+        added = true;
+        out.push_back(line());
+      }
       std::string now;
       std::size_t from = 0;
       for (std::size_t quote;
@@ -85,6 +94,7 @@ class Scripts {
       now += before.substr(from);
       out.push_back(chance(percent) && chance(20) ? now + " // seen" : now);
     }
+    exchanged |= percent < 5 && removed && added;
     if (percent > 5 && chance(percent) && out.size() > 2) {
       std::swap(out[below(out.size())], out[below(out.size())]);
       moved = true;
@@ -113,19 +123,27 @@ std::map<std::string_view, int> textsOf(const Document& document) {
   return texts;
 }
 
-// The plainest three-way merge: of lines in a longest common subsequence, of several the first or the last one. Nothing
-// for a conflict.
-std::vector<std::size_t> partners(const Codes& a, const Codes& b, bool first) {
+// Lines that count as the same: of a longest common subsequence of code, of several the first or the last one, or such
+// with more of the same texts.
+enum class Way { First, Last, ByText };
+
+std::vector<std::size_t> partners(const Document& one, const Document& other, Way way) {
+  const auto& a = one.lines;
+  const auto& b = other.lines;
+  const auto value = [&](std::size_t i, std::size_t j) {
+    return a[i].code != b[j].code ? 0 : way == Way::ByText && a[i].whole == b[j].whole ? 4 : 1;
+  };
   std::vector<std::vector<int>> best(a.size() + 1, std::vector<int>(b.size() + 1));
   for (std::size_t i = a.size(); i-- > 0;) {
     for (std::size_t j = b.size(); j-- > 0;) {
-      best[i][j] = a[i] == b[j] ? best[i + 1][j + 1] + 1 : std::max(best[i + 1][j], best[i][j + 1]);
+      const int pair = value(i, j) == 0 ? 0 : value(i, j) + best[i + 1][j + 1];
+      best[i][j] = std::max({best[i + 1][j], best[i][j + 1], pair});
     }
   }
   std::vector<std::size_t> found(a.size(), kNone);
   for (std::size_t i = 0, j = 0; i < a.size() && j < b.size();) {
-    const bool later = !first && (best[i + 1][j] == best[i][j] || best[i][j + 1] == best[i][j]);
-    if (a[i] == b[j] && !later) {
+    const bool later = way == Way::Last && (best[i + 1][j] == best[i][j] || best[i][j + 1] == best[i][j]);
+    if (value(i, j) != 0 && value(i, j) + best[i + 1][j + 1] == best[i][j] && !later) {
       found[i++] = j++;
     } else {
       ++(best[i + 1][j] == best[i][j] ? i : j);
@@ -134,10 +152,9 @@ std::vector<std::size_t> partners(const Codes& a, const Codes& b, bool first) {
   return found;
 }
 
-std::optional<Codes> modelMerge(const Codes& base, const Codes& ours, const Codes& theirs, bool oursFirst,
-                                bool theirsFirst) {
-  const auto toOurs = partners(base, ours, oursFirst);
-  const auto toTheirs = partners(base, theirs, theirsFirst);
+// The plainest three-way merge of lines. Nothing for a conflict.
+std::optional<Codes> modelMerge(const Codes& base, const Codes& ours, const Codes& theirs,
+                                const std::vector<std::size_t>& toOurs, const std::vector<std::size_t>& toTheirs) {
   Codes merged;
   std::size_t b = 0;
   std::size_t o = 0;
@@ -214,15 +231,18 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const auto once = [&](const auto& all, std::string_view one) { return all.contains(one) && all.at(one) == 1; };
     const bool alone = once(texts3[0], text) && once(texts3[2], text) && once(texts3[1], translation);
     const bool anywhere = text.size() < 24;  // with a small number, which may come again by chance
-    if (scripts.moved || anywhere || !alone || texts3[1].contains(text)) continue;
+    if (scripts.moved || scripts.exchanged || anywhere || !alone || texts3[1].contains(text)) continue;
     if (!texts.contains(translation) || texts.contains(text)) show(base, ours, theirs, result.bytes);
     require(texts.contains(translation) && !texts.contains(text),
             "a text that the original left alone stays translated");
   }
   const Codes codes[] = {codesOf(before), codesOf(mine), codesOf(now)};
   std::set<std::optional<Codes>> models;
-  for (const int way : {0, 1, 2, 3}) {
-    models.insert(modelMerge(codes[0], codes[1], codes[2], (way & 1) != 0, (way & 2) != 0));
+  for (const Way our : {Way::First, Way::Last, Way::ByText}) {
+    const auto toOurs = partners(before, mine, our);
+    for (const Way their : {Way::First, Way::Last, Way::ByText}) {
+      models.insert(modelMerge(codes[0], codes[1], codes[2], toOurs, partners(before, now, their)));
+    }
   }
   const bool clear = models.size() == 1 && models.begin()->has_value();
   if (clear && codesOf(after) != **models.begin()) show(base, ours, theirs, result.bytes);
