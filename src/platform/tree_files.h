@@ -22,6 +22,7 @@ struct FileIdentity {
   std::uint64_t volume;
   std::uint64_t file;
   bool plain;  // no folder, device or pipe
+  // NOLINTNEXTLINE(modernize-use-nullptr): a false alarm of clang-tidy 14
   auto operator<=>(const FileIdentity&) const = default;
 };
 

@@ -177,6 +177,7 @@ void Update::run() {
   OldVersion oldVersion(session_, options_.oldTree, options_.from);
   oldVersion.findRenamed(scripts);
   std::vector<std::string> targets;
+  targets.reserve(scripts.size());
   for (const Script& script : scripts) targets.push_back(script.relative);
   makeFolders(session_, options_.out, targets);
 

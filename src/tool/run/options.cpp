@@ -46,12 +46,9 @@ void Verb::each(const char* name, std::vector<std::string>& values, const char* 
   if (!choices.empty()) option->check(oneOf(choices));
 }
 
-void Verb::choice(const char* name, std::function<void(const std::string&)> take, const char* type, const char* about,
-                  const std::vector<std::string>& choices) {
-  app_->add_option_function<std::string>(name, std::move(take), about)
-      ->type_name(type)
-      ->group(group_)
-      ->check(oneOf(choices));
+void Verb::choice(const char* name, const std::function<void(const std::string&)>& take, const char* type,
+                  const char* about, const std::vector<std::string>& choices) {
+  app_->add_option_function<std::string>(name, take, about)->type_name(type)->group(group_)->check(oneOf(choices));
 }
 
 void Verb::number(const char* name, unsigned& value, const char* type, const char* about, unsigned least,

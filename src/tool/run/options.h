@@ -45,8 +45,8 @@ class Verb {
   // May be given again, a value each time; of `choices`, where there are any.
   void each(const char* name, std::vector<std::string>& values, const char* type, const char* about,
             const std::vector<std::string>& choices = {});
-  void choice(const char* name, std::function<void(const std::string&)> take, const char* type, const char* about,
-              const std::vector<std::string>& choices);
+  void choice(const char* name, const std::function<void(const std::string&)>& take, const char* type,
+              const char* about, const std::vector<std::string>& choices);
   void number(const char* name, unsigned& value, const char* type, const char* about, unsigned least, unsigned most);
   void flag(const char* name, bool& value, const char* about);
 
