@@ -158,7 +158,7 @@ TEST(Po, FailsWhole) {
     return tool(scene, {"po", "export", few, "--out=" + scene.folder.file("few.po").string(), "--force"});
   };
   failEachQuietly([&](Scene& scene) {
-    const auto act = exportOf(scene);
+    auto act = exportOf(scene);
     EXPECT_FALSE(act());
     scene.after = {{"few.po", scene.folder.get("few.po")}};
     scene.folder.put("few.po", "msgid \"translated\"\nmsgstr \"before\"\n");

@@ -79,7 +79,7 @@ std::vector<Token> tokensOf(std::string_view text) {
     }
     std::string digits;
     const char* kind = "number";
-    std::size_t end = at;
+    std::size_t end;
     if (text[at] == '^') {
       kind = "item-code";
       end = itemCodeEnd(text, at);
