@@ -7,7 +7,7 @@
 #include "platform/posix/tree_files.h"
 #include "platform/scratch_folder.h"
 #include "support/quiet_form.h"
-#include "tool/po/po_file.h"
+#include "tool/po_files/po_file.h"
 #include "tool/run/session.h"
 
 namespace dravenna {

@@ -8,7 +8,7 @@
 
 #include "platform/failure.h"
 #include "platform/tree_files.h"
-#include "tool/po/po_text.h"
+#include "tool/po_files/po_text.h"
 #include "tool/script/align.h"
 #include "tool/script/contents.h"
 #include "tool/script/exchange_file.h"

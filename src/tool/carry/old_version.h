@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "tool/carry/carry.h"
-#include "tool/po/po_entries.h"
+#include "tool/po_files/po_entries.h"
 #include "tool/run/text_index.h"
 
 namespace dravenna {

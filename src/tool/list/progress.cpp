@@ -9,7 +9,7 @@
 #include "platform/failure.h"
 #include "text/ascii.h"
 #include "tool/list/words.h"
-#include "tool/po/po_file.h"
+#include "tool/po_files/po_file.h"
 #include "tool/run/for_each_script.h"
 #include "tool/script/exchange_file.h"
 #include "tool/script/pairing.h"

@@ -1,6 +1,6 @@
 #include "tool/po/po.h"
 
-#include "tool/po/po_file.h"
+#include "tool/po_files/po_file.h"
 
 namespace dravenna {
 

@@ -9,8 +9,8 @@
 #include "platform/tree_files.h"
 #include "tool/carry/old_version.h"
 #include "tool/po/po.h"
-#include "tool/po/po_text.h"
 #include "tool/po/server_texts.h"
+#include "tool/po_files/po_text.h"
 #include "tool/run/for_each_script.h"
 #include "tool/run/notices.h"
 

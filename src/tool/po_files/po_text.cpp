@@ -1,4 +1,4 @@
-#include "tool/po/po_text.h"
+#include "tool/po_files/po_text.h"
 
 #include <fmt/core.h>
 

@@ -1,5 +1,5 @@
 #include "platform/failure.h"
-#include "tool/po/po_file.h"
+#include "tool/po_files/po_file.h"
 
 namespace dravenna {
 

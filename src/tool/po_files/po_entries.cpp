@@ -1,9 +1,9 @@
-#include "tool/po/po_entries.h"
+#include "tool/po_files/po_entries.h"
 
 #include <algorithm>
 #include <filesystem>
 
-#include "tool/po/po_text.h"
+#include "tool/po_files/po_text.h"
 
 namespace dravenna {
 

@@ -6,7 +6,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "tool/po/po_file.h"
+#include "tool/po_files/po_file.h"
 #include "tool/run/session.h"
 
 namespace dravenna {

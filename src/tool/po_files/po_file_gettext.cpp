@@ -12,7 +12,7 @@
 #include "text/ascii.h"
 #include "text/code_page.h"
 #include "text/text.h"
-#include "tool/po/po_file.h"
+#include "tool/po_files/po_file.h"
 #include "tool/script/codec.h"
 #include "tool/script/script_lines.h"
 
