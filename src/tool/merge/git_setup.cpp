@@ -47,7 +47,8 @@ class GitSetup {
     if (!folder || !hook) throw Failure(u"This is no working tree of git");
     attributes_ = joinPath(*folder, ".gitattributes");
     hook_ = *hook;
-    tool_ = quotedForShell(executableFile().generic_string());
+    const std::string file = executableFile().generic_string();
+    tool_ = quotedForShell(file.empty() ? "dravenna-lxf" : file);  // no /proc: as the PATH finds it
   }
 
   void run() {
