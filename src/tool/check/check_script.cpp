@@ -68,7 +68,7 @@ std::uint64_t Findings::hashOfLine(std::string_view line) {
 
 void Findings::addRendering(const TextPair& pair, std::size_t lineNumber, std::string_view line, std::size_t offset) {
   if (!keepsRenderings_ || !pair.record || !hasLetter(pair.before)) return;
-  Rendering rendering{lineNumber + 1, counter_.before(line, offset) + 1,
+  Rendering rendering{lineNumber + 1, counter_.before(line, offset) + 1, hashOfLine(line),
                       toUtf8(codec_.decode(withoutColor(pair.before))), toUtf8(codec_.decode(withoutColor(pair.now)))};
   if (rendering.before != rendering.now && !rendering.now.empty()) renderings_.push_back(std::move(rendering));
 }

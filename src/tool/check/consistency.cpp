@@ -36,7 +36,8 @@ void Consistency::compare(const Uses& uses, const std::string& of, const std::st
   found(paths_[at.path],
         {at.rendering.line, at.rendering.column, kind,
          fmt::format("{} is {} here, {} in {}:{}", quotedText(utf8, of), quotedText(utf8, by),
-                     quotedText(utf8, meant->first), shownName(paths_[first.path]), first.rendering.line)});
+                     quotedText(utf8, meant->first), shownName(paths_[first.path]), first.rendering.line),
+         at.rendering.lineHash});
 }
 
 void Consistency::tell(const std::function<void(const std::string& path, const Finding&)>& found) const {

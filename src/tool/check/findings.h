@@ -22,6 +22,7 @@ struct Finding {
 struct Rendering {
   std::size_t line;
   std::size_t column;
+  std::uint64_t lineHash;  // as in a finding
   std::string before;
   std::string now;
 };
