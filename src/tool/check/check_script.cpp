@@ -165,7 +165,9 @@ void checkEncoding(Findings& findings, std::string_view file, std::string_view w
       if (isHighSurrogate(wide[at])) {
         ++at;
       } else if (isLowSurrogate(wide[at])) {
-        findings.list().push_back({line.number + 1, at + 1, "lacked-byte", text});
+        std::string front;
+        findings.codec().encode(std::u16string_view(wide).substr(0, at), front);
+        findings.add("lacked-byte", line.number, line.text, front.size(), text);
         done = true;
       }
     }
