@@ -20,7 +20,7 @@ constexpr std::string_view kHead = "# Known findings of dravenna-lxf check; --wr
 std::string Baseline::lineOf(const std::string& path, const Finding& finding) {
   std::string line;
   appendEscapedName(std::filesystem::path(path).lexically_normal().generic_string(), line);
-  return line + fmt::format("\t{}\t{:016x}", finding.kind, finding.lineHash);
+  return line + fmt::format("\t{}\t{:016x}", finding.kind, finding.at.lineHash);
 }
 
 void Baseline::read(std::string_view text, const std::string& name) {

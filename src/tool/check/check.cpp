@@ -155,18 +155,18 @@ Findings Check::checkOneScript(const Script& script, Buffers& buffers) const {
   Findings findings(in.codec, options_.consistent);
   if (checkUtf16(findings, buffers.file)) return findings;
   const auto what = options_.against.empty() ? OutlineOf::Texts : OutlineOf::Dialogue;
-  const Outline outline = outlineOf(work, in.lists, what);
-  checkScript(findings, outline, buffers.file, work);
+  const ScriptView now{buffers.file, work, outlineOf(work, in.lists, what)};
+  checkScript(findings, now);
   if (options_.against.empty()) return findings;
   const std::string oldPath = partnerIn(*session_.files, options_.against, script);
   if (session_.files->pathKind(oldPath) != PathKind::File) {
-    findings.list().push_back({1, 1, "missing", fmt::format("no original {}", shownName(oldPath))});
+    findings.addWhole("missing", fmt::format("no original {}", shownName(oldPath)));
     return findings;
   }
   readBeside(session_, oldPath, in, buffers.otherFile);
   const std::string_view oldWork = in.codec.toWork(buffers.otherFile, buffers.otherWork);
-  checkAgainst(findings, buffers.otherFile, oldWork, outlineOf(oldWork, in.lists), work, outline, options_.strict,
-               options_.frozen ? &frozen_ : nullptr);
+  const ScriptView old{buffers.otherFile, oldWork, outlineOf(oldWork, in.lists)};
+  checkAgainst(findings, old, now, options_.strict, options_.frozen ? &frozen_ : nullptr);
   return findings;
 }
 
@@ -199,23 +199,21 @@ Findings Check::checkOneExchangeFile(const Script& script, Buffers& buffers) con
   const Encoding& in = found ? session_.pages->of(buffers.otherFile, file) : takeEncoding(session_, script.path, file);
   Findings findings(in.codec, options_.consistent);
   if (checkUtf16(findings, file)) return findings;
-  if (marked)
-    findings.list().push_back({1, 1, "lxf-order", "begins with a byte order mark, which is no part of a number"});
+  if (marked) findings.addWhole("lxf-order", "begins with a byte order mark, which is no part of a number");
   const std::string_view lxf = in.codec.toWork(file, buffers.work);
   checkEncoding(findings, file, lxf);
   if (found) {
     const std::string_view work = in.codec.toWork(buffers.otherFile, buffers.otherWork);
-    const Outline outline = outlineOf(work, in.lists);
+    const ScriptView view{buffers.otherFile, work, outlineOf(work, in.lists)};
     // With --against the scripts are translations, and a record may be as in its script.
-    checkExchangeFile(findings, lxf, work, &outline, options_.against.empty());
+    checkExchangeFile(findings, lxf, &view, options_.against.empty());
     return findings;
   }
   if (!alone) {
-    findings.list().push_back(
-        {1, 1, "missing",
-         path.empty() ? "no script of its name among those given" : fmt::format("no script {}", shownName(path))});
+    findings.addWhole("missing", path.empty() ? "no script of its name among those given"
+                                              : fmt::format("no script {}", shownName(path)));
   }
-  checkExchangeFile(findings, lxf, {}, nullptr);
+  checkExchangeFile(findings, lxf, nullptr);
   return findings;
 }
 
@@ -223,7 +221,7 @@ Findings Check::checkFile(const Script& script, Buffers& buffers) const {
   Findings findings =
       isExchangeFile(script.path) ? checkOneExchangeFile(script, buffers) : checkOneScript(script, buffers);
   std::stable_sort(findings.list().begin(), findings.list().end(), [](const Finding& a, const Finding& b) {
-    return a.line != b.line ? a.line < b.line : a.column < b.column;
+    return a.at.line != b.at.line ? a.at.line < b.at.line : a.at.column < b.at.column;
   });
   return findings;
 }
@@ -236,7 +234,7 @@ void Check::gatherFrozen() {
         readFile(session_, script.path, buffers.file);
         const Encoding& in = session_.pages->of(buffers.file);
         const std::string_view work = in.codec.toWork(buffers.file, buffers.work);
-        gatherFrozenNames(work, outlineOf(work, in.lists), script.relative, names);
+        gatherFrozenNames({buffers.file, work, outlineOf(work, in.lists)}, script.relative, names);
         return names;
       },
       [&](const Script&, FrozenNames&& names) {
@@ -257,7 +255,7 @@ void Check::addMissing(const std::vector<Script>& files, FindingReport& report) 
   for (const Script& original : collectScripts(session_, {options_.against})) {
     if (here.count(original.relative) != 0) continue;
     take(joinPath(options_.paths[0], original.relative),
-         {1, 1, "missing", fmt::format("{} has no partner here", shownName(original.path))}, report);
+         {{}, "missing", fmt::format("{} has no partner here", shownName(original.path))}, report);
   }
 }
 

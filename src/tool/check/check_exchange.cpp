@@ -48,31 +48,26 @@ class Numbers {
   std::size_t other_ = 1;
 };
 
+// `before` is the text that the record stands for, where that is known.
 void checkRecord(Findings& findings, const ByteRecord& record, std::size_t index, Numbers& numbers,
-                 std::optional<std::string_view> before) {
+                 const OutlineText* before) {
   const std::size_t due = numbers.due();
   const bool fits = numbers.take(record);
-  if (!record.hasColon) {
-    findings.add("lxf-order", index, record.line, 0, "no number and colon: an import stops here");
-    return;
-  }
+  if (!record.hasColon)
+    return findings.add("lxf-order", {index, record.line, 0}, "no number and colon: an import stops here");
   if (!fits) {
-    findings.add("lxf-order", index, record.line, 0,
+    findings.add("lxf-order", {index, record.line, 0},
                  fmt::format("bears the number {}, not {}", findings.quoted(record.number), due));
   }
-  const std::size_t begin = record.number.size() + 1;
-  const std::string_view text = record.text;
-  for (Break& found : breaksOf(findings.codec(), before, text)) {
-    findings.add(found.kind, index, record.line, begin + found.offset, std::move(found.why));
-  }
-  const std::string plain = withoutColor(text);
+  const Spot begin{index, record.line, record.number.size() + 1};
+  findings.add(breaksOf(findings.codec(), before == nullptr ? std::nullopt : std::optional(before->text), record.text),
+               begin);
+  const std::string plain = withoutColor(record.text);
   if (!plain.empty() && (plain.front() == '[' || plain.back() == ']')) {
-    findings.add("bracket", index, record.line, plain.front() == '[' ? begin : record.line.size() - 1,
+    findings.add("bracket", {index, record.line, plain.front() == '[' ? begin.offset : record.line.size() - 1},
                  "a bracket at an end takes the text out of the next export");
   }
-  for (const SpoiltCode& spoilt : findSpoiltCodes(text)) {
-    findings.add(spoilt.kind, index, record.line, begin + spoilt.offset, spoilt.text);
-  }
+  findings.add(spoiltCodesOf(record.text), begin);
 }
 
 void checkBeside(Findings& findings, const ByteRecord& record, std::size_t index, const OutlineText& text,
@@ -81,54 +76,51 @@ void checkBeside(Findings& findings, const ByteRecord& record, std::size_t index
   pair.countsCodes = hasCodes;
   pair.source = "script";
   findPlus(script, text, pair);
-  findings.addRendering(pair, index, record.line, record.number.size() + 1);
-  for (Break& found : checkTranslation(findings.codec(), pair)) {
-    if (found.kind == std::string_view("bracket")) continue;  // told of every record
-    findings.add(found.kind, index, record.line, record.number.size() + 1 + found.offset, std::move(found.why));
-  }
+  const Spot begin{index, record.line, record.number.size() + 1};
+  findings.addRendering(pair, begin);
+  std::vector<Break> breaks = checkTranslation(findings.codec(), pair);
+  std::erase_if(breaks, [](const Break& found) { return found.kind == std::string_view("bracket"); });  // told above
+  findings.add(std::move(breaks), begin);
 }
 
 }  // namespace
 
-void checkExchangeFile(Findings& findings, std::string_view lxf, std::string_view work, const Outline* script,
-                       bool scriptIsOriginal) {
+void checkExchangeFile(Findings& findings, std::string_view lxf, const ScriptView* script, bool scriptIsOriginal) {
   const ExchangeFile file = cutExchangeFile(lxf);
+  const std::vector<ByteRecord>& records = file.records;
   if (file.bareFeeds > 0) {
-    std::size_t line = 0;
+    std::size_t line = 1;
     std::size_t at = lxf.find('\n');
     for (; at != std::string_view::npos && at > 0 && lxf[at - 1] == '\r'; at = lxf.find('\n', at + 1)) ++line;
-    findings.list().push_back(
-        {line + 1, 1, "lxf-line-ends",
-         fmt::format("{} in LF, not in CR LF: {}",
-                     file.bareFeeds == 1 ? "1 line ends" : fmt::format("{} lines end", file.bareFeeds),
-                     file.records.empty() ? "an import would merge nothing" : "records run together")});
+    findings.addWhole("lxf-line-ends",
+                      fmt::format("{} in LF, not in CR LF: {}",
+                                  file.bareFeeds == 1 ? "1 line ends" : fmt::format("{} lines end", file.bareFeeds),
+                                  records.empty() ? "an import would merge nothing" : "records run together"),
+                      line);
   } else if (!file.rest.empty()) {
-    findings.add("lxf-last-line", file.records.size(), file.rest, 0,
+    findings.add("lxf-last-line", {records.size(), file.rest, 0},
                  "no CR LF behind the last record: an import loses it");
   }
   std::vector<const OutlineText*> texts;
-  if (script != nullptr) texts = recordTexts(*script);
-  const bool isWhole = texts.size() == file.records.size();
+  if (script != nullptr) texts = recordTexts(script->outline);
+  const bool isWhole = texts.size() == records.size();
   Numbers numbers;
-  for (std::size_t i = 0; i < file.records.size(); ++i) {
-    checkRecord(findings, file.records[i], i, numbers,
-                isWhole ? std::optional<std::string_view>(texts[i]->text) : std::nullopt);
+  for (std::size_t i = 0; i < records.size(); ++i) {
+    checkRecord(findings, records[i], i, numbers, isWhole ? texts[i] : nullptr);
   }
   if (script == nullptr) return;
 
   // A record that only lacks its line end is told above.
-  if (!isWhole && (file.rest.empty() || file.bareFeeds > 0 || texts.size() != file.records.size() + 1)) {
-    findings.list().push_back(
-        {file.records.size() + 1, 1, "lxf-count",
-         fmt::format("{}, the script has {}", counted(file.records.size(), "record"), counted(texts.size(), "text"))});
-    return;
+  if (!isWhole && (file.rest.empty() || file.bareFeeds > 0 || texts.size() != records.size() + 1)) {
+    return findings.addWhole(
+        "lxf-count",
+        fmt::format("{}, the script has {}", counted(records.size(), "record"), counted(texts.size(), "text")),
+        records.size() + 1);
   }
   // A file without any code is an ordinary export, which leaves them out.
   const bool hasCodes = countColorCodes(lxf) > 0;
-  for (std::size_t i = 0; i < file.records.size(); ++i) {
-    if (file.records[i].hasColon) {
-      checkBeside(findings, file.records[i], i, *texts[i], work, hasCodes, scriptIsOriginal);
-    }
+  for (std::size_t i = 0; i < records.size(); ++i) {
+    if (records[i].hasColon) checkBeside(findings, records[i], i, *texts[i], script->work, hasCodes, scriptIsOriginal);
   }
 }
 

@@ -36,10 +36,10 @@ void checkOddQuotes(Findings& findings, const OutlineError& error) {
   const std::size_t last = error.code.rfind('"');
   const auto all = static_cast<std::size_t>(std::count(error.line.begin(), error.line.end(), '"'));
   if (cutByComment && all % 2 == 0) {
-    findings.add("comment-in-text", error.lineNumber, error.line, error.code.size(),
+    findings.add("comment-in-text", {error.lineNumber, error.line, error.code.size()},
                  "// inside a text cuts the line, which leaves an odd number of quote marks");
   } else {
-    findings.add("odd-quotes", error.lineNumber, error.line, last,
+    findings.add("odd-quotes", {error.lineNumber, error.line, last},
                  fmt::format("{} on the line, an odd number",
                              counted(static_cast<std::size_t>(std::count(error.code.begin(), error.code.end(), '"')),
                                      "quote mark")));
@@ -51,25 +51,26 @@ void checkEscapedQuotes(Findings& findings, std::size_t lineNumber, std::string_
   for (std::size_t at = code.find("\\\""); at != std::string_view::npos; at = code.find("\\\"", at + 2)) {
     if (!isEscaped(findings.codec(), code, at + 1)) continue;
     if (++count > kMostInText) return;
-    findings.add("escaped-quote", lineNumber, line, at,
+    findings.add("escaped-quote", {lineNumber, line, at},
                  "\\\" stays inside the text for the server, but cuts it for the translation");
   }
 }
 
 }  // namespace
 
-std::uint64_t Findings::hashOfLine(std::string_view line) {
+Place Findings::placeOf(const Spot& at) {
+  std::string_view line = at.line;
   while (!line.empty() && (line.front() == ' ' || line.front() == '\t')) line.remove_prefix(1);
   while (!line.empty() && (line.back() == ' ' || line.back() == '\t')) line.remove_suffix(1);
   std::uint64_t hash = kFnv1aStart;
   for (const char c : line) hash = fnv1a(hash, c);
-  return hash;
+  return {at.lineNumber + 1, counter_.before(at.line, at.offset) + 1, hash};
 }
 
-void Findings::addRendering(const TextPair& pair, std::size_t lineNumber, std::string_view line, std::size_t offset) {
+void Findings::addRendering(const TextPair& pair, const Spot& at) {
   if (!keepsRenderings_ || !pair.record || !hasLetter(pair.before)) return;
-  Rendering rendering{lineNumber + 1, counter_.before(line, offset) + 1, hashOfLine(line),
-                      toUtf8(codec_.decode(withoutColor(pair.before))), toUtf8(codec_.decode(withoutColor(pair.now)))};
+  Rendering rendering{placeOf(at), toUtf8(codec_.decode(withoutColor(pair.before))),
+                      toUtf8(codec_.decode(withoutColor(pair.now)))};
   if (rendering.before != rendering.now && !rendering.now.empty()) renderings_.push_back(std::move(rendering));
 }
 
@@ -125,68 +126,51 @@ Severity severityOf(std::string_view kind) {
 
 bool checkUtf16(Findings& findings, std::string_view file) {
   if (!isUtf16(file)) return false;
-  findings.list().push_back({1, 1, "utf16", "the file is UTF-16, which is read in no code page"});
+  findings.addWhole("utf16", "the file is UTF-16, which is read in no code page");
   return true;
 }
 
 void checkEncoding(Findings& findings, std::string_view file, std::string_view work) {
-  const CodePage& page = findings.codec().page();
   if (isAscii(file)) return;
-  const auto firstHigh = [&](auto&& isWanted, const char* kind, const std::string& text) {
-    bool done = false;
-    forEachLine(work, [&](const ScriptLine& line) {
-      if (done || isAscii(line.text)) return;
-      for (std::size_t at = 0; at < line.text.size() && !done; ++at) {
-        if (static_cast<unsigned char>(line.text[at]) < 0x80 || !isWanted(line.text.substr(at, 1))) continue;
-        findings.add(kind, line.number, line.text, at, text);
-        done = true;
-      }
-    });
-    return done;
-  };
-  if (!page.isUtf8() && isUtf8(file)) {
-    firstHigh([](std::string_view) { return true; }, "utf8",
-              fmt::format("the whole file is UTF-8 but is read in code page {}", page.number()));
-    return;
-  }
-  const std::size_t lacked = page.countUndefined(file);
-  if (lacked == 0) return;
-  const std::string text = fmt::format("{} that {} lacks; the first one here", counted(lacked, "byte"),
-                                       page.isUtf8() ? "UTF-8" : fmt::format("code page {}", page.number()));
-  if (page.isSingleByte()) {
-    firstHigh([&](std::string_view byte) { return page.countUndefined(byte) > 0; }, "lacked-byte", text);
-    return;
-  }
+  const CodePage& page = findings.codec().page();
+  const bool isOtherwise = !page.isUtf8() && isUtf8(file);
+  const std::size_t lacked = isOtherwise ? 0 : page.countUndefined(file);
+  if (!isOtherwise && lacked == 0) return;
   bool done = false;
   forEachLine(work, [&](const ScriptLine& line) {
     if (done || isAscii(line.text)) return;
     const std::u16string wide = findings.codec().decode(line.text);
-    for (std::size_t at = 0; at < wide.size() && !done; ++at) {
-      if (isHighSurrogate(wide[at])) {
-        ++at;
-      } else if (isLowSurrogate(wide[at])) {
-        std::string front;
-        findings.codec().encode(std::u16string_view(wide).substr(0, at), front);
-        findings.add("lacked-byte", line.number, line.text, front.size(), text);
-        done = true;
-      }
+    std::size_t at = 0;
+    for (; at < wide.size() && !(isOtherwise ? wide[at] >= 0x80 : isLowSurrogate(wide[at])); ++at) {
+      if (isHighSurrogate(wide[at])) ++at;
     }
+    if (at >= wide.size()) return;
+    std::string front;
+    findings.codec().encode(std::u16string_view(wide).substr(0, at), front);
+    const Spot spot{line.number, line.text, front.size()};
+    done = true;
+    if (isOtherwise)
+      return findings.add("utf8", spot,
+                          fmt::format("the whole file is UTF-8 but is read in code page {}", page.number()));
+    findings.add("lacked-byte", spot,
+                 fmt::format("{} that {} lacks; the first one here", counted(lacked, "byte"),
+                             page.isUtf8() ? "UTF-8" : fmt::format("code page {}", page.number())));
   });
 }
 
-std::vector<SpoiltCode> findSpoiltCodes(std::string_view text) {
-  std::vector<SpoiltCode> spoilt;
+std::vector<Break> spoiltCodesOf(std::string_view text) {
+  std::vector<Break> spoilt;
   for (std::size_t at = text.find('^'); at != std::string_view::npos; at = text.find('^', at + 1)) {
     if (spoilt.size() >= kMostInText) break;
     if (followsItemCode(text, at)) continue;
     const std::size_t digits = hexDigitsAt(text, at + 1);
     const bool asCode = countColorCodes(text.substr(at, 7)) == 1;
     if (asCode && digits < 6) {
-      spoilt.push_back({at, "color-digits", "a colour code with a letter that is no digit"});
+      spoilt.push_back({"color-digits", at, "a colour code with a letter that is no digit"});
     } else if (!asCode && digits >= 3) {
-      spoilt.push_back({at, "color-short", "a colour code with fewer than six digits"});
+      spoilt.push_back({"color-short", at, "a colour code with fewer than six digits"});
     } else if (!asCode && text.substr(at + 1, 1) == " " && hexDigitsAt(text, at + 2) >= 6) {
-      spoilt.push_back({at, "color-blank", "a blank between ^ and the six digits"});
+      spoilt.push_back({"color-blank", at, "a blank between ^ and the six digits"});
     }
   }
   for (std::size_t at = text.find(kBlack); at != std::string_view::npos; at = text.find(kBlack, at + kBlack.size())) {
@@ -196,33 +180,31 @@ std::vector<SpoiltCode> findSpoiltCodes(std::string_view text) {
     const bool inNumber = (at > 0 && (text[at - 1] == ',' || text[at - 1] == '.')) ||
                           (at + 6 < text.size() && text[at + 6] >= '0' && text[at + 6] <= '9');
     if (spoilt.size() >= 2 * kMostInText) break;
-    if (standsAlone && !told && !inNumber) spoilt.push_back({at, "color-no-caret", "000000 without its caret"});
+    if (standsAlone && !told && !inNumber) spoilt.push_back({"color-no-caret", at, "000000 without its caret"});
   }
   std::sort(spoilt.begin(), spoilt.end(), [](const auto& a, const auto& b) { return a.offset < b.offset; });
   return spoilt;
 }
 
-void checkScript(Findings& findings, const Outline& outline, std::string_view file, std::string_view work) {
-  for (const OutlineError& error : outline.errors) {
+void checkScript(Findings& findings, const ScriptView& script) {
+  for (const OutlineError& error : script.outline.errors) {
     checkOddQuotes(findings, error);
     checkEscapedQuotes(findings, error.lineNumber, error.line, error.code);
   }
   // Most scripts have neither.
-  const bool escapes = work.find("\\\"") != std::string_view::npos;
-  const bool codes = work.find('^') != std::string_view::npos || work.find(kBlack) != std::string_view::npos;
+  const bool escapes = script.work.find("\\\"") != std::string_view::npos;
+  const bool codes =
+      script.work.find('^') != std::string_view::npos || script.work.find(kBlack) != std::string_view::npos;
   std::size_t lastLine = static_cast<std::size_t>(-1);
-  for (const OutlineText& text : outline.texts) {
+  for (const OutlineText& text : script.outline.texts) {
     if (!escapes && !codes) break;
     if (escapes && text.lineNumber != lastLine) {
       lastLine = text.lineNumber;
-      const std::string_view code = text.line.substr(0, std::min(text.line.find("//"), text.line.size()));
-      checkEscapedQuotes(findings, text.lineNumber, text.line, code);
+      checkEscapedQuotes(findings, text.lineNumber, text.line, text.line.substr(0, text.line.find("//")));
     }
-    if (!codes || (text.segment != Segment::Message && text.segment != Segment::Title)) continue;
-    for (const SpoiltCode& spoilt : findSpoiltCodes(text.text))
-      findings.add(spoilt.kind, text, spoilt.offset, spoilt.text);
+    if (codes && isReadable(text)) findings.add(spoiltCodesOf(text.text), spotOf(text));
   }
-  checkEncoding(findings, file, work);
+  checkEncoding(findings, script.file, script.work);
 }
 
 }  // namespace dravenna

@@ -17,13 +17,13 @@ void Consistency::add(const std::string& path, std::vector<Rendering> renderings
   if (renderings.empty()) return;
   paths_.push_back(path);
   for (Rendering& rendering : renderings) {
-    count(translations_, rendering.before, rendering.now, places_.size());
-    count(originals_, rendering.now, rendering.before, places_.size());
-    places_.push_back({paths_.size() - 1, std::move(rendering)});
+    count(translations_, rendering.before, rendering.now, entries_.size());
+    count(originals_, rendering.now, rendering.before, entries_.size());
+    entries_.push_back({paths_.size() - 1, std::move(rendering)});
   }
 }
 
-void Consistency::compare(const Uses& uses, const std::string& of, const std::string& by, const Place& at,
+void Consistency::compare(const Uses& uses, const std::string& of, const std::string& by, const Entry& at,
                           const char* kind,
                           const std::function<void(const std::string& path, const Finding&)>& found) const {
   const auto& all = uses.at(of);
@@ -32,18 +32,17 @@ void Consistency::compare(const Uses& uses, const std::string& of, const std::st
   });
   if (meant->first == by) return;
   const Codec utf8(CodePage::utf8());
-  const Place& first = places_[meant->second.first];
+  const Entry& first = entries_[meant->second.first];
   found(paths_[at.path],
-        {at.rendering.line, at.rendering.column, kind,
+        {at.rendering.at, kind,
          fmt::format("{} is {} here, {} in {}:{}", quotedText(utf8, of), quotedText(utf8, by),
-                     quotedText(utf8, meant->first), shownName(paths_[first.path]), first.rendering.line),
-         at.rendering.lineHash});
+                     quotedText(utf8, meant->first), shownName(paths_[first.path]), first.rendering.at.line)});
 }
 
 void Consistency::tell(const std::function<void(const std::string& path, const Finding&)>& found) const {
-  for (const Place& place : places_) {
-    compare(translations_, place.rendering.before, place.rendering.now, place, "two-translations", found);
-    compare(originals_, place.rendering.now, place.rendering.before, place, "two-originals", found);
+  for (const Entry& entry : entries_) {
+    compare(translations_, entry.rendering.before, entry.rendering.now, entry, "two-translations", found);
+    compare(originals_, entry.rendering.now, entry.rendering.before, entry, "two-originals", found);
   }
 }
 

@@ -18,22 +18,22 @@ class Consistency {
   void tell(const std::function<void(const std::string& path, const Finding&)>& found) const;
 
  private:
-  struct Place {
+  struct Entry {
     std::size_t path;
     Rendering rendering;
   };
   struct Use {
     std::size_t count = 0;
-    std::size_t first = 0;  // index into places_
+    std::size_t first = 0;  // index into entries_
   };
   using Uses = std::map<std::string, std::map<std::string, Use>>;
 
   static void count(Uses& uses, const std::string& of, const std::string& by, std::size_t place);
-  void compare(const Uses& uses, const std::string& of, const std::string& by, const Place& at, const char* kind,
+  void compare(const Uses& uses, const std::string& of, const std::string& by, const Entry& at, const char* kind,
                const std::function<void(const std::string& path, const Finding&)>& found) const;
 
   std::vector<std::string> paths_;
-  std::vector<Place> places_;
+  std::vector<Entry> entries_;
   Uses translations_;  // of each original
   Uses originals_;     // of each translation
 };

@@ -6,26 +6,39 @@
 #include <vector>
 
 #include "tool/check/translation.h"
+#include "tool/script/pairing.h"
 
 namespace dravenna {
 
-// One thing that `check` found. Line and column count from 1, the column in characters.
+// Where something stands in a file. Line and column count from 1, the column in characters; the hash is that of the
+// line, blanks at its ends aside, the same on every system.
+struct Place {
+  std::size_t line = 1;
+  std::size_t column = 1;
+  std::uint64_t lineHash = 0;  // 0 for a whole file
+};
+
+// One thing that `check` found.
 struct Finding {
-  std::size_t line;
-  std::size_t column;
+  Place at;
   const char* kind;
   std::string text;
-  std::uint64_t lineHash = 0;  // of its line, blanks at the ends aside; the same on every system; 0 for a whole file
 };
 
 // A translation and its original, both UTF-8 without colour codes.
 struct Rendering {
-  std::size_t line;
-  std::size_t column;
-  std::uint64_t lineHash;  // as in a finding
+  Place at;
   std::string before;
   std::string now;
 };
+
+// A place in work bytes: a line, counted from 0, and an offset in it.
+struct Spot {
+  std::size_t lineNumber;
+  std::string_view line;
+  std::size_t offset;
+};
+inline Spot spotOf(const OutlineText& text) { return {text.lineNumber, text.line, text.begin}; }
 
 // Gathers the findings of one file.
 class Findings {
@@ -37,20 +50,25 @@ class Findings {
   std::vector<Finding>& list() { return list_; }
   std::vector<Rendering>& renderings() { return renderings_; }
 
-  // `lineNumber` and `offset` (in bytes of the line) count from 0.
-  void add(const char* kind, std::size_t lineNumber, std::string_view line, std::size_t offset, std::string text) {
-    list_.push_back({lineNumber + 1, counter_.before(line, offset) + 1, kind, std::move(text), hashOfLine(line)});
+  void add(const char* kind, const Spot& at, std::string text) {
+    list_.push_back({placeOf(at), kind, std::move(text)});
   }
-  // Takes down what has become of a text, where that was asked for; a place as above.
-  void addRendering(const TextPair& pair, std::size_t lineNumber, std::string_view line, std::size_t offset);
-  void add(const char* kind, const OutlineText& at, std::size_t offsetInText, std::string text) {
-    add(kind, at.lineNumber, at.line, at.begin + offsetInText, std::move(text));
+  // Of the text or the record that begins at `begin`.
+  void add(std::vector<Break> breaks, const Spot& begin) {
+    for (Break& found : breaks)
+      add(found.kind, {begin.lineNumber, begin.line, begin.offset + found.offset}, std::move(found.why));
   }
+  // Of a whole file, or of one of its lines, from 1, as a whole.
+  void addWhole(const char* kind, std::string text, std::size_t line = 1) {
+    list_.push_back({{line}, kind, std::move(text)});
+  }
+  // Takes down what has become of a text, where that was asked for.
+  void addRendering(const TextPair& pair, const Spot& at);
 
   std::string quoted(std::string_view work) const { return quotedText(codec_, work); }
 
  private:
-  static std::uint64_t hashOfLine(std::string_view line);
+  Place placeOf(const Spot& at);
 
   const Codec& codec_;
   PlaceCounter counter_{codec_, PlaceCounter::Unit::Character};
@@ -80,29 +98,35 @@ bool checkUtf16(Findings& findings, std::string_view file);
 // UTF-8 in an 8-bit tree, and bytes that the code page lacks. `file` are the bytes on disk.
 void checkEncoding(Findings& findings, std::string_view file, std::string_view work);
 
-// What is wrong with a script by itself: its quote marks, its colour codes, its encoding. `file` are the bytes on disk.
-void checkScript(Findings& findings, const Outline& outline, std::string_view file, std::string_view work);
+// A script, as it is on disk and as it is worked on.
+struct ScriptView {
+  std::string_view file;
+  std::string_view work;
+  Outline outline;
+};
+
+// What is wrong with a script by itself: its quote marks, its colour codes, its encoding.
+void checkScript(Findings& findings, const ScriptView& script);
 
 // Texts that the scripts' code refers to by name.
 using FrozenNames = std::unordered_set<std::string>;
-void gatherFrozenNames(std::string_view work, const Outline& outline, const std::string& relative, FrozenNames& names);
+void gatherFrozenNames(const ScriptView& script, const std::string& relative, FrozenNames& names);
 
-// What is wrong with a translated script beside its original, whose bytes on disk are `oldFile`. Of what was found in
-// the script by itself, that goes which the original has too. `frozen` may be null.
-void checkAgainst(Findings& findings, std::string_view oldFile, std::string_view oldWork, const Outline& old,
-                  std::string_view work, const Outline& outline, bool strict, const FrozenNames* frozen);
+// What is wrong with a translated script beside its original. Of what was found in the script by itself, that goes
+// which the original has too. `frozen` may be null.
+void checkAgainst(Findings& findings, const ScriptView& old, const ScriptView& script, bool strict,
+                  const FrozenNames* frozen);
+// The part of it that tells what changed outside the texts; a text that brought in quote marks or a comment is told as
+// that.
+void checkOutside(Findings& findings, const ScriptView& old, const ScriptView& script,
+                  const std::vector<OutsideChange>& changes);
 
-// What is wrong with an exchange file; `script` is the outline of its script, whose work bytes are `work`, or null.
-// Records that are as in the script are untranslated only if the script is an original.
-void checkExchangeFile(Findings& findings, std::string_view lxf, std::string_view work, const Outline* script,
+// What is wrong with an exchange file; `script` is its script, or null. Records that are as in the script are
+// untranslated only if the script is an original.
+void checkExchangeFile(Findings& findings, std::string_view lxf, const ScriptView* script,
                        bool scriptIsOriginal = true);
 
-// Spoilt colour codes of a text, as kind and message by offset; the first ones only, if there are very many.
-struct SpoiltCode {
-  std::size_t offset;
-  const char* kind;
-  const char* text;
-};
-std::vector<SpoiltCode> findSpoiltCodes(std::string_view text);
+// Spoilt colour codes of a text by offset; the first ones only, if there are very many.
+std::vector<Break> spoiltCodesOf(std::string_view text);
 
 }  // namespace dravenna

@@ -52,12 +52,13 @@ bool namesFile(const OutlineText& text, const Outline& outline) {
 
 }  // namespace
 
-void gatherFrozenNames(std::string_view work, const Outline& outline, const std::string& relative, FrozenNames& names) {
+void gatherFrozenNames(const ScriptView& script, const std::string& relative, FrozenNames& names) {
+  const Outline& outline = script.outline;
   const std::string file = std::string(fileNameOf(relative));
   names.insert(file);
   names.insert(file.substr(0, file.rfind('.')));
   for (const std::string_view npc : outline.npcs) addNpcName(npc, names);
-  forEachLine(work, [&](const ScriptLine& line) { addDefinedNames(line.text, names); });
+  forEachLine(script.work, [&](const ScriptLine& line) { addDefinedNames(line.text, names); });
   for (const OutlineText& text : outline.texts) {
     if (namesFile(text, outline)) names.insert(std::string(text.text));
   }

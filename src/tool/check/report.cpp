@@ -58,25 +58,25 @@ void FindingReport::addSarif(const std::string& path, const Finding& finding) {
       "\"artifactLocation\":{{\"uri\":\"{}\"}},\"region\":{{\"startLine\":{},\"startColumn\":{}}}}}}}],"
       "\"partialFingerprints\":{{\"line/v1\":\"{:016x}\"}}}}",
       first_ ? "" : ",", finding.kind, nameOf(severityOf(finding.kind)), jsonString(finding.text), uriOf(path),
-      finding.line, finding.column, finding.lineHash);
+      finding.at.line, finding.at.column, finding.at.lineHash);
 }
 
 void FindingReport::addGitHub(const std::string& path, const Finding& finding) {
   const Severity severity = severityOf(finding.kind);
   out_ += fmt::format("::{} file={},line={},col={},title={}::{}\n",
                       severity == Severity::Note ? "notice" : nameOf(severity), gitHubEncoded(path, "%\r\n:,"),
-                      finding.line, finding.column, finding.kind, gitHubEncoded(finding.text, "%\r\n"));
+                      finding.at.line, finding.at.column, finding.kind, gitHubEncoded(finding.text, "%\r\n"));
 }
 
 void FindingReport::add(const std::string& path, const Finding& finding) {
   switch (format_) {
     case ReportFormat::Lines:
       appendEscapedName(path, out_);
-      out_ += fmt::format(":{}:{}: {}: {}\n", finding.line, finding.column, finding.kind, finding.text);
+      out_ += fmt::format(":{}:{}: {}: {}\n", finding.at.line, finding.at.column, finding.kind, finding.text);
       break;
     case ReportFormat::Json:
       out_ += fmt::format("{{\"file\":{},\"line\":{},\"column\":{},\"kind\":\"{}\",\"text\":{}}}\n", jsonString(path),
-                          finding.line, finding.column, finding.kind, jsonString(finding.text));
+                          finding.at.line, finding.at.column, finding.kind, jsonString(finding.text));
       break;
     case ReportFormat::Sarif:
       addSarif(path, finding);

@@ -26,6 +26,11 @@ struct OutlineText {
   std::uint32_t page;     // dialogue page, from 0: up to `next`, `close` or a branch
 };
 
+// What players read, as opposed to what code does.
+inline bool isReadable(const OutlineText& text) {
+  return text.segment == Segment::Message || text.segment == Segment::Title;
+}
+
 struct OutlineError {
   std::string_view line;
   std::string_view code;
