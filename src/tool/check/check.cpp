@@ -5,6 +5,7 @@
 #include <unordered_map>
 
 #include "platform/failure.h"
+#include "text/ascii.h"
 #include "tool/check/baseline.h"
 #include "tool/check/consistency.h"
 #include "tool/check/findings.h"
@@ -58,11 +59,7 @@ Severity levelOf(std::string_view name) {
   return name == "error" ? Severity::Error : name == "warning" ? Severity::Warning : Severity::Note;
 }
 
-bool isExchangeFile(const std::string& path) {
-  if (path.size() < 4) return false;
-  const std::string_view end = std::string_view(path).substr(path.size() - 4);
-  return end == ".lxf" || end == ".LXF";
-}
+bool isExchangeFile(const std::string& path) { return lowerAsciiOf(path).ends_with(".lxf"); }
 
 // The scripts of a run by what an exchange file may be called after: the same path, the same path below a folder of the
 // arguments, or the same name when only one script has it; each without the extension.
