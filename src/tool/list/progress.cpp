@@ -40,7 +40,7 @@ class ProgressRun {
   Rows measurePo(const Script& script) const;
   Progress measureScript(const Script& script, Buffers& buffers) const;
   Progress measureExchangeFile(const Script& script, Buffers& buffers) const;
-  std::string originalOf(const Script& script, const std::string& relative) const;
+  std::string originalOf(const Script& script, std::string_view extension) const;
   void addMissing(const std::vector<Script>& scripts);
   bool take(Rows&& rows);
   std::string rowOf(const Script& script) const { return options_.byFolder ? folderRow(script.relative) : script.path; }
@@ -50,10 +50,10 @@ class ProgressRun {
   Rows rows_;
 };
 
-// Throws Failure where there is none.
-std::string ProgressRun::originalOf(const Script& script, const std::string& relative) const {
-  const bool single = session_.files->pathKind(options_.against) == PathKind::File;
-  std::string path = single ? options_.against : joinPath(options_.against, relative);
+// Throws Failure where there is none. With an extension it has this one instead of the script's.
+std::string ProgressRun::originalOf(const Script& script, std::string_view extension) const {
+  std::string path = partnerIn(*session_.files, options_.against, script);
+  if (!extension.empty() && path != options_.against) path = withExtension(path, extension);
   if (session_.files->pathKind(path) == PathKind::File) return path;
   throw Failure(fromUtf8(fmt::format("{}: no original {}", script.path, path)));
 }
@@ -64,7 +64,7 @@ TextState stateOf(std::string_view before, bool same) {
 }
 
 Progress ProgressRun::measureScript(const Script& script, Buffers& buffers) const {
-  const std::string originalPath = originalOf(script, script.relative);
+  const std::string originalPath = originalOf(script, {});
   const auto now = loadScript(session_, script.path);
   std::string bytes;
   readBeside(session_, originalPath, now->in, bytes);
@@ -84,7 +84,7 @@ Progress ProgressRun::measureScript(const Script& script, Buffers& buffers) cons
 Progress ProgressRun::measureExchangeFile(const Script& script, Buffers& buffers) const {
   readFile(session_, script.path, buffers.file);
   std::string bytes;
-  readFile(session_, originalOf(script, withExtension(script.relative, ".txt")), bytes);
+  readFile(session_, originalOf(script, ".txt"), bytes);
   const Encoding& in = session_.pages->of(bytes, buffers.file);
   const LoadedScript old(std::move(bytes), in);
   const ExchangeFile lxf = cutExchangeFile(in.codec.toWork(buffers.file, buffers.work));
@@ -151,11 +151,15 @@ void ProgressRun::addMissing(const std::vector<Script>& scripts) {
 void ProgressRun::run() {
   session_.prepare();
   const std::vector<Script> scripts = collectScripts(session_, options_.paths, {"*.txt", "*.lxf", "*.po"});
-  const bool needsOriginals = std::any_of(scripts.begin(), scripts.end(),
-                                          [](const Script& script) { return !hasExtension(script.path, ".po"); });
-  if (needsOriginals && options_.against.empty()) {
+  const auto needOriginals = static_cast<std::size_t>(std::count_if(
+      scripts.begin(), scripts.end(), [](const Script& script) { return !hasExtension(script.path, ".po"); }));
+  if (needOriginals > 0 && options_.against.empty()) {
     throw UsageError("the progress of scripts and exchange files needs --against, for their originals");
   }
+  if (!options_.against.empty() && session_.files->pathKind(options_.against) == PathKind::Missing) {
+    throw Failure(u"No such file or directory: '" + fromUtf8(options_.against) + u"'");
+  }
+  needOneScript(*session_.files, "--against", options_.against, needOriginals);
   forEachScript<Rows>(
       session_, scripts, [&](const Script& script, Buffers& buffers) { return measure(script, buffers); },
       [&](const Script&, Rows&& rows) { return take(std::move(rows)); });
