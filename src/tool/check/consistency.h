@@ -1,7 +1,6 @@
 #pragma once
 
 #include <functional>
-#include <map>
 #include <string>
 #include <vector>
 
@@ -13,29 +12,17 @@ namespace dravenna {
 // that most places have is taken as meant (of equally many, the first); the others are told.
 class Consistency {
  public:
+  // `path` stays where it is.
   void add(const std::string& path, std::vector<Rendering> renderings);
   // In the order of adding.
   void tell(const std::function<void(const std::string& path, const Finding&)>& found) const;
 
  private:
   struct Entry {
-    std::size_t path;
+    const std::string* path;
     Rendering rendering;
   };
-  struct Use {
-    std::size_t count = 0;
-    std::size_t first = 0;  // index into entries_
-  };
-  using Uses = std::map<std::string, std::map<std::string, Use>>;
-
-  static void count(Uses& uses, const std::string& of, const std::string& by, std::size_t place);
-  void compare(const Uses& uses, const std::string& of, const std::string& by, const Entry& at, const char* kind,
-               const std::function<void(const std::string& path, const Finding&)>& found) const;
-
-  std::vector<std::string> paths_;
   std::vector<Entry> entries_;
-  Uses translations_;  // of each original
-  Uses originals_;     // of each translation
 };
 
 }  // namespace dravenna
