@@ -4,6 +4,8 @@
 #include <string>
 #include <string_view>
 
+#include "text/ascii.h"
+
 // Names in a path, parted by `/`.
 namespace dravenna {
 
@@ -14,6 +16,11 @@ inline std::string_view fileNameOf(std::string_view path) { return path.substr(p
 inline std::string folderOf(std::string_view path) {
   const std::size_t slash = path.rfind('/');
   return std::string(path.substr(0, slash == std::string_view::npos ? 0 : std::max<std::size_t>(slash, 1)));
+}
+
+// Whether the path ends in an extension, dot and all, in letters of either case.
+inline bool hasExtension(std::string_view path, std::string_view extension) {
+  return lowerAsciiOf(path).ends_with(extension);
 }
 
 // The path with the extension of its last name, told by the last `.`, replaced; added when there is none.

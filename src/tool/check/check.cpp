@@ -1,14 +1,12 @@
 #include <fmt/core.h>
 
 #include <algorithm>
-#include <filesystem>
-#include <unordered_map>
 
 #include "platform/failure.h"
-#include "text/ascii.h"
 #include "tool/check/baseline.h"
 #include "tool/check/consistency.h"
 #include "tool/check/findings.h"
+#include "tool/check/given_scripts.h"
 #include "tool/check/report.h"
 #include "tool/run/chosen_files.h"
 #include "tool/run/for_each_script.h"
@@ -48,68 +46,14 @@ struct Options {
   Severity failOn = Severity::Note;
 };
 
-ReportFormat formatOf(std::string_view name) {
-  return name == "sarif"    ? ReportFormat::Sarif
-         : name == "github" ? ReportFormat::GitHub
-         : name == "json"   ? ReportFormat::Json
-                            : ReportFormat::Lines;
+bool isExchangeFile(const Script& file) { return hasExtension(file.path, ".lxf"); }
+
+// Looks into `file` and `buffer`.
+ScriptView viewOf(const Encoding& in, std::string_view file, std::string& buffer,
+                  OutlineOf what = OutlineOf::Dialogue) {
+  const std::string_view work = in.codec.toWork(file, buffer);
+  return {file, work, outlineOf(work, in.lists, what)};
 }
-
-Severity levelOf(std::string_view name) {
-  return name == "error" ? Severity::Error : name == "warning" ? Severity::Warning : Severity::Note;
-}
-
-bool isExchangeFile(const std::string& path) { return lowerAsciiOf(path).ends_with(".lxf"); }
-
-// The scripts of a run by what an exchange file may be called after: the same path, the same path below a folder of the
-// arguments, or the same name when only one script has it; each without the extension.
-class GivenScripts {
- public:
-  explicit GivenScripts(const std::vector<Script>& files) {
-    for (const Script& file : files) {
-      if (isExchangeFile(file.path) || file.path == "-") continue;
-      const bool isText = withExtension(file.path, ".txt") == file.path;
-      add(byPath_, stemOf(file.path), file.path, isText);
-      add(byRelative_, withExtension(file.relative, ""), file.path, isText);
-      const std::string stem = stemOf(file.path);
-      const auto [named, fresh] = byName_.try_emplace(std::string(fileNameOf(stem)), Named{file.path, stem});
-      if (!fresh && named->second.stem != stem) named->second.path.clear();
-    }
-  }
-
-  bool empty() const { return byPath_.empty(); }
-
-  // The path of the script, empty when there is none.
-  std::string scriptOf(const Script& lxf) const {
-    const std::string stem = stemOf(lxf.path);
-    if (const auto found = byPath_.find(stem); found != byPath_.end()) return found->second;
-    if (const auto found = byRelative_.find(withExtension(lxf.relative, "")); found != byRelative_.end()) {
-      return found->second;
-    }
-    const auto found = byName_.find(std::string(fileNameOf(stem)));
-    return found == byName_.end() ? std::string() : found->second.path;
-  }
-
- private:
-  using Paths = std::unordered_map<std::string, std::string>;
-  struct Named {
-    std::string path;  // empty once another script has the name too
-    std::string stem;
-  };
-
-  static std::string stemOf(const std::string& path) {
-    return withExtension(std::filesystem::path(path).lexically_normal().generic_string(), "");
-  }
-  // The first of several counts, `.txt` before all.
-  static void add(Paths& paths, std::string key, const std::string& path, bool isText) {
-    const auto [found, fresh] = paths.try_emplace(std::move(key), path);
-    if (!fresh && isText && withExtension(found->second, ".txt") != found->second) found->second = path;
-  }
-
-  Paths byPath_;
-  Paths byRelative_;
-  std::unordered_map<std::string, Named> byName_;
-};
 
 class Check {
  public:
@@ -121,7 +65,6 @@ class Check {
   Findings checkFile(const Script& script, Buffers& buffers) const;
   Findings checkOneScript(const Script& script, Buffers& buffers) const;
   Findings checkOneExchangeFile(const Script& script, Buffers& buffers) const;
-  std::string scriptBelow(const Script& lxf) const;
   void gatherFrozen();
   std::vector<Script> chosen(std::vector<Script> files);
   void addMissing(const std::vector<Script>& files, FindingReport& report);
@@ -134,7 +77,7 @@ class Check {
   Session& session_;
   const Options& options_;
   FrozenNames frozen_;
-  std::optional<GivenScripts> given_;  // when there are exchange files
+  GivenScripts given_;  // for exchange files
   Baseline baseline_;
   std::size_t found_ = 0;
   std::size_t known_ = 0;
@@ -148,11 +91,12 @@ bool Check::isWanted(const char* kind) const {
 }
 
 Findings Check::checkOneScript(const Script& script, Buffers& buffers) const {
-  const auto [in, work] = openScript(session_, script.path, buffers.file, buffers.work);
+  readFile(session_, script.path, buffers.file);
+  const Encoding& in = takeEncoding(session_, script.path, buffers.file);
   Findings findings(in.codec, options_.consistent);
   if (checkUtf16(findings, buffers.file)) return findings;
   const auto what = options_.against.empty() ? OutlineOf::Texts : OutlineOf::Dialogue;
-  const ScriptView now{buffers.file, work, outlineOf(work, in.lists, what)};
+  const ScriptView now = viewOf(in, buffers.file, buffers.work, what);
   checkScript(findings, now);
   if (options_.against.empty()) return findings;
   const std::string oldPath = partnerIn(*session_.files, options_.against, script);
@@ -161,26 +105,9 @@ Findings Check::checkOneScript(const Script& script, Buffers& buffers) const {
     return findings;
   }
   readBeside(session_, oldPath, in, buffers.otherFile);
-  const std::string_view oldWork = in.codec.toWork(buffers.otherFile, buffers.otherWork);
-  const ScriptView old{buffers.otherFile, oldWork, outlineOf(oldWork, in.lists)};
-  checkAgainst(findings, old, now, options_.strict, options_.frozen ? &frozen_ : nullptr);
+  checkAgainst(findings, viewOf(in, buffers.otherFile, buffers.otherWork), now, options_.strict,
+               options_.frozen ? &frozen_ : nullptr);
   return findings;
-}
-
-// The script of an exchange file below --scripts: the first of those with its name and another extension, `.txt` before
-// all.
-std::string Check::scriptBelow(const Script& lxf) const {
-  if (session_.files->pathKind(options_.scripts) == PathKind::File) return options_.scripts;
-  const std::string relative = relativeIn(*session_.files, options_.scripts, lxf);
-  std::string path = joinPath(options_.scripts, withExtension(relative, ".txt"));
-  if (session_.files->pathKind(path) == PathKind::File) return path;
-  for (const std::string& pattern : session_.include) {
-    const std::size_t dot = pattern.rfind('.');
-    if (dot == std::string::npos || pattern.substr(dot) == ".lxf") continue;
-    std::string other = joinPath(options_.scripts, withExtension(relative, pattern.substr(dot)));
-    if (session_.files->pathKind(other) == PathKind::File) return other;
-  }
-  return path;
 }
 
 Findings Check::checkOneExchangeFile(const Script& script, Buffers& buffers) const {
@@ -188,9 +115,8 @@ Findings Check::checkOneExchangeFile(const Script& script, Buffers& buffers) con
   readFile(session_, script.path, file);
   const bool marked = file.starts_with(kUtf8Mark);
   if (marked) file.erase(0, kUtf8Mark.size());
-  const bool alone = options_.scripts.empty() && (!given_ || given_->empty());
-  std::string path;
-  if (!alone) path = options_.scripts.empty() ? given_->scriptOf(script) : scriptBelow(script);
+  const std::string path =
+      options_.scripts.empty() ? given_.scriptOf(script) : scriptIn(session_, options_.scripts, script);
   const bool found = !path.empty() && session_.files->pathKind(path) == PathKind::File;
   if (found) readFile(session_, path, buffers.otherFile);
   const Encoding& in = found ? session_.pages->of(buffers.otherFile, file) : takeEncoding(session_, script.path, file);
@@ -200,23 +126,22 @@ Findings Check::checkOneExchangeFile(const Script& script, Buffers& buffers) con
   const std::string_view lxf = in.codec.toWork(file, buffers.work);
   checkEncoding(findings, file, lxf);
   if (found) {
-    const std::string_view work = in.codec.toWork(buffers.otherFile, buffers.otherWork);
-    const ScriptView view{buffers.otherFile, work, outlineOf(work, in.lists)};
+    const ScriptView view = viewOf(in, buffers.otherFile, buffers.otherWork);
     // With --against the scripts are translations, and a record may be as in its script.
     checkExchangeFile(findings, lxf, &view, options_.against.empty());
     return findings;
   }
-  if (!alone) {
-    findings.addWhole("missing", path.empty() ? "no script of its name among those given"
-                                              : fmt::format("no script {}", shownName(path)));
+  if (!path.empty()) {
+    findings.addWhole("missing", fmt::format("no script {}", shownName(path)));
+  } else if (!given_.empty()) {
+    findings.addWhole("missing", "no script of its name among those given");
   }
   checkExchangeFile(findings, lxf, nullptr);
   return findings;
 }
 
 Findings Check::checkFile(const Script& script, Buffers& buffers) const {
-  Findings findings =
-      isExchangeFile(script.path) ? checkOneExchangeFile(script, buffers) : checkOneScript(script, buffers);
+  Findings findings = isExchangeFile(script) ? checkOneExchangeFile(script, buffers) : checkOneScript(script, buffers);
   std::stable_sort(findings.list().begin(), findings.list().end(), [](const Finding& a, const Finding& b) {
     return a.at.line != b.at.line ? a.at.line < b.at.line : a.at.column < b.at.column;
   });
@@ -230,8 +155,7 @@ void Check::gatherFrozen() {
         FrozenNames names;
         readFile(session_, script.path, buffers.file);
         const Encoding& in = session_.pages->of(buffers.file);
-        const std::string_view work = in.codec.toWork(buffers.file, buffers.work);
-        gatherFrozenNames({buffers.file, work, outlineOf(work, in.lists)}, script.relative, names);
+        gatherFrozenNames(viewOf(in, buffers.file, buffers.work), script.relative, names);
         return names;
       },
       [&](const Script&, FrozenNames&& names) {
@@ -242,15 +166,7 @@ void Check::gatherFrozen() {
 
 // Scripts of the original tree that the checked one lacks.
 void Check::addMissing(const std::vector<Script>& files, FindingReport& report) {
-  if (options_.against.empty() || options_.paths.size() != 1 ||
-      session_.files->pathKind(options_.paths[0]) != PathKind::Folder ||
-      session_.files->pathKind(options_.against) != PathKind::Folder) {
-    return;
-  }
-  std::unordered_set<std::string> here;
-  for (const Script& file : files) here.insert(file.relative);
-  for (const Script& original : collectScripts(session_, {options_.against})) {
-    if (here.count(original.relative) != 0) continue;
+  for (const Script& original : onlyInOriginal(session_, options_.paths, options_.against, files, false)) {
     take(joinPath(options_.paths[0], original.relative),
          {{}, "missing", fmt::format("{} has no partner here", shownName(original.path))}, report);
   }
@@ -302,21 +218,17 @@ void Check::summary(std::size_t files) {
 
 void Check::run() {
   session_.prepare();
-  for (const std::string& tree : {options_.against, options_.scripts}) {
-    if (!tree.empty() && session_.files->pathKind(tree) == PathKind::Missing) {
-      throw Failure(u"No such file or directory: '" + fromUtf8(tree) + u"'");
-    }
-  }
+  for (const std::string& tree : {options_.against, options_.scripts}) needPath(*session_.files, tree);
   if (options_.frozen && options_.against.empty()) throw UsageError("--frozen needs --against");
   openBaseline();
   if (options_.frozen) gatherFrozen();
   const std::vector<Script> all = collectScripts(session_, options_.paths, {"*.txt", "*.lxf"});
-  const auto lxfs = static_cast<std::size_t>(
-      std::count_if(all.begin(), all.end(), [](const Script& file) { return isExchangeFile(file.path); }));
-  if (lxfs > 0) given_.emplace(all);
+  std::vector<Script> scripts = all;
+  const std::size_t lxfs = std::erase_if(scripts, isExchangeFile);
+  if (lxfs > 0) given_ = GivenScripts(scripts);
   const std::vector<Script> files = chosen(all);
   needOneScript(*session_.files, "--scripts", options_.scripts, lxfs);
-  needOneScript(*session_.files, "--against", options_.against, all.size() - lxfs);
+  needOneScript(*session_.files, "--against", options_.against, scripts.size());
   Output output(*session_.outputs, options_.output);
   FindingReport report(options_.json ? ReportFormat::Json : options_.format, output.buffer());
   Consistency consistency;
@@ -366,13 +278,16 @@ void addCheck(Verb program, Session& session) {
             "Check only files that this one lists, a line each, or parted by NUL; `-` is standard input");
   verb.text("--baseline", options->baseline, "FILE", "Report only findings that this file does not know");
   verb.flag("--write-baseline", options->writeBaseline, "Report nothing, write what is found to the baseline");
-  verb.choice("--format", [options](const std::string& name) { options->format = formatOf(name); }, "FORMAT",
+  verb.choice("--format", options->format, "FORMAT",
               "text, json (an object a line), sarif, or github (marks lines of a pull request)",
-              {"github", "json", "sarif", "text"});
+              {{"github", ReportFormat::GitHub},
+               {"json", ReportFormat::Json},
+               {"sarif", ReportFormat::Sarif},
+               {"text", ReportFormat::Lines}});
   verb.flag("--json", options->json, "The same as --format json");
-  verb.choice("--fail-on", [options](const std::string& name) { options->failOn = levelOf(name); }, "SEVERITY",
+  verb.choice("--fail-on", options->failOn, "SEVERITY",
               "The least that gives exit status 1: error, warning or note (default note)",
-              {"error", "note", "warning"});
+              {{"error", Severity::Error}, {"note", Severity::Note}, {"warning", Severity::Warning}});
   verb.text("-o,--output", options->output, "FILE", "File for the findings instead of standard output");
   session.addOptions(verb);
   verb.footer(footer);

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "tool/run/session.h"
+#include "tool/script/pairing.h"
 
 // How far a translation is: translated, unsure and to do, in texts and in words of the original.
 namespace dravenna {
@@ -20,20 +21,37 @@ struct ProgressOptions {
   bool markdown = false;
 };
 
+// The session is prepared.
 void showProgress(Session& session, const ProgressOptions& options);
 
-enum class TextState { Translated, Unsure, ToDo };
-
+// Figures of texts: all, and how many in each state; then the same of their words.
 struct Progress {
-  std::array<std::size_t, 3> texts{};  // by TextState
-  std::array<std::size_t, 3> words{};
+  enum State : std::size_t { Translated = 1, Unsure, ToDo };
+  static constexpr std::size_t kWords = 4;
+  std::array<std::size_t, 2 * kWords> figures{};
 
-  void add(TextState state, std::size_t wordCount);
+  void add(State state, std::size_t words);
   void add(const Progress& other);
-  std::size_t allTexts() const { return texts[0] + texts[1] + texts[2]; }
-  std::size_t allWords() const { return words[0] + words[1] + words[2]; }
   unsigned percent() const;  // of the texts, translated; 100 only when all are
 };
+
+// The state of a text with a record. One without a letter has nothing to translate.
+Progress::State stateOf(std::string_view original, std::string_view now);
+
+// Calls each(state, original text) for the texts of a script with a record. What stands for no text of the original is
+// its own, and translated.
+template <class Each>
+void forEachState(const Outline& old, const Outline& outline, const Pairing& pairing, Each&& each) {
+  for (std::size_t i = 0; i < outline.texts.size(); ++i) {
+    const std::string_view now = outline.texts[i].text;
+    if (!outline.texts[i].record) continue;
+    if (pairing.oldOf[i] == kNoText) {
+      each(Progress::Translated, now);
+    } else {
+      each(stateOf(old.texts[pairing.oldOf[i]].text, now), old.texts[pairing.oldOf[i]].text);
+    }
+  }
+}
 
 // A file or a folder; its name as bytes.
 struct ProgressRow {

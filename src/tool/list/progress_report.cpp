@@ -7,16 +7,9 @@ namespace dravenna {
 
 namespace {
 
-using ProgressFigures = std::array<std::size_t, 8>;
-constexpr std::array<const char*, 8> kHeads = {"texts", "translated", "unsure", "to do",
-                                               "words", "translated", "unsure", "to do"};
-constexpr std::array<const char*, 8> kKeys = {"texts", "translated",      "unsure",      "toDo",
-                                              "words", "translatedWords", "unsureWords", "toDoWords"};
-
-ProgressFigures figuresOf(const Progress& progress) {
-  return {progress.allTexts(), progress.texts[0], progress.texts[1], progress.texts[2],
-          progress.allWords(), progress.words[0], progress.words[1], progress.words[2]};
-}
+constexpr std::array kHeads = {"texts", "translated", "unsure", "to do", "words", "translated", "unsure", "to do"};
+constexpr std::array kKeys = {"texts", "translated",      "unsure",      "toDo",
+                              "words", "translatedWords", "unsureWords", "toDoWords"};
 
 std::string escaped(std::string_view name, std::string_view special, std::string_view (*replacement)(char)) {
   std::string out;
@@ -37,7 +30,7 @@ std::string xmlOf(std::string_view name) {
 std::string progressTable(const std::vector<ProgressRow>& rows, std::string_view kind) {
   std::string out = fmt::format("{:>11}  done  {}\n", fmt::join(kHeads, ""), kind);
   for (const ProgressRow& row : rows) {
-    out += fmt::format("{:>11}{:>5}%  {}\n", fmt::join(figuresOf(row.progress), ""), row.progress.percent(),
+    out += fmt::format("{:>11}{:>5}%  {}\n", fmt::join(row.progress.figures, ""), row.progress.percent(),
                        shownName(row.name));
   }
   return out;
@@ -48,7 +41,7 @@ std::string progressMarkdown(const std::vector<ProgressRow>& rows, std::string_v
   for (std::size_t i = 0; i <= kHeads.size(); ++i) out += " ---: |";
   for (const ProgressRow& row : rows) {
     out += fmt::format("\n| {} | {} | {}% |", escaped(row.name, "|", [](char) -> std::string_view { return "\\|"; }),
-                       fmt::join(figuresOf(row.progress), " | "), row.progress.percent());
+                       fmt::join(row.progress.figures, " | "), row.progress.percent());
   }
   return out + "\n";
 }
@@ -56,8 +49,8 @@ std::string progressMarkdown(const std::vector<ProgressRow>& rows, std::string_v
 std::string progressJson(const std::vector<ProgressRow>& rows, std::string_view kind) {
   const auto figures = [](const Progress& progress) {
     std::string out;
-    const ProgressFigures all = figuresOf(progress);
-    for (std::size_t i = 0; i < all.size(); ++i) out += fmt::format("{}\"{}\":{}", i == 0 ? "" : ",", kKeys[i], all[i]);
+    for (std::size_t i = 0; i < kKeys.size(); ++i)
+      out += fmt::format("{}\"{}\":{}", i == 0 ? "" : ",", kKeys[i], progress.figures[i]);
     return out;
   };
   std::string out = fmt::format("{{\"{}s\":[", kind);
@@ -76,13 +69,14 @@ std::string progressPicture(const std::vector<ProgressRow>& rows) {
       "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"{}\" height=\"{}\" font-family=\"sans-serif\" "
       "font-size=\"12\">\n"
       "<title>{}% of {} texts translated</title>\n<rect width=\"100%\" height=\"100%\" fill=\"#fff\"/>\n",
-      kNames + kBar + 60, kRow * rows.size() + 8, rows.back().progress.percent(), rows.back().progress.allTexts());
+      kNames + kBar + 60, kRow * rows.size() + 8, rows.back().progress.percent(), rows.back().progress.figures[0]);
   for (std::size_t i = 0; i < rows.size(); ++i) {
     const Progress& progress = rows[i].progress;
-    const std::size_t all = std::max<std::size_t>(progress.allTexts(), 1);
+    const auto& texts = progress.figures;
+    const std::size_t all = std::max<std::size_t>(texts[0], 1);
     const std::size_t y = 4 + i * kRow;
-    const std::size_t translated = kBar * progress.texts[0] / all;
-    const std::size_t unsure = kBar * (progress.texts[0] + progress.texts[1]) / all - translated;
+    const std::size_t translated = kBar * texts[Progress::Translated] / all;
+    const std::size_t unsure = kBar * (texts[Progress::Translated] + texts[Progress::Unsure]) / all - translated;
     out +=
         fmt::format("<text x=\"{}\" y=\"{}\" text-anchor=\"end\">{}</text>\n", kNames - 8, y + 15, xmlOf(rows[i].name));
     const auto bar = [&](std::size_t x, std::size_t width, const char* color) {

@@ -1,14 +1,14 @@
-#include <fmt/core.h>
+#include <fmt/format.h>
 
+#include <algorithm>
 #include <map>
-#include <unordered_set>
+#include <utility>
 
 #include "platform/failure.h"
 #include "tool/list/progress.h"
 #include "tool/list/words.h"
 #include "tool/run/for_each_script.h"
 #include "tool/script/outline.h"
-#include "tool/script/pairing.h"
 #include "tool/script/records.h"
 
 namespace dravenna {
@@ -51,7 +51,8 @@ constexpr const char* kNames[kFigures] = {"lines", "titles", "messages", "code",
                                           "words", "codes",  "errors",   "lacked", "done",  "remaining"};
 
 using Figures = std::array<std::size_t, kFigures>;
-using Reasons = std::map<std::pair<std::string, std::string>, std::size_t>;  // reason, command
+using Reason = std::pair<std::string, std::string>;  // and command
+using Reasons = std::map<Reason, std::size_t>;
 
 struct Outcome {
   std::string warning;
@@ -59,7 +60,7 @@ struct Outcome {
   Reasons leftOut;
 };
 
-std::pair<std::string, std::string> reasonOf(const OutlineText& text, const Outline& outline, const Codec& codec) {
+Reason reasonOf(const OutlineText& text, const Outline& outline, const Codec& codec) {
   std::string command;
   appendEscaped(codec, outline.commands[text.command], command);  // it may hold what no terminal should see
   if (text.segment == Segment::Title) return {"title", {}};
@@ -70,14 +71,13 @@ std::pair<std::string, std::string> reasonOf(const OutlineText& text, const Outl
 
 void addTexts(const Outline& outline, bool leftOut, const Codec& codec, std::string& buffer, Outcome& outcome) {
   for (const OutlineText& text : outline.texts) {
-    const bool readable = text.segment == Segment::Message || text.segment == Segment::Title;
     ++outcome.figures[text.segment == Segment::Title     ? Titles
                       : text.segment == Segment::Message ? Messages
                       : text.segment == Segment::Code    ? Code
                                                          : Plain];
     if (text.record) ++outcome.figures[Records];
     if (!text.record && leftOut) ++outcome.leftOut[reasonOf(text, outline, codec)];
-    if (!readable) continue;
+    if (!isReadable(text)) continue;
     outcome.figures[Words] += countWords(text.text, buffer);
     outcome.figures[ColorCodes] += countColorCodes(text.text);
   }
@@ -85,15 +85,6 @@ void addTexts(const Outline& outline, bool leftOut, const Codec& codec, std::str
   outcome.figures[ErrorLines] = outline.errors.size();
   if (!outline.errors.empty() && leftOut)
     outcome.leftOut[{"line with an odd number of quote marks", {}}] += outline.errors.size();
-}
-
-void addProgress(const Outline& outline, const Outline& old, const Pairing& pairing, Figures& figures) {
-  for (std::size_t i = 0; i < outline.texts.size(); ++i) {
-    if (!outline.texts[i].record) continue;
-    const std::size_t from = pairing.oldOf[i];
-    const bool same = from != kNoText && withoutColor(old.texts[from].text) == withoutColor(outline.texts[i].text);
-    ++figures[same && hasLetter(outline.texts[i].text) ? Remaining : Done];
-  }
 }
 
 Outcome measure(const Session& session, const Options& options, const Script& script, Buffers& buffers) {
@@ -111,7 +102,9 @@ Outcome measure(const Session& session, const Options& options, const Script& sc
   readBeside(session, oldPath, in, buffers.otherFile);
   const std::string_view oldWork = in.codec.toWork(buffers.otherFile, buffers.otherWork);
   const Outline old = outlineOf(oldWork, in.lists, OutlineOf::Texts);
-  addProgress(outline, old, pairScripts(oldWork, old, work, outline), outcome.figures);
+  forEachState(old, outline, pairScripts(oldWork, old, work, outline), [&](Progress::State state, std::string_view) {
+    ++outcome.figures[state == Progress::ToDo ? Remaining : Done];
+  });
   return outcome;
 }
 
@@ -123,107 +116,79 @@ Outcome measureMissing(const Session& session, const Script& original, Buffers& 
   return outcome;
 }
 
-// Two whole trees are compared, not some of their scripts.
-std::vector<Script> missingScripts(Session& session, const Options& options, const std::vector<Script>& scripts) {
-  std::vector<Script> missing;
-  if (options.against.empty() || options.paths.size() != 1 ||
-      session.files->pathKind(options.paths[0]) != PathKind::Folder ||
-      session.files->pathKind(options.against) != PathKind::Folder) {
-    return missing;
-  }
-  std::unordered_set<std::string> here;
-  for (const Script& script : scripts) here.insert(script.relative);
-  for (Script& original : collectScripts(session, {options.against})) {
-    if (here.count(original.relative) == 0) missing.push_back(std::move(original));
-  }
-  return missing;
-}
-
 class Report {
  public:
-  Report(const Options& options, std::string& out) : json_(options.json), leftOut_(options.leftOut), out_(out) {
-    shown_ = options.against.empty() ? Done : kFigures;
-    if (json_) out_ += "{\"files\":[";
-    if (!json_ && !leftOut_) {
-      for (std::size_t i = 0; i < shown_; ++i) out_ += fmt::format("{:>10}", kNames[i]);
-      out_ += "  file\n";
+  Report(const Options& options, std::string& out)
+      : json_(options.json), leftOut_(options.leftOut), shown_(options.against.empty() ? Done : kFigures), out_(out) {
+    if (json_) {
+      out_ += "{\"files\":[";
+    } else if (!leftOut_) {
+      out_ += fmt::format("{:>10}  file\n", fmt::join(kNames, kNames + shown_, ""));
     }
   }
 
   void add(const std::string& path, const Outcome& outcome) {
     if (json_) {
-      out_ += files_ == 0 ? "\n" : ",\n";
-      out_ += "{\"file\":";
-      appendJsonString(fromUtf8(path), out_);
-      for (std::size_t i = 0; i < shown_; ++i) out_ += fmt::format(",\"{}\":{}", kNames[i], outcome.figures[i]);
-      out_ += "}";
+      out_ += fmt::format("{}\n{{\"file\":{}{}}}", files_ == 0 ? "" : ",", jsonString(path), members(outcome.figures));
     } else if (!leftOut_) {
       row(outcome.figures, shownName(path));
     }
     ++files_;
-    addToTotal(outcome);
-  }
-
-  void addToTotal(const Outcome& outcome) {
     for (std::size_t i = 0; i < kFigures; ++i) total_[i] += outcome.figures[i];
     for (const auto& [reason, count] : outcome.leftOut) leftOutTotal_[reason] += count;
   }
 
   void end() {
-    // The largest groups first; the map's order decides between equal ones.
-    std::vector<std::pair<std::pair<std::string, std::string>, std::size_t>> reasons(leftOutTotal_.begin(),
-                                                                                     leftOutTotal_.end());
-    std::stable_sort(reasons.begin(), reasons.end(), [](const auto& a, const auto& b) { return a.second > b.second; });
-    if (json_) {
-      out_ += fmt::format("],\n\"total\":{{\"files\":{}", files_);
-      for (std::size_t i = 0; i < shown_; ++i) out_ += fmt::format(",\"{}\":{}", kNames[i], total_[i]);
-      out_ += "}";
-      if (leftOut_) {
-        out_ += ",\n\"leftOut\":[";
-        for (std::size_t i = 0; i < reasons.size(); ++i) {
-          const auto& [reason, count] = reasons[i];
-          out_ += fmt::format("{}{{\"reason\":\"{}\",\"command\":", i == 0 ? "" : ",", reason.first);
-          appendJsonString(fromUtf8(reason.second), out_);
-          out_ += fmt::format(",\"texts\":{}}}", count);
-        }
-        out_ += "]";
-      }
-      out_ += "}\n";
-    } else if (leftOut_) {
-      out_ += fmt::format("{:>8}  {:<40} {}\n", "texts", "reason", "command");
-      for (const auto& [reason, count] : reasons) {
-        out_ += fmt::format("{:>8}  {:<40} {}\n", count, reason.first, reason.second);
-      }
-    } else {
+    if (json_) out_ += fmt::format("],\n\"total\":{{\"files\":{}{}}}", files_, members(total_));
+    if (leftOut_) {
+      endLeftOut();
+    } else if (!json_) {
       row(total_, fmt::format("in all, {}", counted(files_, "file")));
     }
+    if (json_) out_ += "}\n";
   }
 
  private:
   void row(const Figures& figures, const std::string& name) {
-    for (std::size_t i = 0; i < shown_; ++i) out_ += fmt::format("{:>10}", figures[i]);
-    out_ += fmt::format("  {}\n", name);
+    out_ += fmt::format("{:>10}  {}\n", fmt::join(figures.begin(), figures.begin() + shown_, ""), name);
+  }
+
+  std::string members(const Figures& figures) const {
+    std::string out;
+    for (std::size_t i = 0; i < shown_; ++i) out += fmt::format(",\"{}\":{}", kNames[i], figures[i]);
+    return out;
+  }
+
+  void endLeftOut() {
+    // The largest groups first; the map's order decides between equal ones.
+    std::vector<std::pair<Reason, std::size_t>> reasons(leftOutTotal_.begin(), leftOutTotal_.end());
+    std::stable_sort(reasons.begin(), reasons.end(), [](const auto& a, const auto& b) { return a.second > b.second; });
+    out_ += json_ ? ",\n\"leftOut\":[" : fmt::format("{:>8}  {:<40} {}\n", "texts", "reason", "command");
+    const char* comma = "";
+    for (const auto& [reason, count] : reasons) {
+      out_ += json_ ? fmt::format("{}{{\"reason\":\"{}\",\"command\":{},\"texts\":{}}}", std::exchange(comma, ","),
+                                  reason.first, jsonString(reason.second), count)
+                    : fmt::format("{:>8}  {:<40} {}\n", count, reason.first, reason.second);
+    }
+    if (json_) out_ += "]";
   }
 
   bool json_;
   bool leftOut_;
-  std::string& out_;
   std::size_t shown_;
+  std::string& out_;
   std::size_t files_ = 0;
   Figures total_{};
   Reasons leftOutTotal_;
 };
 
 void run(Session& session, const Options& options) {
-  if (options.progress || options.byFolder || options.markdown || !options.svg.empty()) {
-    if (options.leftOut) throw UsageError("--left-out does not go together with options of the progress");
-    return showProgress(session, options);
-  }
+  const bool progress = options.progress || options.byFolder || options.markdown || !options.svg.empty();
+  if (options.leftOut && progress) throw UsageError("--left-out does not go together with options of the progress");
   session.prepare();
   if (options.leftOut && !options.against.empty()) throw UsageError("--left-out and --against do not go together");
-  if (!options.against.empty() && session.files->pathKind(options.against) == PathKind::Missing) {
-    throw Failure(u"No such file or directory: '" + fromUtf8(options.against) + u"'");
-  }
+  needPath(*session.files, options.against);
+  if (progress) return showProgress(session, options);
   const std::vector<Script> scripts = collectScripts(session, options.paths);
   needOneScript(*session.files, "--against", options.against, scripts.size());
   Output output(*session.outputs, options.output);
@@ -237,7 +202,7 @@ void run(Session& session, const Options& options) {
         return output.flushSome();
       });
   forEachScript<Outcome>(
-      session, missingScripts(session, options, scripts),
+      session, onlyInOriginal(session, options.paths, options.against, scripts, false),
       [&](const Script& script, Buffers& buffers) { return measureMissing(session, script, buffers); },
       [&](const Script& script, Outcome&& outcome) {
         session.console.warning(fmt::format("{}: not in the translated tree, {} remaining", shownName(script.path),

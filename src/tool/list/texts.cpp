@@ -1,6 +1,4 @@
-
 #include "scan/line_scanner.h"
-#include "text/text.h"
 #include "tool/run/for_each_script.h"
 #include "tool/script/contents.h"
 #include "tool/script/script_lines.h"
@@ -38,13 +36,11 @@ enum class Form { Table, Json, Bare };
 class TextsSink {
  public:
   TextsSink(const Encoding& in, const std::string& path, Form form, std::string& out)
-      : codec_(in.codec), scanner_(in.lists), form_(form), out_(out) {
-    if (form == Form::Json) {
-      appendJsonString(fromUtf8(path), name_);
-    } else {
-      appendEscapedName(path, name_);
-    }
-  }
+      : codec_(in.codec),
+        scanner_(in.lists),
+        form_(form),
+        out_(out),
+        name_(form == Form::Json ? jsonString(path) : shownName(path)) {}
 
   void scan(std::string_view work) {
     forEachLine(work, [&](const ScriptLine& line) {
@@ -81,10 +77,8 @@ class TextsSink {
       appendJsonString(codec_, text, out_);
       out_.append("}\n");
     } else {
-      out_.append(name_).push_back('\t');
-      out_.append(line).push_back('\t');
-      out_.append(offset).push_back('\t');
-      out_.append(className(segment)).push_back('\t');
+      out_.append(name_).append("\t").append(line).append("\t").append(offset).append("\t");
+      out_.append(className(segment)).append("\t");
       appendEscaped(codec_, command, out_);
       out_.push_back('\t');
       appendEscaped(codec_, text, out_);

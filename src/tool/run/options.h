@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -47,6 +48,15 @@ class Verb {
             const std::vector<std::string>& choices = {});
   void choice(const char* name, const std::function<void(const std::string&)>& take, const char* type,
               const char* about, const std::vector<std::string>& choices);
+  // A value for each of the words.
+  template <class Value>
+  void choice(const char* name, Value& value, const char* type, const char* about,
+              const std::map<std::string, Value>& choices) {
+    std::vector<std::string> words;
+    for (const auto& [word, meaning] : choices) words.push_back(word);
+    choice(
+        name, [&value, choices](const std::string& word) { value = choices.at(word); }, type, about, words);
+  }
   void number(const char* name, unsigned& value, const char* type, const char* about, unsigned least, unsigned most);
   void flag(const char* name, bool& value, const char* about);
 

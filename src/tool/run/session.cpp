@@ -30,11 +30,8 @@ void Session::addOptions(Verb verb) {
   verb.text("--special-commands", specialCommands, "LIST", "Commands whose first text is none, as in ,mapannounce,");
   verb.number("-j,--jobs", jobs, "N", "Threads (default: one for each processor)", 1, 256);
   verb.flag("-q,--quiet", quiet, "No summary and no progress bar");
-  const auto takeColor = [this](const std::string& when) {
-    color = when == "always" ? ColorUse::Always : when == "never" ? ColorUse::Never : ColorUse::Auto;
-  };
-  verb.choice("--color", takeColor, "WHEN", "Colours on standard error: auto, always or never",
-              {"auto", "always", "never"});
+  verb.choice("--color", color, "WHEN", "Colours on standard error: auto, always or never",
+              {{"auto", ColorUse::Auto}, {"always", ColorUse::Always}, {"never", ColorUse::Never}});
 }
 
 void Session::prepare() {
@@ -141,6 +138,39 @@ std::string relativeIn(TreeFiles& files, const std::string& tree, const Script& 
 
 std::string partnerIn(TreeFiles& files, const std::string& tree, const Script& script) {
   return files.pathKind(tree) == PathKind::File ? tree : joinPath(tree, relativeIn(files, tree, script));
+}
+
+std::string scriptIn(const Session& session, const std::string& tree, const Script& exchangeFile) {
+  TreeFiles& files = *session.files;
+  if (files.pathKind(tree) == PathKind::File) return tree;
+  const std::string path = joinPath(tree, withExtension(relativeIn(files, tree, exchangeFile), ".txt"));
+  if (files.pathKind(path) == PathKind::File) return path;
+  for (const std::string& pattern : session.include) {
+    const std::size_t dot = pattern.rfind('.');
+    if (dot == std::string::npos || pattern.substr(dot) == ".lxf") continue;
+    std::string other = withExtension(path, pattern.substr(dot));
+    if (files.pathKind(other) == PathKind::File) return other;
+  }
+  return path;
+}
+
+std::vector<Script> onlyInOriginal(Session& session, const std::vector<std::string>& paths, const std::string& original,
+                                   const std::vector<Script>& scripts, bool byStem) {
+  const auto isFolder = [&](const std::string& path) { return session.files->pathKind(path) == PathKind::Folder; };
+  if (original.empty() || paths.size() != 1 || !isFolder(paths[0]) || !isFolder(original)) return {};
+  const auto nameOf = [&](const Script& script) {
+    return byStem ? withExtension(script.relative, "") : script.relative;
+  };
+  std::unordered_set<std::string> here;
+  for (const Script& script : scripts) here.insert(nameOf(script));
+  std::vector<Script> missing = collectScripts(session, {original});
+  std::erase_if(missing, [&](const Script& script) { return here.count(nameOf(script)) != 0; });
+  return missing;
+}
+
+void needPath(TreeFiles& files, const std::string& path) {
+  if (!path.empty() && files.pathKind(path) == PathKind::Missing)
+    throw Failure(u"No such file or directory: '" + fromUtf8(path) + u"'");
 }
 
 void needOneScript(TreeFiles& files, const char* option, const std::string& tree, std::size_t scripts) {

@@ -66,6 +66,15 @@ std::vector<std::string> filesBelow(Session& session, const std::string& folder,
 std::string relativeIn(TreeFiles& files, const std::string& tree, const Script& script);
 // The file there. The tree may be a single file, for a single script.
 std::string partnerIn(TreeFiles& files, const std::string& tree, const Script& script);
+// The script there of an exchange file: the one with its name and the extension `.txt`, or else one of those in the
+// include patterns. Where there is none, its path with `.txt`.
+std::string scriptIn(const Session& session, const std::string& tree, const Script& exchangeFile);
+// The scripts that only the tree of originals has, when it is compared with one other tree, `paths`, which has
+// `scripts`; `byStem`: its files may have other extensions.
+std::vector<Script> onlyInOriginal(Session& session, const std::vector<std::string>& paths, const std::string& original,
+                                   const std::vector<Script>& scripts, bool byStem);
+// Throws Failure where a path, unless empty, leads to nothing.
+void needPath(TreeFiles& files, const std::string& path);
 // Throws UsageError where `tree`, of that option, is a file and there are several scripts.
 void needOneScript(TreeFiles& files, const char* option, const std::string& tree, std::size_t scripts);
 
