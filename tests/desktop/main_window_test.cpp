@@ -117,7 +117,7 @@ TEST_F(MainWindowTest, AltIsForMenusAndButtons) {
   EXPECT_EQ(window->principal().EDT.Text(), u"@\u20AC\u00E9");
 
   window->handle([this] { window->principal().mnu_Search_Click(); });
-  auto& word = *window->searchBox()->findChild<EditBox*>(QStringLiteral("txtSearch"));
+  auto& word = *window->searchBox()->findChild<QWidget*>(QStringLiteral("txtSearch"));
   press(word, Qt::Key_T, u"t", Qt::NoModifier);
   press(word, Qt::Key_X, u"x", Qt::AltModifier);
   press(word, Qt::Key_W, u"w", Qt::AltModifier);
@@ -234,7 +234,7 @@ TEST_F(MainWindowTest, ScreenReadersAreToldWhatColourTellsTheEye) {
   EXPECT_EQ(told(window->scriptView()), QStringLiteral("Script. Line 1"));
   window->handle([this] { window->principal().mnu_Search_Click(); });
   window->handle([this] { window->principal().Buscar(u"X", true); });
-  auto* word = window->searchBox()->findChild<EditBox*>(QStringLiteral("txtSearch"));
+  auto* word = window->searchBox()->findChild<QWidget*>(QStringLiteral("txtSearch"));
   EXPECT_EQ(told(*word), QStringLiteral("Message. Text 1 of 1. Line 2. x"));
 }
 
