@@ -7,6 +7,7 @@ namespace dravenna {
 namespace {
 
 constexpr std::size_t kDigits = 6;
+constexpr char kCaretMark = 1;  // becomes a caret
 constexpr std::int32_t kPreviewLength = 60;
 
 template <class Char>
@@ -33,7 +34,7 @@ void appendWithoutColor(std::basic_string_view<Char> text, std::basic_string<Cha
   std::size_t from = 0;  // appended in runs: most texts are one
   for (std::size_t at = 0; at < text.size(); ++at) {
     const bool code = text[at] == '^' && isColorCode(text, at);
-    if (!code && text[at] != 1) continue;
+    if (!code && text[at] != kCaretMark) continue;
     out.append(text.substr(from, at - from));
     if (code) {
       at += kDigits;
@@ -43,6 +44,14 @@ void appendWithoutColor(std::basic_string_view<Char> text, std::basic_string<Cha
     from = at + 1;
   }
   out.append(text.substr(from));
+}
+
+template <class Char>
+std::basic_string_view<Char> withoutColor(std::basic_string_view<Char> text, std::basic_string<Char>& buffer) {
+  if (text.find(Char{'^'}) == text.npos && text.find(Char{kCaretMark}) == text.npos) return text;
+  buffer.clear();
+  appendWithoutColor(text, buffer);
+  return buffer;
 }
 
 std::u16string RemoveColor(std::u16string_view text) {
@@ -96,5 +105,7 @@ template bool isColorCode<char>(std::string_view, std::size_t);
 template bool isColorCode<char16_t>(std::u16string_view, std::size_t);
 template void appendWithoutColor<char>(std::string_view, std::string&);
 template void appendWithoutColor<char16_t>(std::u16string_view, std::u16string&);
+template std::string_view withoutColor<char>(std::string_view, std::string&);
+template std::u16string_view withoutColor<char16_t>(std::u16string_view, std::u16string&);
 
 }  // namespace dravenna

@@ -18,6 +18,10 @@ bool isColorCode(std::basic_string_view<Char> text, std::size_t at);
 template <class Char>
 void appendWithoutColor(std::basic_string_view<Char> text, std::basic_string<Char>& out);
 
+// The same as a view: of the text itself where nothing is taken out, else of `buffer`, which is used again.
+template <class Char>
+std::basic_string_view<Char> withoutColor(std::basic_string_view<Char> text, std::basic_string<Char>& buffer);
+
 // "^" and six upper-case digits.
 std::u16string RGB2HTMLColor(std::uint8_t r, std::uint8_t g, std::uint8_t b);
 

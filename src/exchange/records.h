@@ -49,10 +49,8 @@ class RecordScan {
     void comment(std::size_t, std::size_t) {}
     void text(const QuotedText& quoted) {
       if (!quoted.allowed || quoted.firstOfSpecial) return;
-      buffer.clear();
-      appendWithoutColor(line.substr(quoted.begin, quoted.end - quoted.begin), buffer);
-      const View withoutColor = buffer;
-      if (takesRecord(withoutColor, quoted)) found(quoted, withoutColor);
+      const View plain = withoutColor(line.substr(quoted.begin, quoted.end - quoted.begin), buffer);
+      if (takesRecord(plain, quoted)) found(quoted, plain);
     }
   };
 

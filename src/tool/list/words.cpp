@@ -2,8 +2,8 @@
 
 #include <array>
 
+#include "color/color_codes.h"
 #include "text/ascii.h"
-#include "tool/script/outline.h"
 
 namespace dravenna {
 

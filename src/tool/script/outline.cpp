@@ -197,17 +197,8 @@ Outline outlineOf(std::string_view work, const CommandLists& lists, OutlineOf wh
 }
 
 std::string withoutColor(std::string_view text) {
-  std::string out;
-  appendWithoutColor(text, out);
-  return out;
-}
-
-std::string_view withoutColor(std::string_view text, std::string& buffer) {
-  constexpr char kCaretMark = 1;  // becomes a caret
-  if (text.find('^') == std::string_view::npos && text.find(kCaretMark) == std::string_view::npos) return text;
-  buffer.clear();
-  appendWithoutColor(text, buffer);
-  return buffer;
+  std::string buffer;
+  return std::string(withoutColor(text, buffer));
 }
 
 std::size_t countColorCodes(std::string_view text) {
@@ -219,7 +210,8 @@ std::size_t countColorCodes(std::string_view text) {
 }
 
 bool hasLetter(std::string_view text) {
-  const std::string plain = withoutColor(text);
+  std::string buffer;
+  const std::string_view plain = withoutColor(text, buffer);
   return std::any_of(plain.begin(), plain.end(), [](char c) {
     return static_cast<unsigned char>(c) >= 0x80 || (lowerAscii(c) >= 'a' && lowerAscii(c) <= 'z');
   });

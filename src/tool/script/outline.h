@@ -58,8 +58,6 @@ Outline outlineOf(std::string_view work, const CommandLists& lists, OutlineOf wh
 
 // `text` without its colour codes.
 std::string withoutColor(std::string_view text);
-// The same; into a buffer that is used again where there is something to take out.
-std::string_view withoutColor(std::string_view text, std::string& buffer);
 std::size_t countColorCodes(std::string_view text);
 
 // Whether there is anything to translate: a letter of any script, colour codes aside.

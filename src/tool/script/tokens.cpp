@@ -18,6 +18,14 @@ std::size_t skip(std::string_view text, std::size_t at, std::string_view set) {
 
 constexpr std::string_view kDigits = "0123456789";
 
+bool isDigit(char c) { return c >= '0' && c <= '9'; }
+
+// Where a token may begin from `at` on, or the end.
+std::size_t findOpening(std::string_view text, std::size_t at) {
+  while (at < text.size() && !isDigit(text[at]) && text[at] != '^' && text[at] != '<' && text[at] != '%') ++at;
+  return at;
+}
+
 // The end of what begins at `at`, or `at` where nothing does.
 
 // `^nItemID^501`, which players see as the item's name.
@@ -70,8 +78,7 @@ bool mayMove(std::string_view kind) { return kind == "number" || kind == "item-c
 std::vector<Token> tokensOf(std::string_view text) {
   std::vector<Token> tokens;
   std::size_t numberEndsAt = std::string_view::npos;
-  for (std::size_t at = text.find_first_of("^<%0123456789"); at < text.size();
-       at = text.find_first_of("^<%0123456789", at)) {
+  for (std::size_t at = findOpening(text, 0); at < text.size(); at = findOpening(text, at)) {
     if (text[at] == '^' && countColorCodes(text.substr(at, 7)) == 1) {
       tokens.push_back({"color-code", at, at + 7, std::string(text.substr(at, 7))});
       at += 7;
