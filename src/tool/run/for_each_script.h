@@ -62,6 +62,12 @@ bool forEachGroup(Session& session, const std::vector<Script>& scripts, const st
   return whole && allWell;
 }
 
+// Groups so large that threads seldom wait for each other, nor for a folder that both write to, and enough of them for
+// all threads.
+std::vector<ScriptGroup> groupsInOrder(std::size_t scripts, unsigned jobs);
+// Groups of scripts of one folder, each small enough that its new files can be open together.
+std::vector<ScriptGroup> groupsByFolder(const std::vector<Script>& scripts);
+
 template <class Result>
 Attempted<Result> attemptWork(const std::function<Result()>& work) {
   Attempted<Result> done;
@@ -77,20 +83,17 @@ template <class Result>
 bool forEachScript(Session& session, const std::vector<Script>& scripts,
                    const std::function<Result(const Script&, Buffers&)>& work,
                    const std::function<bool(const Script&, Result&&)>& take) {
-  std::vector<ScriptGroup> groups;
-  for (std::size_t i = 0; i < scripts.size(); ++i) groups.push_back({i, i + 1});
   return forEachGroup<Result>(
-      session, scripts, groups,
+      session, scripts, groupsInOrder(scripts.size(), session.jobs),
       [&](ScriptGroup group, Buffers& buffers) {
         std::vector<Attempted<Result>> done;
-        done.push_back(attemptWork<Result>([&] { return work(scripts[group.begin], buffers); }));
+        for (std::size_t i = group.begin; i < group.end && !interrupted(); ++i) {
+          done.push_back(attemptWork<Result>([&] { return work(scripts[i], buffers); }));
+        }
         return done;
       },
       take);
 }
-
-// Groups of scripts of one folder, each small enough that its new files can be open together.
-std::vector<ScriptGroup> groupsByFolder(const std::vector<Script>& scripts);
 
 // The same for work that may give its script new bytes, in `bytes`. These take the place of the old ones before
 // take(), with one wait for the disk a group instead of one a script, unless it is a dry run. A script that keeps its

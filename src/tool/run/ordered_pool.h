@@ -33,7 +33,7 @@ bool runOrdered(std::size_t count, unsigned jobs, const std::function<Result(std
     std::exception_ptr failure;
     bool done = false;
   };
-  const std::size_t window = std::min<std::size_t>(count, std::size_t{16} * jobs);
+  const std::size_t window = std::min<std::size_t>(count, std::size_t{4} * jobs);
   std::vector<Slot> slots(window);
   std::mutex mutex;
   std::condition_variable finished;

@@ -27,12 +27,21 @@ Pages::Pages(TreeFiles& files, const CodePagePtr& page, bool named, std::u16stri
   if (!named && !page->isUtf8()) utf8_.emplace(CodePage::utf8(), allowed, special);
 }
 
-const Encoding& Pages::of(std::string_view script, std::string_view beside) {
-  if (!utf8_) return usual_;
-  if (const HighBytes high = highBytesOf(script); high != HighBytes::None) return ofScript(high);
+const Encoding& Pages::of(HighBytes script, std::string_view beside) {
+  if (script != HighBytes::None) return ofScript(script);
   const HighBytes high = highBytesOf(beside);
   // A short translation may have one letter that is not ASCII, and all text is alike where there is none.
   return high == HighBytes::OneSequence ? ofMost() : ofScript(high);
+}
+
+const Encoding& Pages::take(const std::string& path, std::string_view script, std::string_view beside) {
+  if (!utf8_) return usual_;
+  const HighBytes high = highBytesOf(script);
+  const Encoding& in = of(high, beside);
+  if (high == HighBytes::None) return in;
+  const std::lock_guard lock(mutex_);
+  taken_[&in == &usual_ ? 0 : 1].push_back(path);
+  return in;
 }
 
 const Encoding& Pages::ofMost() {
@@ -64,12 +73,6 @@ std::optional<Failure> Pages::bring(const std::string& path, std::string& bytes,
   }
   bytes.swap(out);
   return std::nullopt;
-}
-
-void Pages::note(const std::string& path, std::string_view bytes, const Encoding& taken) {
-  if (!utf8_ || isAscii(bytes)) return;
-  const std::lock_guard lock(mutex_);
-  taken_[&taken == &usual_ ? 0 : 1].push_back(path);
 }
 
 void Pages::tell(Console& console) {

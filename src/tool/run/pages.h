@@ -26,7 +26,11 @@ class Pages {
 
   // The encoding of a script. If it has no bytes above 0x7F, `beside` decides, its exchange file; if that tells nothing
   // either, most scripts of the run.
-  const Encoding& of(std::string_view script, std::string_view beside = {});
+  const Encoding& of(std::string_view script, std::string_view beside = {}) {
+    return utf8_ ? of(highBytesOf(script), beside) : usual_;
+  }
+  // The same for a script of the run, which tell() counts.
+  const Encoding& take(const std::string& path, std::string_view script, std::string_view beside = {});
   // That of most scripts of the run that have such bytes. Reads them all, once.
   const Encoding& ofMost();
 
@@ -35,12 +39,11 @@ class Pages {
   std::optional<Failure> bring(const std::string& path, std::string& bytes, const Encoding& into) const;
 
   void addScript(const std::string& path) { scripts_.push_back(path); }
-  // In which encoding a script of the run was taken.
-  void note(const std::string& path, std::string_view bytes, const Encoding& taken);
   // Tells of the scripts that were not taken as most were.
   void tell(Console& console);
 
  private:
+  const Encoding& of(HighBytes script, std::string_view beside);
   const Encoding& ofScript(HighBytes high) const { return utf8_ && high == HighBytes::Utf8 ? *utf8_ : usual_; }
 
   TreeFiles& files_;

@@ -179,6 +179,14 @@ void needOneScript(TreeFiles& files, const char* option, const std::string& tree
         fmt::format("{}: {} is a file and stands for one script, not for {}", option, shownName(tree), scripts));
 }
 
+std::vector<ScriptGroup> groupsInOrder(std::size_t scripts, unsigned jobs) {
+  constexpr std::size_t kMostInGroup = 32;  // whose results wait together
+  const std::size_t size = std::clamp<std::size_t>(scripts / (std::size_t{8} * jobs), 1, kMostInGroup);
+  std::vector<ScriptGroup> groups;
+  for (std::size_t i = 0; i < scripts; i += size) groups.push_back({i, std::min(i + size, scripts)});
+  return groups;
+}
+
 std::vector<ScriptGroup> groupsByFolder(const std::vector<Script>& scripts) {
   constexpr std::size_t kMostInGroup = 64;  // each keeps a file open
   std::vector<ScriptGroup> groups;
@@ -202,9 +210,7 @@ void readFile(const Session& session, const std::string& path, std::string& file
 
 const Encoding& takeEncoding(const Session& session, const std::string& path, std::string_view bytes,
                              std::string_view beside) {
-  const Encoding& in = session.pages->of(bytes, beside);
-  session.pages->note(path, bytes, in);
-  return in;
+  return session.pages->take(path, bytes, beside);
 }
 
 Opened openScript(const Session& session, const std::string& path, std::string& file, std::string& work) {
