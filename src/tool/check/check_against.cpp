@@ -30,7 +30,8 @@ class TextChecks {
                     fmt::format("{} was {}, which is a name in the code too", findings_.quoted(text.text),
                                 findings_.quoted(before.text)));
     }
-    findings_.add(breaksOf(findings_.codec(), before.text, text.text), spotOf(text));
+    findings_.add(breaksOf(findings_.codec(), before.text, text.text, inFrontOf(text.text, script_.work)),
+                  spotOf(text));
     if (!text.inMenu && !isReadable(text)) return;
     TextPair pair{before.text, text.text, before.record || text.record, text.inMenu};
     pair.countsCodes = strict_;

@@ -5,6 +5,7 @@
 
 #include "tool/check/findings.h"
 #include "tool/script/exchange_file.h"
+#include "tool/script/script_lines.h"
 #include "tool/script/shown.h"
 
 namespace dravenna {
@@ -48,9 +49,9 @@ class Numbers {
   std::size_t other_ = 1;
 };
 
-// `before` is the text that the record stands for, where that is known.
+// `before` is the text of the script that the record stands for, where that is known.
 void checkRecord(Findings& findings, const ByteRecord& record, std::size_t index, Numbers& numbers,
-                 const OutlineText* before) {
+                 const OutlineText* before, std::string_view script) {
   const std::size_t due = numbers.due();
   const bool fits = numbers.take(record);
   if (!record.hasColon)
@@ -60,7 +61,9 @@ void checkRecord(Findings& findings, const ByteRecord& record, std::size_t index
                  fmt::format("bears the number {}, not {}", findings.quoted(record.number), due));
   }
   const Spot begin{index, record.line, record.number.size() + 1};
-  findings.add(breaksOf(findings.codec(), before == nullptr ? std::nullopt : std::optional(before->text), record.text),
+  findings.add(before == nullptr
+                   ? breaksOf(findings.codec(), std::nullopt, record.text)
+                   : breaksOf(findings.codec(), before->text, record.text, inFrontOf(before->text, script)),
                begin);
   const std::string plain = withoutColor(record.text);
   if (!plain.empty() && (plain.front() == '[' || plain.back() == ']')) {
@@ -106,7 +109,7 @@ void checkExchangeFile(Findings& findings, std::string_view lxf, const ScriptVie
   const bool isWhole = texts.size() == records.size();
   Numbers numbers;
   for (std::size_t i = 0; i < records.size(); ++i) {
-    checkRecord(findings, records[i], i, numbers, isWhole ? texts[i] : nullptr);
+    checkRecord(findings, records[i], i, numbers, isWhole ? texts[i] : nullptr, script != nullptr ? script->work : "");
   }
   if (script == nullptr) return;
 

@@ -82,7 +82,7 @@ const std::vector<FindingKind>& findingKinds() {
   using enum Severity;
   static const std::vector<FindingKind> kinds = {
       {"odd-quotes", Error, "a line with an odd number of quote marks"},
-      {"comment-in-text", Error, "// inside a text: the rest of the line is a comment"},
+      {"comment-in-text", Error, "// inside a text: the rest of the line is a comment; */ in one of a comment"},
       {"escaped-quote", Warning, "\\\" inside a text"},
       {"color-blank", Warning, "^ RRGGBB, with a blank behind the caret"},
       {"color-short", Warning, "a colour code with fewer than six digits"},

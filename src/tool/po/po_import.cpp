@@ -133,14 +133,14 @@ std::string PoImport::apply(const Script& script, const LoadedScript& loaded, co
       leave("the text is not the entry's msgid");
       continue;
     }
+    const std::string_view inFront = inFrontOf(text->text, loaded.work);
     std::string translation;
-    if (const auto failure = attempt([&] { translation = fromPoText(codec, entry.text, text->text); })) {
+    if (const auto failure = attempt([&] { translation = fromPoText(codec, entry.text, text->text, inFront); })) {
       leave(shown(failure->description()));
       continue;
     }
-    const auto begin = static_cast<std::size_t>(text->text.data() - loaded.work.data());
-    work.append(loaded.work.substr(copied, begin - copied)).append(translation);
-    copied = begin + text->text.size();
+    work.append(inFront.substr(copied)).append(translation);
+    copied = inFront.size() + text->text.size();
     ++outcome.changed;
   }
   return work.append(loaded.work.substr(copied));

@@ -1,7 +1,5 @@
 #include "tool/po/server_texts.h"
 
-#include <algorithm>
-
 #include "tool/script/breaks.h"
 
 namespace dravenna {
@@ -18,23 +16,14 @@ std::vector<Literal> literalsOf(const Codec& codec, std::string_view work) {
   std::vector<Literal> literals;
   bool joins = false;
   for (std::size_t at = 0; at < work.size();) {
-    const std::string_view next = work.substr(at, 2);
-    if (next == "//" || next == "/*") {
-      const std::size_t end = next == "//" ? work.find('\n', at) : work.find("*/", at + 2);
-      at = end == std::string_view::npos ? work.size() : end + (next == "//" ? 1 : 2);
-    } else if (work[at] == '"') {
-      const std::size_t begin = at + 1;
-      const std::string_view line = work.substr(begin, std::min(work.find('\n', begin), work.size()) - begin);
-      std::size_t length = line.find('"');
-      while (length != std::string_view::npos && isEscaped(codec, line, length)) length = line.find('"', length + 1);
-      const std::size_t end = begin + std::min(length, line.size());
-      literals.push_back({begin, end, joins});
+    const ServerPiece piece = serverPieceAt(codec, work, at);
+    if (piece.kind == ServerPiece::Kind::String) {
+      literals.push_back({at + 1, piece.end - (piece.closed ? 1 : 0), joins});
       joins = true;
-      at = end + 1;
-    } else {
-      joins &= work[at] == ' ' || work[at] == '\t' || work[at] == '\r' || work[at] == '\n';
-      ++at;
+    } else if (piece.kind == ServerPiece::Kind::Code) {
+      joins &= work.substr(at, piece.end - at).find_first_not_of(" \t\r\n") == std::string_view::npos;
     }
+    at = piece.end;
   }
   return literals;
 }

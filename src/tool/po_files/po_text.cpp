@@ -62,7 +62,7 @@ std::optional<std::string> workOf(const Codec& codec, std::string_view text) {
   return codec.encode(wideOf(text), work) == std::u16string::npos ? std::optional(work) : std::nullopt;
 }
 
-std::string fromPoText(const Codec& codec, std::string_view text, std::string_view before) {
+std::string fromPoText(const Codec& codec, std::string_view text, std::string_view before, std::string_view inFront) {
   const std::u16string wide = wideOf(text);
   std::string work;
   const std::size_t bad = codec.encode(wide, work);
@@ -70,7 +70,8 @@ std::string fromPoText(const Codec& codec, std::string_view text, std::string_vi
     throw Failure(fromUtf8(fmt::format("code page {} has no U+{:04X}; --codepage names another", codec.page().number(),
                                        static_cast<unsigned>(readUtf16(wide, bad).code))));
   }
-  if (const auto breaks = breaksOf(codec, before, work); !breaks.empty()) throw Failure(fromUtf8(breaks[0].why));
+  const auto breaks = breaksOf(codec, before, work, inFront);
+  if (!breaks.empty()) throw Failure(fromUtf8(breaks[0].why));
   if (const char* const spoils = whatLeavesExport(work)) throw Failure(fromUtf8(spoils));
   return work;
 }

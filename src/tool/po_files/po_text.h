@@ -19,8 +19,10 @@ std::string poNameOf(std::string_view name);
 // The way back; nothing where the code page lacks a character.
 std::optional<std::string> workOf(const Codec& codec, std::string_view text);
 
-// The same. Throws Failure that says why the text cannot stand in a script in the place of the text `before`.
-std::string fromPoText(const Codec& codec, std::string_view text, std::string_view before);
+// The same. Throws Failure that says why the text cannot stand in a script in the place of the text `before`, behind
+// `inFront`.
+std::string fromPoText(const Codec& codec, std::string_view text, std::string_view before,
+                       std::string_view inFront = {});
 
 // What a translator wants to know of a record, a comment each: who speaks and by which command, the texts before and
 // behind of the same NPC, and what must stay as it is: colour codes, item codes, tags, placeholders, or the whole.

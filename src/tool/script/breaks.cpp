@@ -30,6 +30,22 @@ std::optional<Break> backslashBreak(const Codec& codec, std::string_view before,
                "servers take the backslash at the end otherwise than before: behind a byte above 0x7E it is no escape"};
 }
 
+bool endsInComment(const Codec& codec, std::string_view work) {
+  ServerPiece piece{ServerPiece::Kind::Code, 0, true};
+  while (piece.end < work.size()) piece = serverPieceAt(codec, work, piece.end);
+  return piece.kind == ServerPiece::Kind::BlockComment && !piece.closed;
+}
+
+std::optional<Break> commentBreak(const Codec& codec, std::string_view before, std::string_view now,
+                                  std::string_view inFront) {
+  const std::size_t at = now.find("*/");
+  const bool ends = at != std::string_view::npos;
+  const bool ended = before.find("*/") != std::string_view::npos;
+  if (ends == ended || inFront.find("/*") == std::string_view::npos || !endsInComment(codec, inFront)) return {};
+  if (ends) return Break{"comment-in-text", at, "*/ in a text of a comment ends it, which turns the rest into code"};
+  return Break{"comment-in-text", 0, "no */, with which the text ended the comment that it stands in"};
+}
+
 }  // namespace
 
 bool isEscaped(const Codec& codec, std::string_view text, std::size_t quote) {
@@ -41,7 +57,31 @@ bool isEscaped(const Codec& codec, std::string_view text, std::size_t quote) {
   return (run - (behindHigh ? 1 : 0)) % 2 != 0;
 }
 
-std::vector<Break> breaksOf(const Codec& codec, std::optional<std::string_view> before, std::string_view now) {
+ServerPiece serverPieceAt(const Codec& codec, std::string_view work, std::size_t at) {
+  using enum ServerPiece::Kind;
+  const auto until = [&](ServerPiece::Kind kind, std::size_t found, std::size_t length) {
+    const bool closed = found != std::string_view::npos;
+    return ServerPiece{kind, closed ? found + length : work.size(), closed};
+  };
+  const std::string_view next = work.substr(at, 2);
+  if (next == "//") return until(LineComment, work.find('\n', at), 1);
+  if (next == "/*") return until(BlockComment, work.find("*/", at + 2), 2);
+  if (next[0] != '"') {
+    do ++at;
+    while (at < work.size() && work[at] != '"' && work[at] != '/');
+    return {Code, at, true};
+  }
+  const std::string_view line = work.substr(0, work.find('\n', at));
+  std::size_t quote = line.find('"', at + 1);
+  while (quote != std::string_view::npos && isEscaped(codec, line.substr(at + 1), quote - at - 1)) {
+    quote = line.find('"', quote + 1);
+  }
+  const bool closed = quote != std::string_view::npos;
+  return {String, closed ? quote + 1 : line.size(), closed};
+}
+
+std::vector<Break> breaksOf(const Codec& codec, std::optional<std::string_view> before, std::string_view now,
+                            std::string_view inFront) {
   std::vector<Break> breaks;
   if (before == now) return breaks;
   if (const std::size_t at = now.find('"'); at != std::string_view::npos) {
@@ -58,6 +98,7 @@ std::vector<Break> breaksOf(const Codec& codec, std::optional<std::string_view> 
                       fmt::format("a control character, U+{:04X}, in a text", static_cast<unsigned>(*control))});
   }
   if (!before) return breaks;
+  if (auto comment = commentBreak(codec, *before, now, inFront)) breaks.push_back(std::move(*comment));
   if (auto backslash = backslashBreak(codec, *before, now)) breaks.push_back(std::move(*backslash));
   return breaks;
 }
@@ -75,7 +116,7 @@ RecordBreaks breaksOf(const Codec& codec, const CommandLists& lists, std::string
     if (i > lxf.records.size() || (i == lxf.records.size() && !runsOn)) return;
     const std::string_view now = i < lxf.records.size() ? lxf.records[i].text : cutRecord(lxf.rest).text;
     if (keepCodes && now == plain) return;
-    for (Break& found : breaksOf(codec, raw, now)) {
+    for (Break& found : breaksOf(codec, raw, now, inFrontOf(raw, script))) {
       const auto line = std::count(script.data(), raw.data(), '\n') + 1;
       breaks.list.push_back({static_cast<std::size_t>(line), i + 1, std::move(found.why)});
     }

@@ -36,6 +36,11 @@ inline std::vector<std::string_view> linesOf(std::string_view bytes) {
   return lines;
 }
 
+// What stands in front of a text in the work bytes that it is a piece of.
+inline std::string_view inFrontOf(std::string_view text, std::string_view work) {
+  return work.substr(0, static_cast<std::size_t>(text.data() - work.data()));
+}
+
 // Only the lines that hold a quote mark: no other line changes the state of a scan or holds a text.
 template <class Each>
 void forEachQuoteLine(std::string_view bytes, Each&& each) {
