@@ -62,15 +62,25 @@ std::size_t decodeAscii(std::string_view bytes, std::u16string& out) {
 
 }  // namespace
 
+std::uint16_t CodePage::bytesOf(char16_t unit) const { return reverse_[rows_[unit >> 8] + (unit & 0xFFu)]; }
+
+void CodePage::setBytes(char16_t unit, std::size_t bytes) {
+  std::uint32_t& row = rows_[unit >> 8];
+  if (row == 0) {
+    row = static_cast<std::uint32_t>(reverse_.size());
+    reverse_.resize(reverse_.size() + kRow);
+  }
+  reverse_[row + (unit & 0xFFu)] = static_cast<std::uint16_t>(bytes);
+}
+
 std::shared_ptr<const CodePage> CodePage::singleByte(int number, const std::array<char16_t, 256>& table) {
   std::shared_ptr<CodePage> page(new CodePage(Kind::SingleByte, number));
-  page->reverse_.resize(kUnits);
   for (unsigned byte = 0; byte < 256; ++byte) {
     const char16_t unit = byte < 0x80 ? static_cast<char16_t>(byte) : table[byte];
     // A character that has its byte already would come back as that byte.
-    const bool defined = byte < 0x80 || (unit != kUndefined && unit >= 0x80 && page->reverse_[unit] == 0);
+    const bool defined = byte < 0x80 || (unit != kUndefined && unit >= 0x80 && page->bytesOf(unit) == 0);
     page->single_[byte] = defined ? unit : opaque(static_cast<unsigned char>(byte));
-    page->reverse_[page->single_[byte]] = static_cast<std::uint16_t>(byte);
+    page->setBytes(page->single_[byte], byte);
   }
   return page;
 }
@@ -78,22 +88,21 @@ std::shared_ptr<const CodePage> CodePage::singleByte(int number, const std::arra
 std::shared_ptr<const CodePage> CodePage::doubleByte(int number, const std::array<char16_t, 256>& singles,
                                                      const std::vector<char16_t>& pairs) {
   std::shared_ptr<CodePage> page(new CodePage(Kind::DoubleByte, number));
-  page->reverse_.resize(kUnits);
   page->pairs_ = pairs;
   for (unsigned byte = 0; byte < 256; ++byte) {
     const char16_t unit = byte < 0x80 ? static_cast<char16_t>(byte) : singles[byte];
-    const bool defined = byte < 0x80 || (unit != kUndefined && unit >= 0x80 && page->reverse_[unit] == 0);
+    const bool defined = byte < 0x80 || (unit != kUndefined && unit >= 0x80 && page->bytesOf(unit) == 0);
     page->single_[byte] = defined ? unit : kUndefined;
-    if (defined) page->reverse_[unit] = static_cast<std::uint16_t>(byte);
+    if (defined) page->setBytes(unit, byte);
   }
   for (std::size_t pair = 0x8000; pair < kUnits; ++pair) {
     char16_t& unit = page->pairs_[pair];
     if (unit == kUndefined) continue;
     page->leads_[pair >> 8] = true;
-    if (page->reverse_[unit] != 0 || isLowSurrogate(unit) || unit < 0x80) {
+    if (page->bytesOf(unit) != 0 || isLowSurrogate(unit) || unit < 0x80) {
       unit = opaque(static_cast<unsigned char>(pair & 0xFF));  // a second pair of the same character
     } else {
-      page->reverse_[unit] = static_cast<std::uint16_t>(pair);
+      page->setBytes(unit, pair);
     }
   }
   return page;
@@ -211,7 +220,7 @@ bool CodePage::encodeOne(std::u16string_view text, std::size_t& at, std::string&
     at += read.length - 1;
     return true;
   }
-  const std::uint16_t bytes = reverse_[unit];
+  const std::uint16_t bytes = bytesOf(unit);
   if (kind_ == Kind::DoubleByte && isOpaque(unit, 0x40)) {
     put(unit - 0xDC00u);
   } else if (bytes >= 0x100) {
@@ -221,11 +230,11 @@ bool CodePage::encodeOne(std::u16string_view text, std::size_t& at, std::string&
     put(bytes);
   } else {
     const ComposedLetter* const composed = composedLetter(unit);
-    if (composed == nullptr || kind_ != Kind::SingleByte || reverse_[composed->base] == 0 ||
-        reverse_[composed->mark] == 0)
+    if (composed == nullptr || kind_ != Kind::SingleByte || bytesOf(composed->base) == 0 ||
+        bytesOf(composed->mark) == 0)
       return false;
-    put(reverse_[composed->base]);
-    put(reverse_[composed->mark]);
+    put(bytesOf(composed->base));
+    put(bytesOf(composed->mark));
   }
   return true;
 }

@@ -61,13 +61,19 @@ class CodePage {
   void decodeUtf8(std::string_view bytes, std::u16string& out) const;
   bool isLead(unsigned char byte) const;
   bool encodeOne(std::u16string_view text, std::size_t& at, std::string& out) const;
+  // 0 for none, a byte, or lead << 8 | trail.
+  std::uint16_t bytesOf(char16_t unit) const;
+  void setBytes(char16_t unit, std::size_t bytes);
 
   Kind kind_;
   int number_;
   std::array<char16_t, 256> single_{};
   std::array<bool, 256> leads_{};
-  std::vector<char16_t> pairs_;         // kUndefined, a character, or an opaque trail byte: then the lead is opaque too
-  std::vector<std::uint16_t> reverse_;  // by code unit; 0 for none, a byte, or lead << 8 | trail
+  std::vector<char16_t> pairs_;  // kUndefined, a character, or an opaque trail byte: then the lead is opaque too
+  // The bytes of code units, in rows of 256: a page of single bytes needs few, and is made at each start of a program.
+  static constexpr std::size_t kRow = 256;
+  std::array<std::uint32_t, 256> rows_{};  // where the row of units with this upper byte begins
+  std::vector<std::uint16_t> reverse_ = std::vector<std::uint16_t>(kRow);  // the first row is empty
 };
 
 using CodePagePtr = std::shared_ptr<const CodePage>;

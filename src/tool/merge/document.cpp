@@ -31,7 +31,7 @@ void appendCode(const DocumentLine& line, const std::vector<TextPlace>& texts, s
 }  // namespace
 
 Document scriptDocument(std::string_view work, const CommandLists& lists) {
-  const Outline outline = outlineOf(work, lists);
+  const Outline outline = outlineOf(work, lists, OutlineOf::Menus);
   Document document;
   document.lines.reserve(outline.lines);
   document.texts.reserve(outline.texts.size());

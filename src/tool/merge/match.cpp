@@ -5,6 +5,7 @@
 #include <unordered_map>
 
 #include "tool/script/align.h"
+#include "tool/script/by_hash.h"
 #include "tool/script/similar.h"
 
 namespace dravenna {
@@ -24,6 +25,8 @@ class LineMatcher {
   LineMatcher(const Document& a, const Document& b) : a_(a), b_(b) {}
 
   std::vector<LinePair> run(const Stretch& all) {
+    begin_ = all.aBegin;
+    partnerOf_.assign(all.aEnd - all.aBegin, kNone);
     std::vector<Stretch> open{all};
     while (!open.empty()) {
       Stretch s = open.back();
@@ -39,8 +42,12 @@ class LineMatcher {
         pairRuns(s, alignSequences(numbers(a_, s.aBegin, s.aEnd, code), numbers(b_, s.bBegin, s.bEnd, code)), nullptr);
       }
     }
-    std::sort(pairs_.begin(), pairs_.end(), [](const LinePair& x, const LinePair& y) { return x.a < y.a; });
-    return std::move(pairs_);
+    std::vector<LinePair> pairs;
+    pairs.reserve(partnerOf_.size());
+    for (std::size_t i = 0; i < partnerOf_.size(); ++i) {
+      if (partnerOf_[i] != kNone) pairs.push_back({begin_ + i, partnerOf_[i]});
+    }
+    return pairs;
   }
 
  private:
@@ -53,7 +60,7 @@ class LineMatcher {
     return list;
   }
 
-  void pair(std::size_t a, std::size_t b) { pairs_.push_back({a, b}); }
+  void pair(std::size_t a, std::size_t b) { partnerOf_[a - begin_] = b; }
 
   void trim(Stretch& s) {
     const auto same = [&](std::size_t i, std::size_t j) { return a_.lines[i].whole == b_.lines[j].whole; };
@@ -88,16 +95,23 @@ class LineMatcher {
   // Cuts at lines that are the only one of their code, or of their code and texts, on each side.
   bool splitAtUnique(const Stretch& s, std::vector<Stretch>& open) {
     struct Counts {
-      std::size_t a = 0, b = 0;
+      std::uint32_t a = 0, b = 0;
     };
-    std::unordered_map<std::uint64_t, Counts> codes;
-    std::unordered_map<std::uint64_t, Counts> wholes;
-    for (std::size_t i = s.aBegin; i < s.aEnd; ++i) ++codes[a_.lines[i].code].a, ++wholes[a_.lines[i].whole].a;
-    for (std::size_t i = s.bBegin; i < s.bEnd; ++i) ++codes[b_.lines[i].code].b, ++wholes[b_.lines[i].whole].b;
+    const std::size_t most = s.aEnd - s.aBegin + s.bEnd - s.bBegin;
+    ByHash<Counts> codes(most);
+    ByHash<Counts> wholes(most);
+    const auto count = [&](const DocumentLine& line, std::uint32_t Counts::*side) {
+      ++(codes[line.code].*side);
+      if (line.whole != line.code) ++(wholes[line.whole].*side);
+    };
+    for (std::size_t i = s.aBegin; i < s.aEnd; ++i) count(a_.lines[i], &Counts::a);
+    for (std::size_t i = s.bBegin; i < s.bEnd; ++i) count(b_.lines[i], &Counts::b);
     const auto unique = [](const Counts& counts) { return counts.a == 1 && counts.b == 1; };
     std::uint64_t none = 0;  // never the same again
     const auto number = [&](const DocumentLine& line) {
-      return unique(codes[line.code]) ? line.code : unique(wholes[line.whole]) ? line.whole : ++none;
+      return unique(codes[line.code])                                ? line.code
+             : line.whole != line.code && unique(wholes[line.whole]) ? line.whole
+                                                                     : ++none;
     };
     const auto aNumbers = numbers(a_, s.aBegin, s.aEnd, number);
     const std::vector<EqualRun> runs = alignSequences(aNumbers, numbers(b_, s.bBegin, s.bEnd, number));
@@ -130,7 +144,7 @@ class LineMatcher {
     for (std::size_t i = 0, j = 0; i < n && j < m;) {
       const std::uint64_t value = own[i * m + j];
       if (value != 0 && at(i, j) == value + at(i + 1, j + 1)) {
-        pairs_.push_back({s.aBegin + i++, s.bBegin + j++});
+        pair(s.aBegin + i++, s.bBegin + j++);
       } else if (at(i, j) == at(i + 1, j)) {
         ++i;
       } else {
@@ -141,7 +155,8 @@ class LineMatcher {
 
   const Document& a_;
   const Document& b_;
-  std::vector<LinePair> pairs_;
+  std::size_t begin_ = 0;
+  std::vector<std::size_t> partnerOf_;  // for each line of a from begin_ on
 };
 
 class VersionMatcher {

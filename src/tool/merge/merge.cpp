@@ -2,6 +2,7 @@
 
 #include <fmt/core.h>
 
+#include <filesystem>
 #include <unordered_set>
 
 #include "platform/failure.h"
@@ -131,6 +132,8 @@ void MergeRun::write(const MergedFile& merged) {
     const auto replacement = session_.files->replace(options_.out);
     replacement->write(merged.bytes);
     replacement->close();
+    // Some systems bring to disk at once what is renamed over a file, which takes longer than the merge.
+    if (!std::filesystem::is_symlink(options_.out)) removeFile(options_.out);
     replacement->place();
   } else {
     replaceScript(session_, options_.out, merged.bytes, {});

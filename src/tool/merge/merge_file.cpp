@@ -112,8 +112,10 @@ MergedFile mergeFile(const std::string& base, const std::string& ours, const std
   refuseWhatIsNoText("OURS", ours);
   refuseWhatIsNoText("THEIRS", theirs);
   MergedFile merged;
-  merged.bytes = ours;
-  if (theirs == ours || theirs == base) return merged;
+  if (theirs == ours || theirs == base) {
+    merged.bytes = ours;
+    return merged;
+  }
   const std::array<CodePagePtr, 3> pages = pagesOf(base, ours, theirs, wish);
   const bool wide = pages[0]->number() != pages[1]->number() || pages[2]->number() != pages[1]->number();
   const FileKind kind = kindOf(wish.name, {base, ours, theirs}, lists);
@@ -135,9 +137,14 @@ MergedFile mergeFile(const std::string& base, const std::string& ours, const std
   ThreeWayOptions way = wish.way;
   way.numbered = kind == FileKind::Exchange;
   if (kind == FileKind::Exchange && way.onConflict == OnConflict::Smart) way.onConflict = OnConflict::Markers;
-  const ThreeWay result = mergeThreeWay(codec, documentOf(base, 0), documentOf(ours, 1), documentOf(theirs, 2), way);
+  ThreeWay result = mergeThreeWay(codec, documentOf(base, 0), documentOf(ours, 1), documentOf(theirs, 2), way);
   merged.conflicts = result.conflicts;
-  merged.bytes = wide ? bytesOf(codec, result.work) : std::string(codec.toFile(result.work, buffers[3]));
+  if (wide) {
+    merged.bytes = bytesOf(codec, result.work);
+  } else {
+    const bool direct = codec.toFile(result.work, buffers[3]).data() == result.work.data();
+    merged.bytes = std::move(direct ? result.work : buffers[3]);
+  }
   if (kind != FileKind::Script) return merged;
   for (const MergeNote& note : result.notes) {
     merged.list += listed(codec, wish.name, note);

@@ -159,9 +159,9 @@ class Merger {
 
   void write(std::string_view text, std::string_view ending) {
     if (!options_.numbered) return writeLine(text, ending);
-    buffer_.clear();
-    appendRecord(++record_, text, buffer_);
-    writeLine(buffer_, ending);
+    recordBuffer_.clear();
+    appendRecord(++record_, text, recordBuffer_);
+    writeLine(recordBuffer_, ending);
   }
 
   // The line end of what is made of these lines, one of which may be missing.
@@ -183,29 +183,36 @@ class Merger {
       return write(line.text, endOf(o, t));
     }
     const std::size_t firstNote = out_.notes.size();
-    std::string oursLine;
-    std::string theirsLine;
-    std::size_t copied = 0;
+    choices_.clear();
     for (std::size_t i = line.firstText; i < line.endText; ++i) {
-      const Choice choice = o == kNone   ? chooseFor(kNone, i, false)
-                            : t == kNone ? chooseFor(i, kNone, toOurs_.baseLineOf[o] == kNone)
-                                         : chooseFor(i, theirs_.lines[t].firstText + (i - line.firstText), false);
-      const TextPlace& place = document.texts[i];
-      const std::string_view code = line.text.substr(copied, place.begin - copied);
-      oursLine.append(code).append(choice.ours);
-      theirsLine.append(code).append(choice.theirs);
-      copied = place.begin + place.text.size();
+      choices_.push_back(o == kNone   ? chooseFor(kNone, i, false)
+                         : t == kNone ? chooseFor(i, kNone, toOurs_.baseLineOf[o] == kNone)
+                                      : chooseFor(i, theirs_.lines[t].firstText + (i - line.firstText), false));
     }
-    oursLine.append(line.text.substr(copied));
-    theirsLine.append(line.text.substr(copied));
-    if (oursLine != theirsLine) {
-      conflictOurs_.push_back({oursLine, endOf(o, t)});
-      conflictTheirs_.push_back({theirsLine, endOf(o, t)});
-    } else {
+    compose(document, line, &Choice::ours, lineBuffer_);
+    const bool agreed = std::all_of(choices_.begin(), choices_.end(),
+                                    [](const Choice& choice) { return choice.ours == choice.theirs; });
+    if (agreed) {
       endConflict();
-      write(oursLine, endOf(o, t));
+      write(lineBuffer_, endOf(o, t));
+    } else {
+      conflictOurs_.push_back({lineBuffer_, endOf(o, t)});
+      compose(document, line, &Choice::theirs, lineBuffer_);
+      conflictTheirs_.push_back({lineBuffer_, endOf(o, t)});
     }
     for (std::size_t i = firstNote; i < out_.notes.size(); ++i) out_.notes[i].line = lines_;
+  }
+
+  // The line with the texts of choices_.
+  void compose(const Document& document, const DocumentLine& line, std::string_view Choice::*side, std::string& out) {
+    out.clear();
+    std::size_t copied = 0;
+    for (std::size_t i = line.firstText; i < line.endText; ++i) {
+      const TextPlace& place = document.texts[i];
+      out.append(line.text.substr(copied, place.begin - copied)).append(choices_[i - line.firstText].*side);
+      copied = place.begin + place.text.size();
+    }
+    out.append(line.text.substr(copied));
   }
 
   // A text of a line of the result: finds its other versions.
@@ -293,7 +300,9 @@ class Merger {
   std::vector<ConflictLine> conflictTheirs_;
   std::size_t lines_ = 0;
   std::size_t record_ = 0;
-  std::string buffer_;
+  std::vector<Choice> choices_;  // of the line that is written
+  std::string lineBuffer_;
+  std::string recordBuffer_;
   ThreeWay out_;
 };
 

@@ -1,7 +1,8 @@
 #include "tool/script/align.h"
 
 #include <algorithm>
-#include <unordered_map>
+
+#include "tool/script/by_hash.h"
 
 namespace dravenna {
 
@@ -17,7 +18,7 @@ struct Range {
 
 class Aligner {
  public:
-  Aligner(const Sequence& a, const Sequence& b) : a_(a), b_(b) {}
+  Aligner(const Sequence& a, const Sequence& b) : a_(a), b_(b), partnerOf_(a.size(), kNone) {}
 
   std::vector<EqualRun> run() {
     std::vector<Range> open{{0, a_.size(), 0, b_.size()}};
@@ -28,9 +29,10 @@ class Aligner {
       if (range.aBegin == range.aEnd || range.bBegin == range.bEnd) continue;
       if (!splitAtAnchors(range, open)) longestCommon(range);
     }
-    std::sort(pairs_.begin(), pairs_.end());
     std::vector<EqualRun> runs;
-    for (const auto& [a, b] : pairs_) {
+    for (std::size_t a = 0; a < partnerOf_.size(); ++a) {
+      const std::size_t b = partnerOf_[a];
+      if (b == kNone) continue;
       if (!runs.empty() && runs.back().a + runs.back().length == a && runs.back().b + runs.back().length == b) {
         ++runs.back().length;
       } else {
@@ -41,7 +43,9 @@ class Aligner {
   }
 
  private:
-  void pair(std::size_t a, std::size_t b) { pairs_.emplace_back(a, b); }
+  static constexpr std::size_t kNone = static_cast<std::size_t>(-1);
+
+  void pair(std::size_t a, std::size_t b) { partnerOf_[a] = b; }
 
   void trim(Range& range) {
     while (range.aBegin < range.aEnd && range.bBegin < range.bEnd && a_[range.aBegin] == b_[range.bBegin]) {
@@ -55,24 +59,22 @@ class Aligner {
   // Cuts at the items that occur once on each side, as many of them as stand in the same order.
   bool splitAtAnchors(const Range& range, std::vector<Range>& open) {
     struct Seen {
-      std::size_t aCount = 0, bCount = 0, a = 0;
+      std::uint32_t aCount = 0, bCount = 0;
+      std::size_t a = 0;
     };
-    std::unordered_map<std::uint64_t, Seen> seen;
+    ByHash<Seen> seen(range.aEnd - range.aBegin);
     for (std::size_t i = range.aBegin; i < range.aEnd; ++i) {
       Seen& item = seen[a_[i]];
       ++item.aCount;
       item.a = i;
     }
     for (std::size_t i = range.bBegin; i < range.bEnd; ++i) {
-      const auto found = seen.find(b_[i]);
-      if (found != seen.end()) ++found->second.bCount;
+      if (Seen* const found = seen.find(b_[i])) ++found->bCount;
     }
     std::vector<std::pair<std::size_t, std::size_t>> unique;  // (b, a), ascending in b
     for (std::size_t i = range.bBegin; i < range.bEnd; ++i) {
-      const auto found = seen.find(b_[i]);
-      if (found != seen.end() && found->second.aCount == 1 && found->second.bCount == 1) {
-        unique.emplace_back(i, found->second.a);
-      }
+      const Seen* const found = seen.find(b_[i]);
+      if (found != nullptr && found->aCount == 1 && found->bCount == 1) unique.emplace_back(i, found->a);
     }
     if (unique.empty()) return false;
 
@@ -127,7 +129,7 @@ class Aligner {
 
   const Sequence& a_;
   const Sequence& b_;
-  std::vector<std::pair<std::size_t, std::size_t>> pairs_;
+  std::vector<std::size_t> partnerOf_;  // for each item of a
 };
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <numeric>
 #include <unordered_map>
 
 #include "color/color_codes.h"
@@ -31,8 +32,17 @@ constexpr auto kWordBytes = [] {
 
 bool isWordByte(char c) { return kWordBytes[static_cast<unsigned char>(c)]; }
 
+// Bit n of the length: a word of it begins with the n-th letter.
+constexpr auto kPageEndLetters = [] {
+  std::array<std::uint32_t, 9> letters{};
+  for (const std::string_view word : kPageEnds) letters[word.size()] |= 1U << (word[0] - 'a');
+  return letters;
+}();
+
 bool endsPage(std::string_view word) {
-  if (word.size() > 8) return false;
+  if (word.size() >= kPageEndLetters.size()) return false;
+  const char first = lowerAscii(word[0]);
+  if (first < 'a' || first > 'z' || (kPageEndLetters[word.size()] >> (first - 'a') & 1U) == 0) return false;
   std::array<char, 8> folded{};
   std::transform(word.begin(), word.end(), folded.begin(), lowerAscii<char>);
   return std::find(kPageEnds.begin(), kPageEnds.end(), std::string_view(folded.data(), word.size())) != kPageEnds.end();
@@ -41,7 +51,7 @@ bool endsPage(std::string_view word) {
 class OutlineBuilder {
  public:
   OutlineBuilder(const CommandLists& lists, OutlineOf what, Outline& outline)
-      : scanner_(lists), dialogue_(what == OutlineOf::Dialogue), outline_(outline) {
+      : scanner_(lists), what_(what), dialogue_(what == OutlineOf::Dialogue), outline_(outline) {
     outline_.commands.emplace_back();
     outline_.npcs.emplace_back();
     commandIndex_.emplace(std::string(), 0);
@@ -55,26 +65,16 @@ class OutlineBuilder {
   }
 
   void plain(std::size_t begin, std::size_t end) {
-    if (!dialogue_) return;
+    if (what_ == OutlineOf::Texts) return;
+    const std::string_view code = line_.text.substr(0, end);
     for (std::size_t at = begin; at < end;) {
-      const char c = line_.text[at];
-      if (!isWordByte(c)) {
-        if (c == '}') pageEnds_ = true;
-        followMenu(c);
-        if (c != ' ' && c != '\t') addCode(c);
-        ++at;
+      if (!isWordByte(code[at])) {
+        mark(code[at++]);
         continue;
       }
       const std::size_t start = at;
-      while (at < end && isWordByte(line_.text[at])) addCode(line_.text[at++]);
-      const std::string_view word = line_.text.substr(start, at - start);
-      if (!endsPage(word)) continue;
-      pageEnds_ = true;
-      const char first = lowerAscii(word[0]);
-      const char second = lowerAscii(word[1]);
-      if (first == 's' && second == 'e') beginMenu(Menu::Call);
-      if (first == 'p') beginMenu(Menu::Call);
-      if (first == 'm') beginMenu(Menu::Statement);
+      while (at < end && isWordByte(code[at])) ++at;
+      word(code.substr(start, at - start));
     }
   }
   void quote(std::size_t) {}
@@ -110,13 +110,24 @@ class OutlineBuilder {
   }
 
   // A call ends with its parenthesis, a statement with `;`.
-  void followMenu(char c) {
+  void mark(char c) {
+    if (c == '}') pageEnds_ = true;
     if (c == '(') ++depth_;
     if (c == ')' && --depth_ <= 0 && menu_ == Menu::Call) menu_ = Menu::None;
     if (c == ';') menu_ = Menu::None;
+    if (dialogue_ && c != ' ' && c != '\t') codeBefore_ = fnv1a(codeBefore_, c);
   }
 
-  void addCode(char c) { codeBefore_ = fnv1a(codeBefore_, c); }
+  void word(std::string_view word) {
+    if (dialogue_) codeBefore_ = std::accumulate(word.begin(), word.end(), codeBefore_, fnv1a);
+    if (!endsPage(word)) return;
+    pageEnds_ = true;
+    const char first = lowerAscii(word[0]);
+    const char second = lowerAscii(word[1]);
+    if (first == 's' && second == 'e') beginMenu(Menu::Call);
+    if (first == 'p') beginMenu(Menu::Call);
+    if (first == 'm') beginMenu(Menu::Statement);
+  }
 
   void enterPage() {
     if (pageEnds_ || outline_.pages == 0) {
@@ -160,6 +171,7 @@ class OutlineBuilder {
   }
 
   ByteLineScanner scanner_;
+  OutlineOf what_;
   bool dialogue_;
   Outline& outline_;
   std::unordered_map<std::string, std::uint32_t> commandIndex_;
@@ -176,9 +188,9 @@ class OutlineBuilder {
 
 Outline outlineOf(std::string_view work, const CommandLists& lists, OutlineOf what) {
   Outline outline;
-  outline.texts.reserve(work.size() / 128);  // a rough guess; growing it copies
+  outline.texts.reserve(work.size() / 48);  // a rough guess; growing it copies
   OutlineBuilder builder(lists, what, outline);
-  if (what == OutlineOf::Dialogue) {
+  if (what != OutlineOf::Texts) {
     forEachLine(work, [&](const ScriptLine& line) {
       builder.add(line);
       ++outline.lines;

@@ -51,8 +51,8 @@ struct Outline {
 };
 
 // How much of it: for the texts alone only lines with quote marks are looked at, and NPCs, labels, pages and menus stay
-// empty.
-enum class OutlineOf { Texts, Dialogue };
+// empty. Menus: only NPCs, labels and pages do.
+enum class OutlineOf { Texts, Menus, Dialogue };
 
 Outline outlineOf(std::string_view work, const CommandLists& lists, OutlineOf what = OutlineOf::Dialogue);
 
