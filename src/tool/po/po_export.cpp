@@ -97,7 +97,10 @@ PoEntry PoExport::entryOf(const Script& script, const Codec& codec, const Outlin
   const bool unsure = carried.state == CarryState::Changed || carried.state == CarryState::Unsure;
   const OldText* const old = carried.oldRecord < version.old.size() ? &version.old[carried.oldRecord] : nullptr;
   const PoEntry* const from = old == nullptr ? nullptr : old->entry;
-  if (from != nullptr) entry.translatorComments = from->translatorComments;
+  if (from != nullptr) {
+    entry.translatorComments = from->translatorComments;
+    entry.flags = from->flags;
+  }
   if (carried.state != CarryState::Carried && !unsure) return entry;
   if (carried.ofPage) {
     entry.comments.push_back(fmt::format("{}: {}", carried.why, poTextOf(codec, carried.translation)));

@@ -14,9 +14,10 @@ struct PoEntry {
   std::string previousId;  // of a fuzzy one; may be empty
   std::string text;        // the translation, empty when there is none
   bool fuzzy = false;
-  std::string file;  // of the reference; empty for none
+  std::string flags;  // the others, with commas between them
+  std::string file;   // of the reference; empty for none
   std::size_t line = 0;
-  std::size_t ownLine = 0;  // in the PO file it was read from, of its msgid; 0 where that is not known
+  std::size_t ownLine = 0;  // in the PO file it was read from, of its msgid
   std::vector<std::string> comments;
   std::string translatorComments;  // lines
 };

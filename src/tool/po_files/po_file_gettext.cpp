@@ -91,6 +91,29 @@ void insertEntry(po_message_iterator_t iterator, const PoEntry& entry, bool obso
   po_message_insert(iterator, message);
 }
 
+// The library knows no flags but fuzzy and those of formats that hold: the others go into what it has written, where a
+// blank line ends each message.
+std::string withFlags(std::string_view written, const PoFile& contents) {
+  std::vector<std::string_view> flags(1);  // of the header
+  for (const PoEntry& entry : contents.entries) flags.push_back(entry.flags);
+  for (const PoEntry& entry : contents.obsolete) flags.push_back(entry.flags);
+  std::string bytes;
+  std::size_t message = 0;
+  forEachLine(written, [&](const ScriptLine& line) {
+    const std::string_view text = line.text;
+    if (text.empty()) ++message;
+    const bool behindComments = !text.empty() && (text[0] != '#' || text.starts_with("#|") || text.starts_with("#~"));
+    const bool fuzzy = text.starts_with("#,");
+    const bool here = message < flags.size() && !flags[message].empty() && (fuzzy || behindComments);
+    if (here && behindComments) bytes.append("#, ").append(flags[message]).append("\n");
+    bytes.append(text);
+    if (here && fuzzy) bytes.append(", ").append(flags[message]);
+    if (here) flags[message] = {};
+    bytes.append(line.ending);
+  });
+  return bytes;
+}
+
 // The strings are taken as UTF-8 and nothing else. A file without a header, or in plain ASCII, may be.
 void refuseOtherCharset(const std::string& path, po_file_t file, std::string_view bytes) {
   const char* const header = po_file_domain_header(file, nullptr);
@@ -119,24 +142,46 @@ std::string poFileBytes(const std::string& language, const PoFile& contents) {
     for (const PoEntry& entry : contents.obsolete) insertEntry(iterator.get(), entry, true);
   }
   fileInUse = nullptr;
-  return bytesWrittenBy([&](const std::string& memory) {
+  const std::string written = bytesWrittenBy([&](const std::string& memory) {
     if (po_file_write(file.get(), memory.c_str(), &kHandler) == nullptr) throw Failure(u"PO file: cannot be made");
   });
+  return withFlags(written, contents);
 }
 
 namespace {
 
-// The lines, from 1, of the messages that are not obsolete, the header among them.
-std::vector<std::size_t> messageLines(std::string_view bytes) {
-  std::vector<std::size_t> lines;
+// What the library does not tell of a message.
+struct RawMessage {
+  std::size_t line;  // of its msgid, from 1
+  std::string flags;
+};
+
+void addFlags(std::string_view line, std::string& flags) {
+  constexpr std::string_view kBetween = " \t,";
+  std::size_t end = 0;
+  for (std::size_t at = 0; (at = line.find_first_not_of(kBetween, end)) != std::string_view::npos;) {
+    end = std::min(line.find_first_of(kBetween, at), line.size());
+    const std::string_view flag = line.substr(at, end - at);
+    if (flag == "fuzzy") continue;
+    if (!flags.empty()) flags.append(flags.ends_with(':') ? " " : ", ");  // `range: 0..9`
+    flags.append(flag);
+  }
+}
+
+// All messages, the header and obsolete ones among them, as the library gives them.
+std::vector<RawMessage> rawMessagesOf(std::string_view bytes) {
+  std::vector<RawMessage> messages;
+  std::string flags;
   forEachLine(bytes, [&](const ScriptLine& line) {
-    const std::size_t word = line.text.find_first_not_of(" \t");
+    if (line.text.starts_with("#,")) addFlags(line.text.substr(2), flags);
+    const std::size_t word = line.text.find_first_not_of(" \t", line.text.starts_with("#~") ? 2 : 0);
     if (word != std::string_view::npos && line.text.substr(word).starts_with("msgid") &&
         !line.text.substr(word).starts_with("msgid_plural")) {
-      lines.push_back(line.number + 1);
+      messages.push_back({line.number + 1, std::move(flags)});
+      flags.clear();
     }
   });
-  return lines;
+  return messages;
 }
 
 // The library ends a string at a NUL, and what stands behind it is lost.
@@ -167,20 +212,22 @@ PoFile readPoFile(TreeFiles& files, const std::string& path) {
   if (!file) throw Failure(fromUtf8(path) + u": cannot be read");
   refuseOtherCharset(path, file.get(), bytes);
   PoFile contents;
-  const std::vector<std::size_t> lines = messageLines(bytes);
+  std::vector<RawMessage> raw = rawMessagesOf(bytes);
   forEachLine(bytes, [&](const ScriptLine& line) {
     if (!line.text.starts_with('#') && holdsNul(line.text))
       throw Failure(fromUtf8(fmt::format("{}:{}: a NUL character in a string", path, line.number + 1)));
   });
-  std::size_t messages = 0;
+  std::size_t next = 0;
   const Iterator iterator(po_message_iterator(file.get(), nullptr));
   while (const po_message_t message = po_next_message(iterator.get())) {
     PoEntry entry;
     entry.context = orEmpty(po_message_msgctxt(message));
     entry.id = orEmpty(po_message_msgid(message));
-    const bool obsolete = po_message_is_obsolete(message) != 0;
-    if (!obsolete && messages < lines.size()) entry.ownLine = lines[messages];
-    if (!obsolete) ++messages;
+    if (next < raw.size()) {
+      entry.ownLine = raw[next].line;
+      entry.flags = std::move(raw[next].flags);
+      ++next;
+    }
     if (entry.context.empty() && entry.id.empty()) {
       contents.header = orEmpty(po_message_msgstr(message));
       contents.headerComments = orEmpty(po_message_comments(message));
@@ -195,7 +242,7 @@ PoFile readPoFile(TreeFiles& files, const std::string& path) {
       const std::size_t line = po_filepos_start_line(place);
       entry.line = line == static_cast<std::size_t>(-1) ? 0 : line;
     }
-    (obsolete ? contents.obsolete : contents.entries).push_back(std::move(entry));
+    (po_message_is_obsolete(message) != 0 ? contents.obsolete : contents.entries).push_back(std::move(entry));
   }
   return contents;
 }
