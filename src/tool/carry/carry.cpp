@@ -101,32 +101,25 @@ class Carrier {
 
   // What stands between equal texts on both sides, in the same order.
   void pairSimilar(const Gap& gap) {
-    std::vector<std::size_t> oldLeft;
-    std::vector<std::size_t> freshLeft;
+    Lonely oldLeft;
+    Lonely freshLeft;
     for (std::size_t i = gap.oldBegin; i < gap.oldEnd; ++i) {
-      if (!used_[i]) oldLeft.push_back(i);
+      if (!used_[i]) oldLeft.add(i, withoutColor(old_[i]));
     }
     for (std::size_t i = gap.freshBegin; i < gap.freshEnd; ++i) {
-      if (result_.texts[i].oldRecord == kNone) freshLeft.push_back(i);
+      if (result_.texts[i].oldRecord == kNone) freshLeft.add(i, withoutColor(fresh_[i]));
     }
-    std::vector<std::string> oldTexts;
-    std::vector<std::string> freshTexts;
-    oldTexts.reserve(oldLeft.size());
-    freshTexts.reserve(freshLeft.size());
-    for (const std::size_t i : oldLeft) oldTexts.push_back(withoutColor(old_[i]));
-    for (const std::size_t i : freshLeft) freshTexts.push_back(withoutColor(fresh_[i]));
-    for (const SimilarPair& pair : pairSimilarTexts(oldTexts, freshTexts)) {
-      const std::size_t oldRecord = oldLeft[pair.a];
+    for (const auto& [oldRecord, freshRecord, sameWords] : pairSimilarTexts(oldLeft, freshLeft)) {
       const Translation& translation = translations_[oldRecord];
-      CarriedText& text = result_.texts[freshLeft[pair.b]];
+      CarriedText& text = result_.texts[freshRecord];
       used_[oldRecord] = true;
       text.oldRecord = oldRecord;
       const bool translated =
           translation.state != Translation::State::None && (translation.meant || translation.text != old_[oldRecord]);
       text.translation = translated ? translation.text : std::string();
       text.ofPage = translation.ofPage;
-      text.state = pair.sameWords && translated ? CarryState::Unsure : CarryState::Changed;
-      text.why = pair.sameWords ? "only marks, blanks or letter case changed" : "the text changed";
+      text.state = sameWords && translated ? CarryState::Unsure : CarryState::Changed;
+      text.why = sameWords ? "only marks, blanks or letter case changed" : "the text changed";
     }
   }
 

@@ -5,6 +5,7 @@
 #include <unordered_map>
 
 #include "tool/script/align.h"
+#include "tool/script/best_pairs.h"
 #include "tool/script/by_hash.h"
 #include "tool/script/similar.h"
 
@@ -73,7 +74,7 @@ class LineMatcher {
     const std::size_t n = s.aEnd - s.aBegin;
     if (n != s.bEnd - s.bBegin) return false;
     for (std::size_t i = 0; i < n; ++i) {
-      if (!sameCode(s.aBegin + i, s.bBegin + i)) return false;
+      if (a_.lines[s.aBegin + i].code != b_.lines[s.bBegin + i].code) return false;
     }
     for (std::size_t i = 0; i < n; ++i) pair(s.aBegin + i, s.bBegin + i);
     return true;
@@ -119,38 +120,17 @@ class LineMatcher {
     return !runs.empty();
   }
 
-  bool sameCode(std::size_t i, std::size_t j) const { return a_.lines[i].code == b_.lines[j].code; }
-
   void weigh(const Stretch& s, std::size_t n, std::size_t m) {
     constexpr std::uint64_t kPair = 1U << 20;  // more than all likenesses together
     constexpr double kLikeness = 1000;
-    std::vector<std::uint64_t> best((n + 1) * (m + 1));
-    const auto at = [&](std::size_t i, std::size_t j) -> std::uint64_t& { return best[i * (m + 1) + j]; };
-    std::vector<std::uint64_t> own(n * m);
-    for (std::size_t i = n; i-- > 0;) {
-      for (std::size_t j = m; j-- > 0;) {
-        std::uint64_t& value = own[i * m + j];
-        if (sameCode(s.aBegin + i, s.bBegin + j)) {
-          const DocumentLine& one = a_.lines[s.aBegin + i];
-          const DocumentLine& other = b_.lines[s.bBegin + j];
-          const double alike = one.whole == other.whole ? 1
-                               : n * m <= kMostLikened  ? likenessOf(one.text, other.text)
-                                                        : 0;
-          value = kPair + static_cast<std::uint64_t>(kLikeness * alike);
-        }
-        at(i, j) = std::max({at(i + 1, j), at(i, j + 1), value == 0 ? std::uint64_t{0} : value + at(i + 1, j + 1)});
-      }
-    }
-    for (std::size_t i = 0, j = 0; i < n && j < m;) {
-      const std::uint64_t value = own[i * m + j];
-      if (value != 0 && at(i, j) == value + at(i + 1, j + 1)) {
-        pair(s.aBegin + i++, s.bBegin + j++);
-      } else if (at(i, j) == at(i + 1, j)) {
-        ++i;
-      } else {
-        ++j;
-      }
-    }
+    const auto value = [&](std::size_t i, std::size_t j) -> std::uint64_t {
+      const DocumentLine& one = a_.lines[s.aBegin + i];
+      const DocumentLine& other = b_.lines[s.bBegin + j];
+      if (one.code != other.code) return 0;
+      const double alike = one.whole == other.whole ? 1 : n * m <= kMostLikened ? likenessOf(one.text, other.text) : 0;
+      return kPair + static_cast<std::uint64_t>(kLikeness * alike);
+    };
+    pairBest<std::uint64_t>(n, m, value, [&](std::size_t i, std::size_t j) { pair(s.aBegin + i, s.bBegin + j); });
   }
 
   const Document& a_;
@@ -211,27 +191,20 @@ class VersionMatcher {
       for (std::size_t i = 0; i < run.length; ++i) pairTexts(baseFrom + run.a + i, from + run.b + i);
     }
     const auto left = [](const Document& document, const std::vector<std::size_t>& partners, std::size_t first,
-                         std::size_t last, std::vector<std::size_t>& indices) {
-      std::vector<std::string> texts;
-      indices.clear();
+                         std::size_t last) {
+      Lonely texts;
       for (std::size_t i = first; i < last; ++i) {
-        if (partners[i] != kNone) continue;
-        indices.push_back(i);
-        texts.emplace_back(document.texts[i].text);
+        if (partners[i] == kNone) texts.add(i, document.texts[i].text);
       }
       return texts;
     };
-    std::vector<std::size_t> baseLeft;
-    std::vector<std::size_t> versionLeft;
-    const std::vector<std::string> baseTexts = left(base_, match_.textOf, baseFrom, baseTo, baseLeft);
-    const std::vector<std::string> texts = left(version_, match_.baseTextOf, from, to, versionLeft);
-    for (const SimilarPair& pair : pairSimilarTexts(baseTexts, texts)) {
-      pairTexts(baseLeft[pair.a], versionLeft[pair.b]);
-    }
-    left(base_, match_.textOf, baseFrom, baseTo, baseLeft);
-    left(version_, match_.baseTextOf, from, to, versionLeft);
-    if (baseLeft.size() != versionLeft.size()) return;
-    for (std::size_t i = 0; i < baseLeft.size(); ++i) pairTexts(baseLeft[i], versionLeft[i]);
+    const auto baseLeft = [&] { return left(base_, match_.textOf, baseFrom, baseTo); };
+    const auto versionLeft = [&] { return left(version_, match_.baseTextOf, from, to); };
+    for (const SimilarPair& pair : pairSimilarTexts(baseLeft(), versionLeft())) pairTexts(pair.a, pair.b);
+    const std::vector<std::size_t> baseRest = baseLeft().numbers;
+    const std::vector<std::size_t> rest = versionLeft().numbers;
+    if (baseRest.size() != rest.size()) return;
+    for (std::size_t i = 0; i < rest.size(); ++i) pairTexts(baseRest[i], rest[i]);
   }
 
   // A text that stood elsewhere in the base and is not there any more, if that can be only one.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "tool/script/best_pairs.h"
 #include "tool/script/by_hash.h"
 
 namespace dravenna {
@@ -108,23 +109,9 @@ class Aligner {
     const std::size_t n = range.aEnd - range.aBegin;
     const std::size_t m = range.bEnd - range.bBegin;
     if (n > kMostCells / m) return;
-    std::vector<std::uint32_t> best((n + 1) * (m + 1));
-    const auto at = [&](std::size_t i, std::size_t j) -> std::uint32_t& { return best[i * (m + 1) + j]; };
-    for (std::size_t i = n; i-- > 0;) {
-      for (std::size_t j = m; j-- > 0;) {
-        const bool equal = a_[range.aBegin + i] == b_[range.bBegin + j];
-        at(i, j) = equal ? at(i + 1, j + 1) + 1 : std::max(at(i + 1, j), at(i, j + 1));
-      }
-    }
-    for (std::size_t i = 0, j = 0; i < n && j < m;) {
-      if (a_[range.aBegin + i] == b_[range.bBegin + j]) {
-        pair(range.aBegin + i++, range.bBegin + j++);
-      } else if (at(i + 1, j) >= at(i, j + 1)) {
-        ++i;
-      } else {
-        ++j;
-      }
-    }
+    pairBest<std::uint32_t>(
+        n, m, [&](std::size_t i, std::size_t j) { return a_[range.aBegin + i] == b_[range.bBegin + j] ? 1U : 0U; },
+        [&](std::size_t i, std::size_t j) { pair(range.aBegin + i, range.bBegin + j); });
   }
 
   const Sequence& a_;

@@ -4,6 +4,7 @@
 
 #include "text/ascii.h"
 #include "tool/script/align.h"
+#include "tool/script/best_pairs.h"
 
 namespace dravenna {
 
@@ -47,42 +48,27 @@ double similarityOf(Words a, Words b) {
 
 double likenessOf(std::string_view a, std::string_view b) { return similarityOf(wordsOf(a), wordsOf(b)); }
 
-std::vector<SimilarPair> pairSimilarTexts(const std::vector<std::string>& a, const std::vector<std::string>& b) {
+std::vector<SimilarPair> pairSimilarTexts(const Lonely& a, const Lonely& b) {
+  const std::size_t n = a.texts.size();
+  const std::size_t m = b.texts.size();
+  std::vector<SimilarPair> pairs;
+  if (n == 0 || m == 0) return pairs;
   std::vector<Words> aWords;
   std::vector<Words> bWords;
-  aWords.reserve(a.size());
-  bWords.reserve(b.size());
-  for (const std::string& text : a) aWords.push_back(wordsOf(text));
-  for (const std::string& text : b) bWords.push_back(wordsOf(text));
-  std::vector<SimilarPair> pairs;
-  const auto add = [&](std::size_t i, std::size_t j) { pairs.push_back({i, j, aWords[i] == bWords[j]}); };
-  if (a.empty() || b.empty()) return pairs;
-  if (a.size() > kMostWordCells / b.size()) {
-    for (std::size_t i = 0; i < std::min(a.size(), b.size()); ++i) {
-      if (similarityOf(aWords[i], bWords[i]) >= kSimilarEnough) add(i, i);
-    }
-    return pairs;
-  }
-  // The pairs of the largest sum of similarities that keep the order.
-  const std::size_t width = b.size() + 1;
-  std::vector<double> own(a.size() * b.size());
-  std::vector<double> best((a.size() + 1) * width);
-  for (std::size_t i = a.size(); i-- > 0;) {
-    for (std::size_t j = b.size(); j-- > 0;) {
-      const double value = similarityOf(aWords[i], bWords[j]);
-      own[i * b.size() + j] = value >= kSimilarEnough ? value : 0;
-      best[i * width + j] = std::max(
-          {best[(i + 1) * width + j], best[i * width + j + 1], own[i * b.size() + j] + best[(i + 1) * width + j + 1]});
-    }
-  }
-  for (std::size_t i = 0, j = 0; i < a.size() && j < b.size();) {
-    const double value = own[i * b.size() + j];
-    if (value > 0 && best[i * width + j] == value + best[(i + 1) * width + j + 1]) {
-      add(i++, j++);
-    } else if (best[i * width + j] == best[(i + 1) * width + j]) {
-      ++i;
-    } else {
-      ++j;
+  std::transform(a.texts.begin(), a.texts.end(), std::back_inserter(aWords), wordsOf);
+  std::transform(b.texts.begin(), b.texts.end(), std::back_inserter(bWords), wordsOf);
+  const auto value = [&](std::size_t i, std::size_t j) {
+    const double similarity = similarityOf(aWords[i], bWords[j]);
+    return similarity >= kSimilarEnough ? similarity : 0;
+  };
+  const auto add = [&](std::size_t i, std::size_t j) {
+    pairs.push_back({a.numbers[i], b.numbers[j], aWords[i] == bWords[j]});
+  };
+  if (n <= kMostWordCells / m) {
+    pairBest<double>(n, m, value, add);
+  } else {
+    for (std::size_t i = 0; i < std::min(n, m); ++i) {
+      if (value(i, i) > 0) add(i, i);
     }
   }
   return pairs;
