@@ -2,12 +2,27 @@
 
 #include "platform/failure.h"
 #include "platform/terminal.h"
-#include "tool/merge/git.h"
+#include "tool/merge/merge.h"
 #include "tool/script/script_lines.h"
 
 namespace dravenna {
 
 namespace {
+
+constexpr char kSetupFooter[] =
+    R"(Writes the merge driver and a diff that shows texts into this repository's own config, the files they are for
+(--include, *.txt by default; *.lxf and *.po) into .gitattributes, and shows what it writes. Merges then list what is
+to translate in .git/dravenna-merge.txt. Options of texts and of merge go into the config.
+Examples:
+  dravenna-lxf git setup --dry-run                 only shows
+  dravenna-lxf git setup --hook --codepage 874     checks each commit, too
+  dravenna-lxf git setup --undo)";
+
+struct SetupOptions : MergeSettings {
+  bool hook = false;
+  bool dryRun = false;
+  bool undo = false;
+};
 
 constexpr std::string_view kBegin = "# dravenna-lxf git setup: begin";
 constexpr std::string_view kEnd = "# dravenna-lxf git setup: end";
@@ -41,15 +56,7 @@ std::string quotedForShell(std::string_view word) {
 
 class GitSetup {
  public:
-  GitSetup(Session& session, const GitSetupOptions& options) : session_(session), options_(options) {
-    const auto folder = askGit({"rev-parse", "--show-toplevel"});
-    const auto hook = askGit({"rev-parse", "--path-format=absolute", "--git-path", "hooks/pre-commit"});
-    if (!folder || !hook) throw Failure(u"This is no working tree of git");
-    attributes_ = joinPath(*folder, ".gitattributes");
-    hook_ = *hook;
-    const std::string file = executableFile().generic_string();
-    tool_ = quotedForShell(file.empty() ? "dravenna-lxf" : file);  // no /proc: as the PATH finds it
-  }
+  GitSetup(Session& session, const SetupOptions& options) : session_(session), options_(options) {}
 
   void run() {
     for (const std::string& glob : patterns()) {
@@ -94,10 +101,10 @@ class GitSetup {
 
   std::string driver() const {
     std::string words = ownOptions();
-    if (options_.onConflict != OnConflict::Smart) {
-      words += fmt::format(" --on-conflict {}", options_.onConflict == OnConflict::Ours     ? "ours"
-                                                : options_.onConflict == OnConflict::Theirs ? "theirs"
-                                                                                            : "markers");
+    if (options_.way.onConflict != OnConflict::Smart) {
+      words += fmt::format(" --on-conflict {}", options_.way.onConflict == OnConflict::Ours     ? "ours"
+                                                : options_.way.onConflict == OnConflict::Theirs ? "theirs"
+                                                                                                : "markers");
     }
     if (!options_.theirPage.empty()) words += " --their-codepage " + quotedForShell(options_.theirPage);
     if (!options_.report.empty()) words += " --report " + quotedForShell(options_.report);
@@ -175,18 +182,31 @@ class GitSetup {
   }
 
   Session& session_;
-  const GitSetupOptions& options_;
-  std::string attributes_;
-  std::string hook_;
-  std::string tool_;
+  const SetupOptions& options_;
+  std::string attributes_ = joinPath(askTree({"rev-parse", "--show-toplevel"}), ".gitattributes");
+  std::string hook_ = askTree({"rev-parse", "--path-format=absolute", "--git-path", "hooks/pre-commit"});
+  std::string tool_ = quotedForShell(executableFile().generic_string());
 };
 
 }  // namespace
 
-void setUpGit(Session& session, const GitSetupOptions& options) {
-  session.prepare();
-  static_cast<void>(mergeWish(session, options, {}));  // a code page that there is not is told now
-  GitSetup(session, options).run();
+void addGit(Verb program, Session& session) {
+  Verb git = program.verb("git", "Merges, diffs and checks of a git repository");
+  git.needVerb();
+  Verb verb = git.verb("setup", "Let git merge and show scripts by texts");
+  const auto options = std::make_shared<SetupOptions>();
+  verb.flag("--hook", options->hook, "A pre-commit hook, too, that checks what changed");
+  verb.flag("--dry-run", options->dryRun, "Write nothing, show what would be written");
+  verb.flag("--undo", options->undo, "Take out what was set up");
+  addMergeSettings(verb, *options);
+  session.addOptions(verb);
+  verb.footer(kSetupFooter);
+  verb.onRun([&session, options] {
+    session.prepare();
+    static_cast<void>(theirPageOf(*options));  // a code page that there is not is told now
+    GitSetup(session, *options).run();
+  });
+  addGitSolve(git, session);
 }
 
 }  // namespace dravenna

@@ -4,12 +4,17 @@
 
 #include "platform/failure.h"
 #include "platform/run_program.h"
-#include "tool/merge/git.h"
+#include "tool/merge/merge.h"
 #include "tool/script/script_lines.h"
 
 namespace dravenna {
 
 namespace {
+
+constexpr char kSolveFooter[] =
+    R"(For a merge that was begun without the driver: takes the three versions of each file from git's index and merges them
+anew into the working tree. A file that was edited since git merged it is left alone.
+Exit status: 0 all merged, 1 conflicts are left or a file was left alone.)";
 
 // What a file with conflict markers of the usual size is for who takes all of one side. Line ends are LF.
 struct Sides {
@@ -79,17 +84,12 @@ std::vector<Unmerged> unmergedOf(std::string_view listed) {
 
 class Solver {
  public:
-  Solver(Session& session, const GitSolveOptions& options) : session_(session), options_(options) {
-    const auto top = askGit({"rev-parse", "--show-toplevel"});
-    const auto git = askGit({"rev-parse", "--absolute-git-dir"});
-    if (!top || !git) throw Failure(u"This is no working tree of git");
-    top_ = *top;
-    rebase_ = session.files->pathKind(joinPath(*git, "rebase-merge")) == PathKind::Folder ||
-              session.files->pathKind(joinPath(*git, "rebase-apply")) == PathKind::Folder;
+  Solver(Session& session, const MergeSettings& settings) : session_(session), settings_(settings) {
+    settings_.way.swapped = inRebase(session, askTree({"rev-parse", "--absolute-git-dir"}));
   }
 
-  void run() {
-    for (const std::string& path : options_.paths) {
+  void run(const std::vector<std::string>& paths) {
+    for (const std::string& path : paths) {
       const auto listed = askGit({"--literal-pathspecs", "ls-files", "-u", "-z", "--full-name", "--", path});
       const std::vector<Unmerged> files = unmergedOf(listed.value_or(""));
       if (files.empty()) session_.console.error(fmt::format("{}: is not in conflict", shownName(path)));
@@ -118,15 +118,8 @@ class Solver {
     std::string present;
     session_.files->readWhole(target, present);
     const Sides sides = sidesOf(present);
-    MergeWish wish = mergeWish(session_, options_, file.path);
-    wish.way.labels = sides.labels;
-    wish.way.swapped = rebase_;
-    if (rebase_) {
-      if (wish.theirPage != nullptr) std::swap(wish.page, wish.theirPage);
-      std::swap(versions[1], versions[2]);
-      std::swap(wish.way.labels[0], wish.way.labels[1]);
-    }
-    MergedFile merged = mergeFile(versions[0], versions[1], versions[2], session_.pages->usual().lists, wish);
+    settings_.way.labels = sides.labels;
+    MergedFile merged = mergeSides(session_, settings_, file.path, std::move(versions));
     if (sides != asGitMerges(stages) && sides != sidesOf(merged.bytes)) {
       throw Failure(u"it was edited since git merged it; git checkout --merge would undo that");
     }
@@ -137,11 +130,9 @@ class Solver {
     }
     replaceScript(session_, target, merged.bytes, {});
     folders_.insert(folderOf(target));
-    writeList(session_, options_, merged.list, false);
-    options_.append = true;
-    if (merged.conflicts > 0) session_.console.fail();
-    session_.console.note(fmt::format("{}: {}, {} to translate, {} to look at", shownName(file.path),
-                                      counted(merged.conflicts, "conflict"), merged.toTranslate, merged.toLookAt));
+    writeList(session_, settings_, merged.list, false);
+    settings_.append = true;
+    tellMerged(session_, file.path, merged);
   }
 
   static Sides asGitMerges(const Stages& stages) {
@@ -151,17 +142,27 @@ class Solver {
   }
 
   Session& session_;
-  GitSolveOptions options_;
-  std::string top_;
-  bool rebase_ = false;
+  MergeSettings settings_;
+  std::string top_ = askTree({"rev-parse", "--show-toplevel"});
   std::set<std::string> folders_;
 };
 
 }  // namespace
 
-void solveConflicts(Session& session, const GitSolveOptions& options) {
-  session.prepare();
-  Solver(session, options).run();
+void addGitSolve(Verb git, Session& session) {
+  struct Options : MergeSettings {
+    std::vector<std::string> paths;
+  };
+  Verb verb = git.verb("solve", "Merge conflicts of a merge anew");
+  const auto options = std::make_shared<Options>();
+  verb.words("file", options->paths, "FILE...", "Files in conflict, or folders of them");
+  addMergeSettings(verb, *options);
+  session.addOptions(verb);
+  verb.footer(kSolveFooter);
+  verb.onRun([&session, options] {
+    session.prepare();
+    Solver(session, *options).run(options->paths);
+  });
 }
 
 }  // namespace dravenna

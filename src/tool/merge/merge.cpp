@@ -16,19 +16,16 @@ namespace dravenna {
 namespace {
 
 constexpr char kFooter[] =
-    "Code comes from whoever changed it, texts one by one: what only the translator changed stays translated, what "
-    "the\n"
-    "original changed comes new and is listed. Exchange and PO files merge by record and by entry.\n"
-    "Exit status: 0 merged, 1 conflicts are left, 2 wrong use or files that cannot be merged, with OURS untouched.\n"
-    "Examples:\n"
-    "  dravenna-lxf merge old.txt es.txt new.txt -o es.txt        the new original's changes into the translation\n"
-    "  dravenna-lxf merge old.txt es.txt new.txt -o - | less      only shown; the list goes to standard error";
+    R"(Code comes from whoever changed it, texts one by one: what only the translator changed stays translated, what the
+original changed comes new and is listed. Exchange and PO files merge by record and by entry.
+Exit status: 0 merged, 1 conflicts are left, 2 wrong use or files that cannot be merged, with OURS untouched.
+Examples:
+  dravenna-lxf merge old.txt es.txt new.txt -o es.txt        the new original's changes into the translation
+  dravenna-lxf merge old.txt es.txt new.txt -o - | less      only shown; the list goes to standard error)";
 
 struct Options : MergeSettings {
   std::string base, ours, theirs, out, name;
   std::vector<std::string> labels;
-  unsigned markerSize = 7;
-  bool swapped = false;
   bool driver = false;
   bool force = false;
 };
@@ -50,6 +47,7 @@ class MergeRun {
       const bool unknown = label.size() == 2 && label[0] == '%';  // to this git, which leaves it as it is
       if (label.empty() || unknown) label = options_.driver ? sides[i] : names[i];
     }
+    options_.way.labels = {options_.labels[0], options_.labels[2]};
     if (options_.name.empty()) options_.name = options_.ours;
     if (options_.driver) setUpDriver();
   }
@@ -76,9 +74,7 @@ class MergeRun {
     options_.out = options_.ours;
     if (options_.report.empty()) options_.report = joinPath(git, "dravenna-merge.txt");
     options_.append = true;
-    for (const char* const state : {"rebase-merge", "rebase-apply"}) {
-      options_.swapped |= session_.files->pathKind(joinPath(git, state)) != PathKind::Missing;
-    }
+    options_.way.swapped |= inRebase(session_, git);
   }
 
   void merge();
@@ -91,20 +87,11 @@ class MergeRun {
 
 void MergeRun::merge() {
   session_.prepare();
-  std::string versions[3];
+  std::array<std::string, 3> versions;
   readFile(session_, options_.base, versions[0]);
   readFile(session_, options_.ours, versions[1]);
   readFile(session_, options_.theirs, versions[2]);
-  MergeWish wish = mergeWish(session_, options_, options_.name);
-  wish.way.labels = {options_.labels[0], options_.labels[2]};
-  wish.way.markerSize = options_.markerSize;
-  if (options_.swapped) {
-    wish.way.swapped = true;
-    std::swap(versions[1], versions[2]);
-    std::swap(wish.way.labels[0], wish.way.labels[1]);
-    if (wish.theirPage != nullptr) std::swap(wish.page, wish.theirPage);
-  }
-  const MergedFile merged = mergeFile(versions[0], versions[1], versions[2], session_.pages->usual().lists, wish);
+  const MergedFile merged = mergeSides(session_, options_, options_.name, std::move(versions));
   const auto failure = attempt([&] { writeList(session_, options_, merged.list, options_.out == "-"); });
   if (failure && !options_.driver) throw Failure(*failure);
   if (failure) {
@@ -112,10 +99,7 @@ void MergeRun::merge() {
     writeStandardError(merged.list);
   }
   write(merged);
-  if (merged.conflicts > 0) session_.console.fail();
-  if (options_.driver && merged.conflicts == 0 && merged.list.empty()) return;
-  session_.console.note(fmt::format("{}: {}, {} to translate, {} to look at", shownName(options_.name),
-                                    counted(merged.conflicts, "conflict"), merged.toTranslate, merged.toLookAt));
+  if (!options_.driver || merged.conflicts > 0 || !merged.list.empty()) tellMerged(session_, options_.name, merged);
 }
 
 void MergeRun::write(const MergedFile& merged) {
@@ -143,7 +127,7 @@ void MergeRun::write(const MergedFile& merged) {
 
 // Git takes what a driver leaves as OURS for the result, so there must be one, or no doubt that there is none.
 void MergeRun::mergeByGit(const std::string& why) {
-  std::vector<std::string> words = {"git", "merge-file", fmt::format("--marker-size={}", options_.markerSize)};
+  std::vector<std::string> words = {"git", "merge-file", fmt::format("--marker-size={}", options_.way.markerSize)};
   for (const std::string& label : options_.labels) words.insert(words.end(), {"-L", label});
   words.insert(words.end(), {options_.ours, options_.base, options_.theirs});
   int status = 128;
@@ -162,10 +146,10 @@ void MergeRun::mergeByGit(const std::string& why) {
 void addMergeSettings(Verb verb, MergeSettings& settings) {
   verb.choice("--on-conflict",
               [&settings](const std::string& way) {
-                settings.onConflict = way == "ours"      ? OnConflict::Ours
-                                      : way == "theirs"  ? OnConflict::Theirs
-                                      : way == "markers" ? OnConflict::Markers
-                                                         : OnConflict::Smart;
+                settings.way.onConflict = way == "ours"      ? OnConflict::Ours
+                                          : way == "theirs"  ? OnConflict::Theirs
+                                          : way == "markers" ? OnConflict::Markers
+                                                             : OnConflict::Smart;
               },
               "WAY", "A text that both changed: smart (default), ours, theirs or markers",
               {"smart", "ours", "theirs", "markers"});
@@ -175,17 +159,22 @@ void addMergeSettings(Verb verb, MergeSettings& settings) {
   verb.flag("--append", settings.append, "Add to the list that is there");
 }
 
-MergeWish mergeWish(const Session& session, const MergeSettings& settings, const std::string& name) {
-  MergeWish wish{name, nullptr, session.pages->named(), nullptr, {}};
+CodePagePtr theirPageOf(const MergeSettings& settings) {
+  const CodePagePtr page = settings.theirPage.empty() ? nullptr : codePageByName(settings.theirPage);
+  if (page || settings.theirPage.empty()) return page;
+  throw UsageError(fmt::format("--their-codepage: {} is no code page that is supported", settings.theirPage));
+}
+
+MergedFile mergeSides(const Session& session, const MergeSettings& settings, const std::string& name,
+                      std::array<std::string, 3> versions) {
+  MergeWish wish{name, nullptr, session.pages->named(), theirPageOf(settings), settings.way};
   wish.page = session.codePageName.empty() ? systemCodePage() : codePageByName(session.codePageName);
-  if (!settings.theirPage.empty()) {
-    wish.theirPage = codePageByName(settings.theirPage);
-    if (!wish.theirPage) {
-      throw UsageError(fmt::format("--their-codepage: {} is no code page that is supported", settings.theirPage));
-    }
+  if (wish.way.swapped) {
+    std::swap(versions[1], versions[2]);
+    std::swap(wish.way.labels[0], wish.way.labels[1]);
+    if (wish.theirPage != nullptr) std::swap(wish.page, wish.theirPage);
   }
-  wish.way.onConflict = settings.onConflict;
-  return wish;
+  return mergeFile(versions[0], versions[1], versions[2], session.pages->usual().lists, wish);
 }
 
 void writeList(Session& session, const MergeSettings& settings, const std::string& list, bool outputTaken) {
@@ -219,6 +208,25 @@ std::optional<std::string> askGit(std::vector<std::string> words) {
   return std::move(result.output);
 }
 
+std::string askTree(std::vector<std::string> words) {
+  const auto answer = askGit(std::move(words));
+  if (!answer) throw Failure(u"This is no working tree of git");
+  return *answer;
+}
+
+bool inRebase(const Session& session, const std::string& gitFolder) {
+  const auto has = [&](const char* name) {
+    return session.files->pathKind(joinPath(gitFolder, name)) != PathKind::Missing;
+  };
+  return has("rebase-merge") || has("rebase-apply");
+}
+
+void tellMerged(Session& session, const std::string& name, const MergedFile& merged) {
+  if (merged.conflicts > 0) session.console.fail();
+  session.console.note(fmt::format("{}: {}, {} to translate, {} to look at", shownName(name),
+                                   counted(merged.conflicts, "conflict"), merged.toTranslate, merged.toLookAt));
+}
+
 void addMerge(Verb program, Session& session) {
   Verb verb = program.verb("merge", "Merge three versions of a script, or of an exchange or PO file");
   const auto options = std::make_shared<Options>();
@@ -228,9 +236,9 @@ void addMerge(Verb program, Session& session) {
   verb.text("-o,--out", options->out, "FILE", "The result, `-` for standard output; it may be OURS");
   addMergeSettings(verb, *options);
   verb.each("-L", options->labels, "LABEL", "Labels of conflict markers: of OURS, then BASE, then THEIRS");
-  verb.number("--marker-size", options->markerSize, "N", "Characters of a conflict marker (default 7)", 1, 1000);
+  verb.number("--marker-size", options->way.markerSize, "N", "Characters of a conflict marker (default 7)", 1, 1000);
   verb.text("--name", options->name, "NAME", "What messages and the list call the file; its extension tells its kind");
-  verb.flag("--swapped", options->swapped, "THEIRS is the translation, as in a rebase");
+  verb.flag("--swapped", options->way.swapped, "THEIRS is the translation, as in a rebase");
   verb.flag("--driver", options->driver, "As git's merge driver: the result takes the place of OURS in any case");
   verb.flag("-f,--force", options->force, "Overwrite a file other than OURS with other contents");
   session.addOptions(verb);

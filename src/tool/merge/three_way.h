@@ -18,7 +18,7 @@ struct ThreeWayOptions {
   bool numbered = false;  // lines get their numbers, as the records of an exchange file have them
   // Of conflicts, as git writes them. `swapped`: the side of the translation stands below the other.
   std::array<std::string, 2> labels;  // of ours and theirs
-  std::size_t markerSize = 7;
+  unsigned markerSize = 7;
   bool swapped = false;
 };
 
