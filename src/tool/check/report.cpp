@@ -3,7 +3,7 @@
 #include <fmt/core.h>
 
 #include "text/ascii.h"
-#include "text/text.h"
+#include "tool/script/shown.h"
 
 namespace dravenna {
 
@@ -52,37 +52,28 @@ FindingReport::FindingReport(ReportFormat format, std::string& out) : format_(fo
   first_ = true;
 }
 
-void FindingReport::addSarif(const std::string& path, const Finding& finding) {
-  out_ += fmt::format(
-      "{}\n{{\"ruleId\":\"{}\",\"level\":\"{}\",\"message\":{{\"text\":{}}},\"locations\":[{{\"physicalLocation\":{{"
-      "\"artifactLocation\":{{\"uri\":\"{}\"}},\"region\":{{\"startLine\":{},\"startColumn\":{}}}}}}}],"
-      "\"partialFingerprints\":{{\"line/v1\":\"{:016x}\"}}}}",
-      first_ ? "" : ",", finding.kind, nameOf(severityOf(finding.kind)), jsonString(finding.text), uriOf(path),
-      finding.at.line, finding.at.column, finding.at.lineHash);
-}
-
-void FindingReport::addGitHub(const std::string& path, const Finding& finding) {
-  const Severity severity = severityOf(finding.kind);
-  out_ += fmt::format("::{} file={},line={},col={},title={}::{}\n",
-                      severity == Severity::Note ? "notice" : nameOf(severity), gitHubEncoded(path, "%\r\n:,"),
-                      finding.at.line, finding.at.column, finding.kind, gitHubEncoded(finding.text, "%\r\n"));
-}
-
 void FindingReport::add(const std::string& path, const Finding& finding) {
+  const Severity severity = severityOf(finding.kind);
+  const auto& [line, column, hash] = finding.at;
   switch (format_) {
     case ReportFormat::Lines:
-      appendEscapedName(path, out_);
-      out_ += fmt::format(":{}:{}: {}: {}\n", finding.at.line, finding.at.column, finding.kind, finding.text);
+      out_ += fmt::format("{}:{}:{}: {}: {}\n", shownName(path), line, column, finding.kind, finding.text);
       break;
     case ReportFormat::Json:
       out_ += fmt::format("{{\"file\":{},\"line\":{},\"column\":{},\"kind\":\"{}\",\"text\":{}}}\n", jsonString(path),
-                          finding.at.line, finding.at.column, finding.kind, jsonString(finding.text));
+                          line, column, finding.kind, jsonString(finding.text));
       break;
     case ReportFormat::Sarif:
-      addSarif(path, finding);
+      out_ += fmt::format(
+          "{}\n{{\"ruleId\":\"{}\",\"level\":\"{}\",\"message\":{{\"text\":{}}},\"locations\":[{{"
+          "\"physicalLocation\":{{\"artifactLocation\":{{\"uri\":\"{}\"}},\"region\":{{\"startLine\":{},"
+          "\"startColumn\":{}}}}}}}],\"partialFingerprints\":{{\"line/v1\":\"{:016x}\"}}}}",
+          first_ ? "" : ",", finding.kind, nameOf(severity), jsonString(finding.text), uriOf(path), line, column, hash);
       break;
     case ReportFormat::GitHub:
-      addGitHub(path, finding);
+      out_ += fmt::format("::{} file={},line={},col={},title={}::{}\n",
+                          severity == Severity::Note ? "notice" : nameOf(severity), gitHubEncoded(path, "%\r\n:,"),
+                          line, column, finding.kind, gitHubEncoded(finding.text, "%\r\n"));
       break;
   }
   first_ = false;

@@ -18,9 +18,6 @@ class FindingReport {
   void end();
 
  private:
-  void addSarif(const std::string& path, const Finding& finding);
-  void addGitHub(const std::string& path, const Finding& finding);
-
   ReportFormat format_;
   std::string& out_;
   bool first_ = true;

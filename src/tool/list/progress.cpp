@@ -78,14 +78,14 @@ Rows measurePo(const Session& session, const ProgressOptions& options, const Scr
   return rows;
 }
 
-Rows measure(const Session& session, const ProgressOptions& options, const Script& script, Buffers& buffers) {
+Rows rowsOf(const Session& session, const ProgressOptions& options, const Script& script, Buffers& buffers) {
   if (hasExtension(script.path, ".po")) return measurePo(session, options, script, buffers);
   const auto measureOne = hasExtension(script.path, ".lxf") ? measureExchangeFile : measureScript;
   return {{rowOf(options, script), measureOne(session, options.against, script, buffers)}};
 }
 
 // Of a script that only the originals' tree has, all is to do.
-Rows measureMissing(const Session& session, const ProgressOptions& options, const Script& script, Buffers& buffers) {
+Rows rowsOfMissing(const Session& session, const ProgressOptions& options, const Script& script, Buffers& buffers) {
   Progress progress;
   const auto loaded = loadScript(session, script.path);
   for (const OutlineText* const text : loaded->records) {
@@ -133,15 +133,12 @@ void showProgress(Session& session, const ProgressOptions& options) {
           return true;
         });
   };
-  measureEach(scripts, measure);
-  measureEach(onlyInOriginal(session, options.paths, options.against, scripts, true), measureMissing);
-  std::vector<ProgressRow> rows;
+  measureEach(scripts, rowsOf);
+  measureEach(onlyInOriginal(session, options.paths, options.against, scripts, true), rowsOfMissing);
+  ProgressRows rows(all.begin(), all.end());
   Progress total;
-  for (const auto& [name, progress] : all) {
-    rows.push_back({name, progress});
-    total.add(progress);
-  }
-  rows.push_back({"in all", total});
+  for (const auto& [name, progress] : rows) total.add(progress);
+  rows.emplace_back("in all", total);
   const char* const kind = options.byFolder ? "folder" : "file";
   Output output(*session.outputs, options.output);
   output.buffer() = options.json       ? progressJson(rows, kind)

@@ -3,6 +3,7 @@
 #include <array>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "tool/run/session.h"
@@ -53,16 +54,13 @@ void forEachState(const Outline& old, const Outline& outline, const Pairing& pai
   }
 }
 
-// A file or a folder; its name as bytes.
-struct ProgressRow {
-  std::string name;
-  Progress progress;
-};
+// Files or folders, by their names as bytes, and the sum of them at the end.
+using ProgressRows = std::vector<std::pair<std::string, Progress>>;
 
-// `kind` is what a row stands for: file or folder. The last row is the sum of the others.
-std::string progressTable(const std::vector<ProgressRow>& rows, std::string_view kind);
-std::string progressMarkdown(const std::vector<ProgressRow>& rows, std::string_view kind);
-std::string progressJson(const std::vector<ProgressRow>& rows, std::string_view kind);
-std::string progressPicture(const std::vector<ProgressRow>& rows);  // SVG
+// `kind` is what a row stands for: file or folder.
+std::string progressTable(const ProgressRows& rows, std::string_view kind);
+std::string progressMarkdown(const ProgressRows& rows, std::string_view kind);
+std::string progressJson(const ProgressRows& rows, std::string_view kind);
+std::string progressPicture(const ProgressRows& rows);  // SVG
 
 }  // namespace dravenna

@@ -27,26 +27,25 @@ std::string xmlOf(std::string_view name) {
 
 }  // namespace
 
-std::string progressTable(const std::vector<ProgressRow>& rows, std::string_view kind) {
+std::string progressTable(const ProgressRows& rows, std::string_view kind) {
   std::string out = fmt::format("{:>11}  done  {}\n", fmt::join(kHeads, ""), kind);
-  for (const ProgressRow& row : rows) {
-    out += fmt::format("{:>11}{:>5}%  {}\n", fmt::join(row.progress.figures, ""), row.progress.percent(),
-                       shownName(row.name));
+  for (const auto& [name, progress] : rows) {
+    out += fmt::format("{:>11}{:>5}%  {}\n", fmt::join(progress.figures, ""), progress.percent(), shownName(name));
   }
   return out;
 }
 
-std::string progressMarkdown(const std::vector<ProgressRow>& rows, std::string_view kind) {
+std::string progressMarkdown(const ProgressRows& rows, std::string_view kind) {
   std::string out = fmt::format("| {} | {} | done |\n| --- |", kind, fmt::join(kHeads, " | "));
   for (std::size_t i = 0; i <= kHeads.size(); ++i) out += " ---: |";
-  for (const ProgressRow& row : rows) {
-    out += fmt::format("\n| {} | {} | {}% |", escaped(row.name, "|", [](char) -> std::string_view { return "\\|"; }),
-                       fmt::join(row.progress.figures, " | "), row.progress.percent());
+  for (const auto& [name, progress] : rows) {
+    out += fmt::format("\n| {} | {} | {}% |", escaped(name, "|", [](char) -> std::string_view { return "\\|"; }),
+                       fmt::join(progress.figures, " | "), progress.percent());
   }
   return out + "\n";
 }
 
-std::string progressJson(const std::vector<ProgressRow>& rows, std::string_view kind) {
+std::string progressJson(const ProgressRows& rows, std::string_view kind) {
   const auto figures = [](const Progress& progress) {
     std::string out;
     for (std::size_t i = 0; i < kKeys.size(); ++i)
@@ -55,13 +54,13 @@ std::string progressJson(const std::vector<ProgressRow>& rows, std::string_view 
   };
   std::string out = fmt::format("{{\"{}s\":[", kind);
   for (std::size_t i = 0; i + 1 < rows.size(); ++i) {
-    out += fmt::format("{}\n{{\"{}\":{},{}}}", i == 0 ? "" : ",", kind, jsonString(rows[i].name),
-                       figures(rows[i].progress));
+    out += fmt::format("{}\n{{\"{}\":{},{}}}", i == 0 ? "" : ",", kind, jsonString(rows[i].first),
+                       figures(rows[i].second));
   }
-  return out + "],\n\"total\":{" + figures(rows.back().progress) + "}}\n";
+  return out + "],\n\"total\":{" + figures(rows.back().second) + "}}\n";
 }
 
-std::string progressPicture(const std::vector<ProgressRow>& rows) {
+std::string progressPicture(const ProgressRows& rows) {
   constexpr std::size_t kRow = 22;
   constexpr std::size_t kNames = 200;
   constexpr std::size_t kBar = 360;
@@ -69,16 +68,16 @@ std::string progressPicture(const std::vector<ProgressRow>& rows) {
       "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"{}\" height=\"{}\" font-family=\"sans-serif\" "
       "font-size=\"12\">\n"
       "<title>{}% of {} texts translated</title>\n<rect width=\"100%\" height=\"100%\" fill=\"#fff\"/>\n",
-      kNames + kBar + 60, kRow * rows.size() + 8, rows.back().progress.percent(), rows.back().progress.figures[0]);
+      kNames + kBar + 60, kRow * rows.size() + 8, rows.back().second.percent(), rows.back().second.figures[0]);
   for (std::size_t i = 0; i < rows.size(); ++i) {
-    const Progress& progress = rows[i].progress;
+    const Progress& progress = rows[i].second;
     const auto& texts = progress.figures;
     const std::size_t all = std::max<std::size_t>(texts[0], 1);
     const std::size_t y = 4 + i * kRow;
     const std::size_t translated = kBar * texts[Progress::Translated] / all;
     const std::size_t unsure = kBar * (texts[Progress::Translated] + texts[Progress::Unsure]) / all - translated;
-    out +=
-        fmt::format("<text x=\"{}\" y=\"{}\" text-anchor=\"end\">{}</text>\n", kNames - 8, y + 15, xmlOf(rows[i].name));
+    out += fmt::format("<text x=\"{}\" y=\"{}\" text-anchor=\"end\">{}</text>\n", kNames - 8, y + 15,
+                       xmlOf(rows[i].first));
     const auto bar = [&](std::size_t x, std::size_t width, const char* color) {
       out += fmt::format("<rect x=\"{}\" y=\"{}\" width=\"{}\" height=\"{}\" fill=\"{}\"/>\n", kNames + x, y + 3, width,
                          kRow - 6, color);

@@ -109,10 +109,12 @@ Outcome measure(const Session& session, const Options& options, const Script& sc
 }
 
 // A script of the original tree that the translated one lacks: all of it remains.
-Outcome measureMissing(const Session& session, const Script& original, Buffers& buffers) {
+Outcome measureMissing(const Session& session, const Options&, const Script& original, Buffers& buffers) {
   Outcome outcome;
   const auto [in, work] = openScript(session, original.path, buffers.file, buffers.work);
   forEachRecordText(work, in.lists, [&](std::string_view, std::string_view) { ++outcome.figures[Remaining]; });
+  outcome.warning = fmt::format("{}: not in the translated tree, {} remaining", shownName(original.path),
+                                counted(outcome.figures[Remaining], "text"));
   return outcome;
 }
 
@@ -193,23 +195,18 @@ void run(Session& session, const Options& options) {
   needOneScript(*session.files, "--against", options.against, scripts.size());
   Output output(*session.outputs, options.output);
   Report report(options, output.buffer());
-  forEachScript<Outcome>(
-      session, scripts,
-      [&](const Script& script, Buffers& buffers) { return measure(session, options, script, buffers); },
-      [&](const Script& script, Outcome&& outcome) {
-        if (!outcome.warning.empty()) session.console.warning(outcome.warning);
-        report.add(script.path, outcome);
-        return output.flushSome();
-      });
-  forEachScript<Outcome>(
-      session, onlyInOriginal(session, options.paths, options.against, scripts, false),
-      [&](const Script& script, Buffers& buffers) { return measureMissing(session, script, buffers); },
-      [&](const Script& script, Outcome&& outcome) {
-        session.console.warning(fmt::format("{}: not in the translated tree, {} remaining", shownName(script.path),
-                                            counted(outcome.figures[Remaining], "text")));
-        report.add(script.path, outcome);
-        return output.flushSome();
-      });
+  const auto measureEach = [&](const std::vector<Script>& some, auto&& measureOne) {
+    forEachScript<Outcome>(
+        session, some,
+        [&](const Script& script, Buffers& buffers) { return measureOne(session, options, script, buffers); },
+        [&](const Script& script, Outcome&& outcome) {
+          if (!outcome.warning.empty()) session.console.warning(outcome.warning);
+          report.add(script.path, outcome);
+          return output.flushSome();
+        });
+  };
+  measureEach(scripts, measure);
+  measureEach(onlyInOriginal(session, options.paths, options.against, scripts, false), measureMissing);
   report.end();
   if (!output.close()) session.console.fail();
 }
