@@ -245,7 +245,8 @@ void Check::run() {
   if (!isNarrowed()) addMissing(files, report);
   report.end();
   if (options_.writeBaseline) {
-    if (!whole) throw Failure(fromUtf8(options_.baseline) + u": not written, for not every file was checked");
+    if (!whole || session_.console.failed())
+      throw Failure(fromUtf8(options_.baseline) + u": not written, for not every file was checked");
     session_.outputs->write(options_.baseline, baseline_.text(), Outputs::Kind::Report, false);
   } else if (!output.close()) {
     session_.console.fail();
