@@ -16,19 +16,10 @@ namespace {
 constexpr std::size_t kMostInText = 20;  // findings of one sort
 constexpr std::string_view kBlack = "000000";
 
-bool isHex(char c) { return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F'); }
 bool isAlnum(char c) { return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
 
 std::size_t hexDigitsAt(std::string_view text, std::size_t at) {
-  std::size_t count = 0;
-  while (at + count < text.size() && isHex(text[at + count])) ++count;
-  return count;
-}
-
-// `^nItemID^501` and its like: an item's name, no colour.
-bool followsItemCode(std::string_view text, std::size_t caret) {
-  constexpr std::string_view kItem = "^nItemID";
-  return caret >= kItem.size() && text.substr(caret - kItem.size(), kItem.size()) == kItem;
+  return std::min(text.find_first_not_of("0123456789abcdefABCDEF", at), text.size()) - at;
 }
 
 void checkOddQuotes(Findings& findings, const OutlineError& error) {
@@ -162,7 +153,7 @@ std::vector<Break> spoiltCodesOf(std::string_view text) {
   std::vector<Break> spoilt;
   for (std::size_t at = text.find('^'); at != std::string_view::npos; at = text.find('^', at + 1)) {
     if (spoilt.size() >= kMostInText) break;
-    if (followsItemCode(text, at)) continue;
+    if (text.substr(0, at).ends_with("^nItemID")) continue;  // `^nItemID^501` is an item's name, no colour
     const std::size_t digits = hexDigitsAt(text, at + 1);
     const bool asCode = countColorCodes(text.substr(at, 7)) == 1;
     if (asCode && digits < 6) {
