@@ -9,6 +9,8 @@ void Principal::noteChange(std::u16string_view after, bool title) {
     return brackets ? u"[" + std::u16string(text) + u"]" : std::u16string(text);
   };
   changes_.push_back({quoteNumber(N.Text(), Ini), {Ini, title, whole(N.SelText()), whole(after)}});
+  const JournalledCommit& commit = changes_.back().commit;
+  platform_.commits.committing(Ini, title, commit.before, commit.after);
 }
 
 std::u16string_view Principal::selectedPart(std::u16string_view whole) const {

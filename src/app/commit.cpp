@@ -19,7 +19,6 @@ void Principal::commit() {
     const std::u16string_view text = neverEmpty(typed);
     const bool title = N.SelColor() == clrTitle;
     noteChange(text, title);
-    platform_.commits.committing(Ini, N.SelText(), text, N.SelStart() > Ini, title);
     if (title) {
       ReplaceTitle(text);
     } else {

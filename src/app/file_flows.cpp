@@ -45,15 +45,19 @@ void Principal::Salvar() {
     return;
   }
   const std::optional<Failure> kept = attempt([&] {
-    platform_.commits.replacing(ScriptPath);
-    const auto file = platform_.files.CreateTextFile(ScriptPath, Writing::Replace);
-    file->Write(N.Text());
-    file->Close();
-    platform_.commits.saved();
+    writeScript(N.Text());
     Modified = false;
     say(read(registry_, words::FileSaved) + u"\r\n\r\n" + ScriptPath, kInformation);
   });
   if (kept) sayFailure(*kept);
+}
+
+void Principal::writeScript(std::u16string_view text) {
+  platform_.commits.replacing(ScriptPath);
+  const auto file = platform_.files.CreateTextFile(ScriptPath, Writing::Replace);
+  file->Write(text);
+  file->Close();
+  platform_.commits.saved();
 }
 
 void Principal::mnu_Salir_Click() { platform_.windowing.unloadMainForm(); }

@@ -39,11 +39,7 @@ void Principal::ImportLxf(std::u16string_view LxfFile) {
       throw Failure(u"The exchange file ends in the middle of line " +
                     decimal(static_cast<std::int64_t>(merged.lineIndex) + 1) + u" of the script.");
     }
-    platform_.commits.replacing(ScriptPath);
-    const auto script = platform_.files.CreateTextFile(ScriptPath, Writing::Replace);
-    script->Write(merged.text);
-    script->Close();
-    platform_.commits.saved();
+    writeScript(merged.text);
     LoadScript();
   });
   if (badFile) return;

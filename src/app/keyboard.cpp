@@ -37,11 +37,7 @@ void Principal::Form_KeyDown(std::int16_t& KeyCode, std::int16_t Shift) {
       const bool forward = KeyCode == kKeyDown;
       KeyCode = 0;
       if (EDT.Visible) press(kKeyEnter, 0);
-      if (forward) {
-        GoNextText(Shift);
-      } else {
-        GoPrevText(Shift);
-      }
+      MoveToText(forward, Shift);
       break;
     }
     case kKeyF:
@@ -81,11 +77,7 @@ void Principal::N_KeyDown(std::int16_t& KeyCode, std::int16_t Shift) {
         std::int16_t enter = kKeyEnter;
         Form_KeyDown(enter, 0);
       }
-      if (forward) {
-        GoNextText(Shift);
-      } else {
-        GoPrevText(Shift);
-      }
+      MoveToText(forward, Shift);
       break;
     }
     case kKeyE:

@@ -73,7 +73,7 @@ void Principal::LoadScript() {
   N.Visible = true;
   form.Caption = std::u16string(kCaption) + u" [" + ScriptPath + u"]";
   if (ScriptLoaded) {
-    GoNextText(0);
+    MoveToText(true, 0);
   } else {
     N.setSelStart(0);
   }

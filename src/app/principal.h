@@ -160,8 +160,7 @@ class Principal {
   // The part of a whole text, brackets too, that lies in the selection of N.
   std::u16string_view selectedPart(std::u16string_view whole) const;
   void ReplaceTitle(std::u16string_view Text);
-  void GoNextText(std::int16_t Shift);
-  void GoPrevText(std::int16_t Shift);
+  void writeScript(std::u16string_view text);  // whole, to its file
   void MoveToText(bool Forward, std::int16_t Shift);
   void openSearch();
   void openColorPick();

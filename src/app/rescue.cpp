@@ -28,15 +28,11 @@ void Rescue::loaded(std::u16string_view path, bool whole) {
   if (whole && onLoaded) onLoaded(path_);
 }
 
-void Rescue::committing(std::int32_t position, std::u16string_view before, std::u16string_view after, bool brackets,
-                        bool title) {
+void Rescue::committing(std::int32_t position, bool title, std::u16string_view before, std::u16string_view after) {
   if (folder_ == nullptr) return;
   note(attempt([&] {
-    const auto whole = [&](std::u16string_view text) {
-      return brackets ? u"[" + std::u16string(text) + u"]" : std::u16string(text);
-    };
     if (commits_ == 0) pending_ = journalHead(path_);
-    pending_ += journalLine(++commits_, {position, title, whole(before), whole(after)});
+    pending_ += journalLine(++commits_, {position, title, std::u16string(before), std::u16string(after)});
     append();
   }));
 }

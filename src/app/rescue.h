@@ -53,8 +53,7 @@ class Rescue : public CommitLog {
 
   // CommitLog.
   void loaded(std::u16string_view path, bool whole) override;
-  void committing(std::int32_t position, std::u16string_view before, std::u16string_view after, bool brackets,
-                  bool title) override;
+  void committing(std::int32_t position, bool title, std::u16string_view before, std::u16string_view after) override;
   void replacing(std::u16string_view path) override;
   void saved() override;
   void declined() override { forget(); }

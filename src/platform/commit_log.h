@@ -14,10 +14,10 @@ class CommitLog {
   // N holds the file, or, where its load has failed, a part of it or what it held before.
   virtual void loaded(std::u16string_view /*path*/, bool /*whole*/) {}
 
-  // The text behind the quote mark at a position (from 1) is to be written over; `brackets` around both stay. Of a
+  // The text behind the quote mark at a position (from 1) is to be written over; both texts with their brackets. Of a
   // title that means all its places.
-  virtual void committing(std::int32_t /*position*/, std::u16string_view /*before*/, std::u16string_view /*after*/,
-                          bool /*brackets*/, bool /*title*/) {}
+  virtual void committing(std::int32_t /*position*/, bool /*title*/, std::u16string_view /*before*/,
+                          std::u16string_view /*after*/) {}
 
   // The script's file is to be replaced by the text of N, and has been.
   virtual void replacing(std::u16string_view /*path*/) {}
