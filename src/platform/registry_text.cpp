@@ -17,12 +17,10 @@ constexpr std::size_t kColumns = 80;
 
 // True if no unit is half a pair: such text comes back from UTF-8 as it was.
 bool isWhole(std::u16string_view text) {
-  for (std::size_t at = 0; at < text.size(); ++at) {
-    if (isHighSurrogate(text[at]) && at + 1 < text.size() && isLowSurrogate(text[at + 1])) {
-      ++at;
-    } else if (isHighSurrogate(text[at]) || isLowSurrogate(text[at])) {
-      return false;
-    }
+  for (std::size_t at = 0; at < text.size();) {
+    const Utf16Char next = readUtf16(text, at);
+    if (next.code >= 0xD800 && next.code < 0xE000) return false;
+    at += next.length;
   }
   return true;
 }

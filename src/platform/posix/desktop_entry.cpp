@@ -173,15 +173,7 @@ class Associations {
   }
 
   // Empty for a missing file.
-  std::string read(const std::string& path) {
-    try {
-      OpenFile file = openForReading(calls_, path);
-      return readWholeFile(file, kLargestFile);
-    } catch (const SystemFailure& failure) {
-      if (failure.error() == ENOENT) return {};
-      throw;
-    }
-  }
+  std::string read(const std::string& path) { return readIfThere(calls_, path, kLargestFile).value_or(""); }
 
   void writeIfChanged(const std::string& text) {
     if (text == read(lists_)) return;

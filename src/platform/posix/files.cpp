@@ -125,6 +125,16 @@ std::string readWholeFile(OpenFile& file, std::size_t limit) {
   }
 }
 
+std::optional<std::string> readIfThere(SystemCalls& calls, const std::string& path, std::size_t limit) {
+  try {
+    OpenFile file = openForReading(calls, path);
+    return readWholeFile(file, limit);
+  } catch (const SystemFailure& failure) {
+    if (failure.error() == ENOENT) return std::nullopt;
+    throw;
+  }
+}
+
 FileReplacement::FileReplacement(SystemCalls& calls, const std::string& path, Options options)
     : calls_(calls), path_(path), shownPath_(fromUtf8(path)), target_(resolveTarget(calls, path)) {
   struct stat status {};

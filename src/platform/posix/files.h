@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -29,6 +30,9 @@ OpenFile openForReading(SystemCalls& calls, const std::string& path);
 
 // All bytes of a file that is no larger than `limit`; fails with EFBIG on a larger one.
 std::string readWholeFile(OpenFile& file, std::size_t limit);
+
+// The same of a path; nothing where there is no file.
+std::optional<std::string> readIfThere(SystemCalls& calls, const std::string& path, std::size_t limit);
 
 class FileReplacement : public dravenna::FileReplacement {
  public:

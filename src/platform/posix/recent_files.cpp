@@ -93,23 +93,13 @@ void noteOpening(std::string& text, std::size_t element, const std::string& time
   }
 }
 
-std::string listIn(SystemCalls& calls, const std::string& path) {
-  try {
-    OpenFile file = openForReading(calls, path);
-    return readWholeFile(file, kLargestList);
-  } catch (const SystemFailure& failure) {
-    if (failure.error() == ENOENT) return std::string(kEmptyList);
-    throw;
-  }
-}
-
 }  // namespace
 
 void addRecentFile(SystemCalls& calls, const std::string& path, const std::string& time) {
   const std::string folder = userFolder("XDG_DATA_HOME", "/.local/share");
   if (folder.empty()) return;
   const std::string list = folder + "/recently-used.xbel";
-  std::string text = listIn(calls, list);
+  std::string text = readIfThere(calls, list, kLargestList).value_or(std::string(kEmptyList));
   const std::size_t end = text.rfind("</xbel>");
   if (end == kNone || text.find("xmlns:bookmark=") == kNone || text.find("xmlns:mime=") == kNone) return;
   const std::string address = addressOf(path);
@@ -119,10 +109,7 @@ void addRecentFile(SystemCalls& calls, const std::string& path, const std::strin
     text.insert(end, bookmark(address, time));
   }
   makeFolders(calls, folder, 0700);
-  FileReplacement::Options options;
-  options.newFileMode = 0600;
-  options.flushesFolder = false;
-  replaceFile(calls, list, text, options);
+  replaceFile(calls, list, text, {.newFileMode = 0600, .flushesFolder = false});
 }
 
 }  // namespace dravenna::posix

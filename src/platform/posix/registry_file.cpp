@@ -43,13 +43,13 @@ struct Stamp {
   dev_t device = 0;
   ino_t node = 0;
   off_t size = 0;
-  timespec changed{};
+  time_t seconds = 0;  // of the last change
+  long nanoseconds = 0;
 
-  static Stamp of(const struct stat& status) { return {status.st_dev, status.st_ino, status.st_size, status.st_ctim}; }
-  bool operator==(const Stamp& other) const {
-    return device == other.device && node == other.node && size == other.size &&
-           changed.tv_sec == other.changed.tv_sec && changed.tv_nsec == other.changed.tv_nsec;
+  static Stamp of(const struct stat& status) {
+    return {status.st_dev, status.st_ino, status.st_size, status.st_ctim.tv_sec, status.st_ctim.tv_nsec};
   }
+  bool operator==(const Stamp&) const = default;
 };
 
 // "HKEY_...\A\B" for a key; nothing for an unknown root or a name that cannot stand in the file.
@@ -73,30 +73,11 @@ class RegistryFile : public RegistryCalls {
   RegistryFile(std::string path, SystemCalls& calls) : path_(std::move(path)), calls_(calls) {}
 
   std::int32_t RegOpenKeyA(std::uint32_t root, std::u16string_view path, Handle& handle) override {
-    handle = 0;
-    return guarded([&] {
-      const auto full = fullPath(root, path);
-      if (!full) return kBadParameter;
-      if (!exists(*full)) return kNotFound;
-      handle = newHandle(*full);
-      return kSuccess;
-    });
+    return open(root, path, handle, false);
   }
 
   std::int32_t RegCreateKeyA(std::uint32_t root, std::u16string_view path, Handle& handle) override {
-    handle = 0;
-    return guarded([&] {
-      const auto full = fullPath(root, path);
-      if (!full) return kBadParameter;
-      if (!exists(*full)) {
-        change([&](RegistryTree& keys) {
-          makeRegistryKey(keys, *full);
-          return true;
-        });
-      }
-      handle = newHandle(*full);
-      return kSuccess;
-    });
+    return open(root, path, handle, true);
   }
 
   std::int32_t RegQueryValueExA(Handle handle, std::u16string_view name, std::uint32_t& type, char16_t* data,
@@ -163,10 +144,22 @@ class RegistryFile : public RegistryCalls {
     }
   }
 
-  Handle newHandle(const std::u16string& full) {
-    const Handle handle = ++lastHandle_;
-    handles_.emplace(handle, full);
-    return handle;
+  std::int32_t open(std::uint32_t root, std::u16string_view path, Handle& handle, bool create) {
+    handle = 0;
+    return guarded([&] {
+      const auto full = fullPath(root, path);
+      if (!full) return kBadParameter;
+      if (!exists(*full)) {
+        if (!create) return kNotFound;
+        change([&](RegistryTree& keys) {
+          makeRegistryKey(keys, *full);
+          return true;
+        });
+      }
+      handle = ++lastHandle_;
+      handles_.emplace(handle, *full);
+      return kSuccess;
+    });
   }
 
   bool exists(const std::u16string& full) {
