@@ -83,8 +83,9 @@ TEST_F(MainWindowTest, AClickOnTheCodePageLoadsTheScriptInAnother) {
     auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
     ASSERT_NE(menu, nullptr);
     for (QAction* action : menu->actions()) {
-      if (action->text() == name)
-        return QTest::mouseClick(menu, Qt::LeftButton, {}, menu->actionGeometry(action).center());
+      if (action->text() != name) continue;
+      menu->setActiveAction(action);
+      return QTest::keyClick(menu, Qt::Key_Return);
     }
     ADD_FAILURE();
   };
