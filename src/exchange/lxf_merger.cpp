@@ -19,7 +19,7 @@ bool LxfMerger<Char>::addLine(View line, std::basic_string<Char>& out) {
   const bool unchanged = done();
   std::size_t copied = 0;
   scan_.line(line, [&](const QuotedText& quoted, View plain) {
-    ++texts_;
+    ++counts_.texts;
     if (unchanged || status_ != MergeStatus::Merged) return;
     const Record<Char> record = cutRecord(current_);
     if (behind_ || !record.hasColon) {
@@ -29,8 +29,8 @@ bool LxfMerger<Char>::addLine(View line, std::basic_string<Char>& out) {
     const View before = line.substr(quoted.begin, quoted.end - quoted.begin);
     const bool keeps = codes_ == Codes::Keep && record.text == plain;
     if (!keeps && record.text != before) {
-      ++changed_;
-      if (plain.size() < before.size() && !hasColorCode(record.text)) ++withoutCodes_;
+      ++counts_.changed;
+      if (plain.size() < before.size() && !hasColorCode(record.text)) ++counts_.withoutCodes;
       out.append(line.substr(copied, quoted.begin - copied)).append(record.text);
       copied = quoted.end;
     }

@@ -10,6 +10,12 @@ enum class MergeStatus {
   RanOut,   // the records ended inside a line of the document
 };
 
+struct MergeCounts {
+  std::size_t texts = 0;         // that take a record, in the lines so far
+  std::size_t changed = 0;       // of these, that are not what they were, to the letter
+  std::size_t withoutCodes = 0;  // of these, that had colour codes and have none now
+};
+
 // Puts the text of the k-th line of an exchange file in the place of the k-th text of a document that takes a record.
 // What stands behind the file's last CR LF is no record, unless a document line with several texts runs on into it.
 template <class Char>
@@ -31,10 +37,8 @@ class LxfMerger {
   bool addLine(View line, std::basic_string<Char>& out);
 
   MergeStatus status() const { return status_; }
-  std::size_t recordIndex() const { return index_; }          // from 0: records used, or the one at fault
-  std::size_t texts() const { return texts_; }                // that take a record, in the lines so far
-  std::size_t changed() const { return changed_; }            // of these, that are not what they were
-  std::size_t withoutCodes() const { return withoutCodes_; }  // of these, that had colour codes and have none now
+  std::size_t recordIndex() const { return index_; }  // from 0: records used, or the one at fault
+  const MergeCounts& counts() const { return counts_; }
 
  private:
   void next() { behind_ = !pieces_.next(current_); }
@@ -46,9 +50,7 @@ class LxfMerger {
   bool behind_ = false;
   MergeStatus status_ = MergeStatus::Merged;
   std::size_t index_ = 0;
-  std::size_t texts_ = 0;
-  std::size_t changed_ = 0;
-  std::size_t withoutCodes_ = 0;
+  MergeCounts counts_;
 };
 
 struct MergeResult {

@@ -66,10 +66,10 @@ void importOne(Session& session, const ImportOptions& options) {
     if (options.strict) throw Failure(fromUtf8(told));
     session.console.error(told);
   }
-  const Merge merge = mergeWork(in.lists, script, lxf, lxfPath, {.keepEol = options.eol == "keep"});
+  const Merge merge = mergeWork(in.lists, script, lxf, lxfPath, {.keepEol = options.keepEol.value_or(false)});
   std::string buffer;
   const std::string_view bytes = in.codec.toFile(merge.work, buffer);
-  warnOfOddities(session, lxfPath, cut, merge.texts, wrongEncodingOf(lxfFile, lxfPath, file, in.codec.page()));
+  warnOfOddities(session, lxfPath, cut, merge.counts.texts, wrongEncodingOf(lxfFile, lxfPath, file, in.codec.page()));
   if (path == "-" && !options.dryRun) {
     if (!writeStandardOutput(bytes)) session.console.fail();
     return;
@@ -78,9 +78,9 @@ void importOne(Session& session, const ImportOptions& options) {
     replaceScript(session, path, bytes, options.backup);
     flushFolders(session, {folderOf(path)});
   }
-  session.console.note(fmt::format("{}: {} of {} {}{}", shownName(path), merge.changed, counted(merge.texts, "text"),
-                                   options.dryRun ? "would change" : "changed",
-                                   merge.changed == 0 && bytes != file ? "; line ends only" : ""));
+  session.console.note(fmt::format("{}: {} of {} {}{}", shownName(path), merge.counts.changed,
+                                   counted(merge.counts.texts, "text"), options.dryRun ? "would change" : "changed",
+                                   merge.counts.changed == 0 && bytes != file ? "; line ends only" : ""));
 }
 
 void run(Session& session, const ImportOptions& options) {
@@ -101,9 +101,9 @@ void addImport(Verb program, Session& session) {
   verb.text("--from", options->from, "DIR", "Folder with one exchange file a script, or the one of a single script");
   verb.flag("--dry-run", options->dryRun, "Change nothing, tell what would change");
   addBackupOption(verb, options->backup);
-  verb.choice("--eol", [options](const std::string& eol) { options->eol = eol; }, "KIND",
+  verb.choice("--eol", options->keepEol, "KIND",
               "Line ends of a script that is written: crlf (throughout) or keep (default keep with --from, else crlf)",
-              {"crlf", "keep"});
+              {{"crlf", false}, {"keep", true}});
   verb.flag("--like-window", options->likeWindow,
             "With --from: CR LF throughout, and untranslated texts lose their colour codes");
   verb.flag("--strict", options->strict, "Leave one script alone, too, when a text would break one of its lines");

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -12,7 +13,7 @@ struct ImportOptions {
   std::string from;
   std::string backup;
   bool dryRun = false;
-  std::string eol;  // "keep", "crlf", empty for what is usual
+  std::optional<bool> keepEol;  // line ends stay, or are CR LF; none for what is usual
   bool likeWindow = false;
   bool strict = false;
   bool force = false;

@@ -68,11 +68,15 @@ std::vector<ScriptGroup> groupsInOrder(std::size_t scripts, unsigned jobs);
 // Groups of scripts of one folder, each small enough that its new files can be open together.
 std::vector<ScriptGroup> groupsByFolder(const std::vector<Script>& scripts);
 
+// Tries work(i) for each script of the group, up to an interrupt.
 template <class Result>
-Attempted<Result> attemptWork(const std::function<Result()>& work) {
-  Attempted<Result> done;
-  const auto failure = attempt([&] { done.result.emplace(work()); });
-  if (failure) done.error = shown(failure->description());
+std::vector<Attempted<Result>> attemptEach(ScriptGroup group, const std::function<Result(std::size_t)>& work) {
+  std::vector<Attempted<Result>> done;
+  for (std::size_t i = group.begin; i < group.end && !interrupted(); ++i) {
+    Attempted<Result>& one = done.emplace_back();
+    const auto failure = attempt([&] { one.result.emplace(work(i)); });
+    if (failure) one.error = shown(failure->description());
+  }
   return done;
 }
 
@@ -86,11 +90,7 @@ bool forEachScript(Session& session, const std::vector<Script>& scripts,
   return forEachGroup<Result>(
       session, scripts, groupsInOrder(scripts.size(), session.jobs),
       [&](ScriptGroup group, Buffers& buffers) {
-        std::vector<Attempted<Result>> done;
-        for (std::size_t i = group.begin; i < group.end && !interrupted(); ++i) {
-          done.push_back(attemptWork<Result>([&] { return work(scripts[i], buffers); }));
-        }
-        return done;
+        return attemptEach<Result>(group, [&](std::size_t i) { return work(scripts[i], buffers); });
       },
       take);
 }
@@ -107,20 +107,17 @@ bool rewriteEachScript(Session& session, const std::vector<Script>& scripts, con
   const bool whole = forEachGroup<Result>(
       session, scripts, groupsByFolder(scripts),
       [&](ScriptGroup group, Buffers& buffers) {
-        std::vector<Attempted<Result>> done(group.end - group.begin);
         Replacements replacements(*session.files, backup);
         std::vector<std::size_t> staged;
-        for (std::size_t i = group.begin; i < group.end && !interrupted(); ++i) {
-          done[i - group.begin] = attemptWork<Result>([&] {
-            std::optional<std::string> bytes;
-            Result result = work(scripts[i], buffers, bytes);
-            if (bytes && !dryRun) {
-              replacements.stage(scripts[i].path, *bytes);
-              staged.push_back(i - group.begin);
-            }
-            return result;
-          });
-        }
+        std::vector<Attempted<Result>> done = attemptEach<Result>(group, [&](std::size_t i) {
+          std::optional<std::string> bytes;
+          Result result = work(scripts[i], buffers, bytes);
+          if (bytes && !dryRun) {
+            replacements.stage(scripts[i].path, *bytes);
+            staged.push_back(i - group.begin);
+          }
+          return result;
+        });
         if (staged.empty()) return done;
         const std::vector<std::u16string> failures = replacements.commit();
         const std::lock_guard lock(mutex);

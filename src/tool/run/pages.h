@@ -9,7 +9,7 @@
 #include "platform/failure.h"
 #include "platform/tree_files.h"
 #include "tool/run/console.h"
-#include "tool/script/encoding.h"
+#include "tool/script/codec.h"
 
 namespace dravenna {
 

@@ -60,29 +60,29 @@ TextIndex::TextIndex(Session& session, const std::string& folder) : session_(ses
   }
   indexPath_ = joinPath(home, kIndexName);
   importsPath_ = joinPath(home, "dravenna.imports");
-  read(indexPath_, 1, [&](const auto& digests, std::string&& lxf) { originals_[lxf].push_back(digests[0]); });
-  read(importsPath_, 2, [&](const auto& digests, std::string&& lxf) {
+  read(indexPath_, 1,
+       [&](const auto& digests, const std::string& lxf) { known_[lxf].originals.push_back(digests[0]); });
+  read(importsPath_, 2, [&](const auto& digests, const std::string& lxf) {
     // An exchange file that was made anew has no imports yet.
-    const auto found = originals_.find(lxf);
-    if (found != originals_.end() && contains(found->second, digests[0]))
-      imports_[lxf].push_back({digests[0], digests[1]});
+    const auto found = known_.find(lxf);
+    if (found != known_.end() && contains(found->second.originals, digests[0]))
+      found->second.imports.push_back({digests[0], digests[1]});
   });
 }
 
 bool TextIndex::isOriginal(const std::string& lxf, std::uint64_t texts) const {
-  const auto found = originals_.find(prefix_ + lxf);
-  return found == originals_.end() || contains(found->second, texts);
+  const auto found = known_.find(prefix_ + lxf);
+  return found == known_.end() || contains(found->second.originals, texts);
 }
 
 bool TextIndex::fits(const std::string& lxf, std::uint64_t texts) const {
   if (isOriginal(lxf, texts)) return true;
-  const auto found = imports_.find(prefix_ + lxf);
-  return found != imports_.end() && std::any_of(found->second.begin(), found->second.end(),
-                                                [&](const Import& import) { return import.texts == texts; });
+  const std::vector<Import>& imports = known_.at(prefix_ + lxf).imports;
+  return std::any_of(imports.begin(), imports.end(), [&](const Import& import) { return import.texts == texts; });
 }
 
 void TextIndex::madeFrom(const std::string& lxf, std::uint64_t texts, bool anew) {
-  std::vector<std::uint64_t>& known = originals_[prefix_ + lxf];
+  std::vector<std::uint64_t>& known = known_[prefix_ + lxf].originals;
   if (anew ? known == std::vector{texts} : contains(known, texts)) return;
   if (anew) known.clear();
   known.push_back(texts);
@@ -90,9 +90,9 @@ void TextIndex::madeFrom(const std::string& lxf, std::uint64_t texts, bool anew)
 }
 
 void TextIndex::imported(const std::string& lxf, std::uint64_t texts) {
-  const auto found = originals_.find(prefix_ + lxf);
-  if (found == originals_.end() || fits(lxf, texts)) return;
-  imports_[found->first].push_back({found->second.front(), texts});
+  const auto found = known_.find(prefix_ + lxf);
+  if (found == known_.end() || fits(lxf, texts)) return;
+  found->second.imports.push_back({found->second.originals.front(), texts});
   importsChanged_ = true;
 }
 
@@ -104,15 +104,15 @@ void TextIndex::write(const std::string& path, const std::string& bytes) {
 void TextIndex::save() {
   if (originalsChanged_) {
     std::string bytes(kIndexHead);
-    for (const auto& [lxf, digests] : originals_) {
-      for (const std::uint64_t digest : digests) bytes += fmt::format("{:016x} {}\n", digest, lxf);
+    for (const auto& [lxf, known] : known_) {
+      for (const std::uint64_t digest : known.originals) bytes += fmt::format("{:016x} {}\n", digest, lxf);
     }
     write(indexPath_, bytes);
   }
   if (importsChanged_) {
     std::string bytes(kImportsHead);
-    for (const auto& [lxf, imports] : imports_) {
-      for (const Import& import : imports)
+    for (const auto& [lxf, known] : known_) {
+      for (const Import& import : known.imports)
         bytes += fmt::format("{:016x} {:016x} {}\n", import.original, import.texts, lxf);
     }
     write(importsPath_, bytes);

@@ -19,7 +19,7 @@ class TextIndex {
   // Reads both files, which may be missing. A line that cannot be read is told and left out.
   TextIndex(Session& session, const std::string& folder);
 
-  bool knows(const std::string& lxf) const { return originals_.count(prefix_ + lxf) != 0; }
+  bool knows(const std::string& lxf) const { return known_.count(prefix_ + lxf) != 0; }
   // Whether the exchange file was made from these texts, or nothing is known of it.
   bool isOriginal(const std::string& lxf, std::uint64_t texts) const;
   // The same, or an import of it has made these texts.
@@ -38,6 +38,10 @@ class TextIndex {
     std::uint64_t original;
     std::uint64_t texts;
   };
+  struct Known {
+    std::vector<std::uint64_t> originals;
+    std::vector<Import> imports;
+  };
   // Reads lines of `digests` numbers and a path: take(numbers, path).
   template <class Take>
   void read(const std::string& path, std::size_t digests, Take&& take);
@@ -47,8 +51,7 @@ class TextIndex {
   std::string indexPath_;
   std::string importsPath_;
   std::string prefix_;  // of the folder below that of the index
-  std::map<std::string, std::vector<std::uint64_t>> originals_;
-  std::map<std::string, std::vector<Import>> imports_;
+  std::map<std::string, Known> known_;
   bool originalsChanged_ = false;
   bool importsChanged_ = false;
 };

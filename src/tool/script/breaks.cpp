@@ -4,8 +4,6 @@
 
 #include <algorithm>
 
-#include "tool/script/records.h"
-
 namespace dravenna {
 
 namespace {

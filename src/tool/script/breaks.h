@@ -7,7 +7,7 @@
 
 #include "tool/script/codec.h"
 #include "tool/script/exchange_file.h"
-#include "tool/script/text_digest.h"
+#include "tool/script/records.h"
 
 // What would break a script for the next scan or for the servers that read it. All texts are work bytes.
 namespace dravenna {

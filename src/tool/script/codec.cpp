@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "text/text.h"
+#include "tool/script/shown.h"
 
 namespace dravenna {
 
@@ -206,5 +207,20 @@ std::string quoted(const Codec& codec, std::string_view work) {
 }
 
 void appendEscapedName(std::string_view name, std::string& out) { appendEscapedWide(fromUtf8(name), out); }
+
+std::string shownName(std::string_view name) {
+  std::string out;
+  appendEscapedName(name, out);
+  return out;
+}
+
+std::string shown(std::u16string_view text) { return shownName(toUtf8(text)); }
+
+std::string counted(std::size_t count, std::string_view noun) {
+  std::string out = std::to_string(count) + " ";
+  out.append(noun);
+  if (count != 1) out.push_back('s');
+  return out;
+}
 
 }  // namespace dravenna

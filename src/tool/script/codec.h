@@ -3,6 +3,7 @@
 #include <string>
 #include <string_view>
 
+#include "scan/command_list.h"
 #include "text/code_page.h"
 #include "text/high_bytes.h"
 
@@ -39,6 +40,15 @@ class Codec {
 
   CodePagePtr page_;
   bool wide_;
+};
+
+// How the files of one code page are worked on.
+struct Encoding {
+  Encoding(CodePagePtr page, std::u16string_view allowed, std::u16string_view special)
+      : codec(std::move(page)), lists(allowed, special, codec.wordPage()) {}
+
+  Codec codec;
+  CommandLists lists;
 };
 
 // Places within a line, for offsets that mostly ascend: each character is counted once.

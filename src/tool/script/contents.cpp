@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <iterator>
 
-#include "scan/line_scanner.h"
 #include "tool/script/exchange_file.h"
+#include "tool/script/outline.h"
 #include "tool/script/script_lines.h"
 
 namespace dravenna {
@@ -24,29 +24,13 @@ bool isDefinition(std::string_view line) {
 }
 
 // A text of an allowed command, or the definition of an NPC.
-class ScriptSign {
- public:
-  explicit ScriptSign(const CommandLists& lists) : scanner_(lists) {}
-
-  bool in(std::string_view bytes) {
-    if (bytes.find("\tscript\t") != std::string_view::npos) return true;
-    forEachQuoteLine(bytes, [&](std::string_view line) {
-      if (!found_) scanner_.scan(line, *this);
-    });
-    forEachLine(bytes, [&](const ScriptLine& line) { found_ |= isDefinition(line.text); });
-    return found_;
-  }
-
-  void plain(std::size_t, std::size_t) {}
-  void quote(std::size_t) {}
-  void error(std::size_t, std::size_t) {}
-  void comment(std::size_t, std::size_t) {}
-  void text(const QuotedText& quoted) { found_ |= quoted.allowed; }
-
- private:
-  ByteLineScanner scanner_;
-  bool found_ = false;
-};
+bool isScript(std::string_view bytes, const CommandLists& lists) {
+  if (bytes.find("\tscript\t") != std::string_view::npos) return true;
+  const std::vector<OutlineText> texts = outlineOf(bytes, lists, OutlineOf::Texts).texts;
+  bool found = std::any_of(texts.begin(), texts.end(), [](const OutlineText& text) { return text.allowed; });
+  forEachLine(bytes, [&](const ScriptLine& line) { found |= isDefinition(line.text); });
+  return found;
+}
 
 bool isExchangeFile(std::string_view bytes) { return bearsNumber(cutRecord(bytes.substr(0, bytes.find('\n'))), 1); }
 
@@ -63,7 +47,7 @@ Contents contentsOf(std::string_view bytes, const CommandLists& lists) {
   if (bytes.starts_with(kIndexHead) || bytes.starts_with(kImportsHead)) return Contents::Index;
   if (isExchangeFile(bytes)) return Contents::ExchangeFile;
   if (isPoFile(bytes)) return Contents::PoFile;
-  return ScriptSign(lists).in(bytes) ? Contents::Script : Contents::Other;
+  return isScript(bytes, lists) ? Contents::Script : Contents::Other;
 }
 
 bool holdsTranslations(std::string_view poFile) {

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "tool/script/encoding.h"
+#include "tool/script/codec.h"
 #include "tool/script/outline.h"
 
 namespace dravenna {

@@ -1,6 +1,5 @@
 #include "tool/script/lxf_merge.h"
 
-#include "exchange/lxf_merger.h"
 #include "platform/failure.h"
 #include "text/text.h"
 #include "tool/script/script_lines.h"
@@ -30,9 +29,7 @@ Merge mergeWork(const CommandLists& lists, std::string_view script, std::string_
     if (!merger.addLine(line.text, merge.work)) failAt(lxfName, merger.status(), merger.recordIndex(), line.number);
     merge.work.append(way.keepEol ? line.ending : "\r\n");
   });
-  merge.texts = merger.texts();
-  merge.changed = merger.changed();
-  merge.withoutCodes = merger.withoutCodes();
+  merge.counts = merger.counts();
   return merge;
 }
 

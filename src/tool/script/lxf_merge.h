@@ -3,15 +3,13 @@
 #include <string>
 #include <string_view>
 
-#include "scan/command_list.h"
+#include "exchange/lxf_merger.h"
 
 namespace dravenna {
 
 struct Merge {
-  std::string work;              // the new script
-  std::size_t texts = 0;         // texts that take a record
-  std::size_t changed = 0;       // of these, those that are not what they were, byte for byte
-  std::size_t withoutCodes = 0;  // of these, those that had colour codes and have none now
+  std::string work;  // the new script
+  MergeCounts counts;
 };
 
 // What becomes of what an exchange file cannot tell of. The window's way: CR LF throughout, and a record that is its

@@ -1,14 +1,28 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
 #include "exchange/records.h"
+#include "text/fnv1a.h"
 #include "tool/script/script_lines.h"
-#include "tool/script/text_digest.h"
 
 // Records of scripts in their work bytes.
 namespace dravenna {
+
+// A number for the texts of a script that take a record, codes and all, in their order; the same on every system.
+class TextDigest {
+ public:
+  void add(std::string_view text) {
+    for (const char c : text) value_ = fnv1a(value_, c);
+    value_ = fnv1a(value_, '\n');  // which no text holds
+  }
+  std::uint64_t value() const { return value_; }
+
+ private:
+  std::uint64_t value_ = kFnv1aStart;
+};
 
 // Calls found(raw text, text without colour codes) for each text of a script that gets a record, in order.
 template <class Found>
