@@ -15,30 +15,17 @@ bool hasColorCode(std::basic_string_view<Char> text) {
 }  // namespace
 
 template <class Char>
-bool LxfMerger<Char>::addLine(View line, std::basic_string<Char>& out) {
-  const bool unchanged = done();
-  std::size_t copied = 0;
-  scan_.line(line, [&](const QuotedText& quoted, View plain) {
-    ++counts_.texts;
-    if (unchanged || status_ != MergeStatus::Merged) return;
-    const Record<Char> record = cutRecord(current_);
-    if (behind_ || !record.hasColon) {
-      status_ = behind_ ? MergeStatus::RanOut : MergeStatus::NoColon;
-      return;
-    }
-    const View before = line.substr(quoted.begin, quoted.end - quoted.begin);
-    const bool keeps = codes_ == Codes::Keep && record.text == plain;
-    if (!keeps && record.text != before) {
-      ++counts_.changed;
-      if (plain.size() < before.size() && !hasColorCode(record.text)) ++counts_.withoutCodes;
-      out.append(line.substr(copied, quoted.begin - copied)).append(record.text);
-      copied = quoted.end;
-    }
-    ++index_;
-    next();
-  });
-  out.append(line.substr(copied));
-  return status_ == MergeStatus::Merged;
+bool LxfMerger<Char>::takesTheNext(View before, View plain) {
+  const Record<Char> record = cutRecord(current_);
+  if (status_ == MergeStatus::Merged && behind_) status_ = MergeStatus::RanOut;
+  if (status_ == MergeStatus::Merged && !record.hasColon) status_ = MergeStatus::NoColon;
+  next();
+  if (status_ != MergeStatus::Merged) return false;
+  ++index_;
+  if (record.text == before || (codes_ == Codes::Keep && record.text == plain)) return false;
+  ++counts_.changed;
+  if (plain.size() < before.size() && !hasColorCode(record.text)) ++counts_.withoutCodes;
+  return true;
 }
 
 template class LxfMerger<char>;
@@ -51,7 +38,7 @@ MergeResult mergeLxf(std::u16string_view document, std::u16string_view exchangeF
   CrLfPieces<char16_t> lines(document);
   std::size_t taken = 0;  // characters of the document
   for (std::u16string_view line; lines.next(line) && !lines.atLast() && !merger.done();) {
-    if (!merger.addLine(line, result.text)) break;
+    if (!merger.addLine(line, result.text, [](auto&&...) {})) break;
     result.text.append(u"\r\n");
     taken += line.size() + 2;
     ++result.lineIndex;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <optional>
+
 #include "exchange/records.h"
 
 namespace dravenna {
@@ -33,8 +35,27 @@ class LxfMerger {
   // No further line of the document will change.
   bool done() const { return behind_ || pieces_.atLast(); }
 
-  // Appends the document's next line as it will be; false at a fault, which status() tells.
-  bool addLine(View line, std::basic_string<Char>& out);
+  // Appends the document's next line as it will be; false from a fault on, which status() tells. Calls each(text, text
+  // without colour codes, what its record says) for each text that takes a record, behind a fault too; the record is
+  // none where the exchange file has ended.
+  template <class Each>
+  bool addLine(View line, std::basic_string<Char>& out, Each&& each) {
+    const bool unchanged = done();
+    std::size_t copied = 0;
+    scan_.line(line, [&](const QuotedText& quoted, View plain) {
+      ++counts_.texts;
+      const View before = line.substr(quoted.begin, quoted.end - quoted.begin);
+      std::optional<View> record;
+      if (!unchanged && !behind_) record = cutRecord(current_).text;
+      each(before, plain, record);
+      if (!unchanged && takesTheNext(before, plain)) {
+        out.append(line.substr(copied, quoted.begin - copied)).append(*record);
+        copied = quoted.end;
+      }
+    });
+    out.append(line.substr(copied));
+    return status_ == MergeStatus::Merged;
+  }
 
   MergeStatus status() const { return status_; }
   std::size_t recordIndex() const { return index_; }  // from 0: records used, or the one at fault
@@ -42,6 +63,8 @@ class LxfMerger {
 
  private:
   void next() { behind_ = !pieces_.next(current_); }
+  // Goes on to the next record; whether the last one takes the place of the text.
+  bool takesTheNext(View before, View plain);
 
   RecordScan<Char> scan_;
   CrLfPieces<Char> pieces_;

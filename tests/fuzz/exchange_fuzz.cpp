@@ -1,9 +1,6 @@
-#include <optional>
-
 #include "exchange/lxf_merger.h"
 #include "fuzz_input.h"
 #include "model.h"
-#include "platform/failure.h"
 #include "tool/script/codec.h"
 #include "tool/script/lxf_merge.h"
 #include "tool/script/records.h"
@@ -15,16 +12,6 @@ static Text exchangeFileOf(TextView document, const CommandLists& lists) {
   Text file;
   writeRecords(document, lists, [&](TextView record) { file.append(record).append(u"\r\n"); });
   return file;
-}
-
-// What the tool's merge gives, nothing for a failure.
-static std::optional<Merge> mergeOrFail(const CommandLists& lists, std::string_view script, std::string_view lxf,
-                                        MergeWay way) {
-  try {
-    return mergeWork(lists, script, lxf, "", way);
-  } catch (const Failure&) {
-    return std::nullopt;
-  }
 }
 
 // Parts are a script and an exchange file.
@@ -61,8 +48,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   }
 
   // The command line tool works on bytes and gives what the window gives.
-  const Codec codec(page);
-  const CommandLists byteLists(allowed, special, codec.wordPage());
+  const Encoding in(page, allowed, special);
+  const Codec& codec = in.codec;
+  const CommandLists& byteLists = in.lists;
   std::string scriptBuffer;
   std::string lxfBuffer;
   std::string out;
@@ -71,20 +59,20 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   require(codec.toFile(work, outBuffer) == script, "work bytes come back");
   require(codec.decode(work) == raw && codec.units(work) == raw.size(), "characters of the work bytes");
   exportWork(work, byteLists, true, out);
-  const auto same = mergeOrFail(byteLists, work, out, {.keepEol = true});
-  require(same && same->work == work && same->changed == 0, "a file with its codes changes nothing");
+  const Merge same = mergeWork(in, work, out, "", {.keepEol = true});
+  require(!same.failure && same.work == work && same.counts.changed == 0, "a file with its codes changes nothing");
   out.clear();
   exportWork(work, byteLists, false, out);
   std::string fromWindow;
   page->encode(exchangeFileOf(document, lists), fromWindow);
   require(codec.toFile(out, outBuffer) == fromWindow, "tool and window export the same");
-  const auto kept = mergeOrFail(byteLists, work, out, {.keepEol = true, .keepCodes = true});
-  require(kept && kept->work == work, "an export changes nothing where codes are kept");
+  const Merge kept = mergeWork(in, work, out, "", {.keepEol = true, .keepCodes = true});
+  require(!kept.failure && kept.work == work, "an export changes nothing where codes are kept");
   const MergeResult inWindow = mergeLxf(document, exchangeFile, lists);
-  const auto merge = mergeOrFail(byteLists, work, codec.toWork(lxf, lxfBuffer), {});
-  require(merge.has_value() == (inWindow.status == MergeStatus::Merged), "tool and window refuse the same");
+  const Merge merge = mergeWork(in, work, codec.toWork(lxf, lxfBuffer), "", {});
+  require(!merge.failure == (inWindow.status == MergeStatus::Merged), "tool and window refuse the same");
   std::string bytes;
   page->encode(inWindow.text, bytes);
-  if (merge) require(codec.toFile(merge->work, outBuffer) == bytes, "tool and window import the same");
+  if (!merge.failure) require(codec.toFile(merge.work, outBuffer) == bytes, "tool and window import the same");
   return 0;
 }

@@ -7,8 +7,8 @@
 #include "platform/tree_files.h"
 #include "tool/lxf/import_tree.h"
 #include "tool/run/session.h"
-#include "tool/script/breaks.h"
 #include "tool/script/contents.h"
+#include "tool/script/exchange_file.h"
 #include "tool/script/lxf_merge.h"
 
 namespace dravenna {
@@ -60,13 +60,14 @@ void importOne(Session& session, const ImportOptions& options) {
   }
 
   // As in the window a text goes in whatever it breaks, but not unheard.
-  for (const BrokenRecord& record : breaksOf(in.codec, in.lists, script, cut, false).list) {
+  const Merge merge = mergeWork(in, script, lxf, lxfPath, {.keepEol = options.keepEol.value_or(false)});
+  for (const BrokenRecord& record : merge.breaks) {
     const std::string told = fmt::format("{}:{}: {}:{}: {}", shownName(path), record.scriptLine, shownName(lxfPath),
                                          record.record, record.why);
     if (options.strict) throw Failure(fromUtf8(told));
     session.console.error(told);
   }
-  const Merge merge = mergeWork(in.lists, script, lxf, lxfPath, {.keepEol = options.keepEol.value_or(false)});
+  if (merge.failure) throw Failure(*merge.failure);
   std::string buffer;
   const std::string_view bytes = in.codec.toFile(merge.work, buffer);
   warnOfOddities(session, lxfPath, cut, merge.counts.texts, wrongEncodingOf(lxfFile, lxfPath, file, in.codec.page()));

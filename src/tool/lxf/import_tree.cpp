@@ -10,7 +10,7 @@
 #include "text/text.h"
 #include "tool/run/for_each_script.h"
 #include "tool/run/text_index.h"
-#include "tool/script/breaks.h"
+#include "tool/script/exchange_file.h"
 #include "tool/script/lxf_merge.h"
 #include "tool/script/records.h"
 
@@ -79,16 +79,14 @@ class TreeImport {
 
  private:
   // Why, when the script's texts are not those that the exchange file was made from, nor those that it puts in.
-  std::optional<Failure> outOfDate(const std::string& lxfName, const std::string& lxfPath, const CommandLists& lists,
+  std::optional<Failure> outOfDate(const std::string& lxfName, const std::string& lxfPath, const Encoding& in,
                                    std::string_view script, TextDigest texts, std::string_view lxf) const {
     if (index_.fits(lxfName, texts.value())) return std::nullopt;
-    Merge merge;
-    const auto misfit =
-        attempt([&] { merge = mergeWork(lists, script, lxf, lxfName, {.keepEol = true, .keepCodes = true}); });
-    if (!misfit && merge.work == script) return std::nullopt;
+    const Merge merge = mergeWork(in, script, lxf, lxfName, {.keepEol = true, .keepCodes = true});
+    if (!merge.failure && merge.work == script) return std::nullopt;
     std::string why = lxfPath + ": made from other texts than the script has now: a new version needs `update`";
     // A few are most likely corrections of what the window or another tool has put in.
-    if (!misfit)
+    if (!merge.failure)
       why += fmt::format("; --force writes {} of its {} over the script's", merge.counts.changed,
                          counted(merge.counts.texts, "text"));
     return Failure(fromUtf8(why));
@@ -114,26 +112,24 @@ class TreeImport {
       return outcome;
     };
     const ExchangeFile cut = cutExchangeFile(lxf);
-    const RecordBreaks breaks = breaksOf(in.codec, in.lists, scriptWork, cut, !options_.likeWindow);
-    for (const auto& misfit : {wrongEncodingOf(buffers.otherFile, lxfPath, file, in.codec.page()),
-                               outOfDate(lxfName, lxfPath, in.lists, scriptWork, breaks.digest, lxf),
-                               misfitOf(cut, lxfPath, breaks.texts)}) {
+    const bool likeWindow = options_.likeWindow;
+    const MergeWay way{.keepEol = options_.keepEol.value_or(!likeWindow), .keepCodes = !likeWindow};
+    const Merge merge = mergeWork(in, scriptWork, lxf, lxfPath, way);
+    for (const auto& misfit :
+         {wrongEncodingOf(buffers.otherFile, lxfPath, file, in.codec.page()),
+          outOfDate(lxfName, lxfPath, in, scriptWork, merge.digest, lxf), misfitOf(cut, lxfPath, merge.counts.texts)}) {
       if (!misfit) continue;
       if (!options_.force) return refuse(shown(misfit->description()));
       outcome.warnings.push_back({.why = shown(misfit->description())});
     }
     if (lxf.empty()) return outcome;  // a script without texts, or forced with nothing to merge
 
-    for (const BrokenRecord& record : breaks.list) {
+    for (const BrokenRecord& record : merge.breaks) {
       outcome.warnings.push_back({script.path, record.scriptLine, "", lxfPath, record.record, record.why});
     }
-    if (!breaks.list.empty()) return refuse(fmt::format("{} would break it", shownName(lxfPath)));
-    const bool likeWindow = options_.likeWindow;
-    const MergeWay way{.keepEol = options_.keepEol.value_or(!likeWindow), .keepCodes = !likeWindow};
-    Merge merge;
-    const auto failure = attempt([&] { merge = mergeWork(in.lists, scriptWork, lxf, lxfPath, way); });
-    if (failure) return refuse(shown(failure->description()));
-    for (std::size_t i = 0; i < cut.records.size() && i < breaks.texts; ++i) {
+    if (!merge.breaks.empty()) return refuse(fmt::format("{} would break it", shownName(lxfPath)));
+    if (merge.failure) return refuse(shown(merge.failure->description()));
+    for (std::size_t i = 0; i < cut.records.size() && i < merge.counts.texts; ++i) {
       const char* const what = whatLeavesExport(cut.records[i].text);
       if (what != nullptr) outcome.warnings.push_back({.from = lxfPath, .fromLine = i + 1, .why = what});
     }
@@ -144,7 +140,7 @@ class TreeImport {
     }
     outcome.counts = merge.counts;
     const std::string_view now = in.codec.toFile(merge.work, buffers.out);
-    if (index_.knows(lxfName)) outcome.digest = now == file ? breaks.digest : digestOf(merge.work, in.lists);
+    if (index_.knows(lxfName)) outcome.digest = now == file ? merge.digest : digestOf(merge.work, in.lists);
     if (now == file) return outcome;
     outcome.fate = Fate::Replaced;
     bytes = now;

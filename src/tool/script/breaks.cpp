@@ -101,25 +101,4 @@ std::vector<Break> breaksOf(const Codec& codec, std::optional<std::string_view> 
   return breaks;
 }
 
-RecordBreaks breaksOf(const Codec& codec, const CommandLists& lists, std::string_view script, const ExchangeFile& lxf,
-                      bool keepCodes) {
-  RecordBreaks breaks;
-  const char* before = nullptr;
-  forEachRecordText(script, lists, [&](std::string_view raw, std::string_view plain) {
-    const std::size_t i = breaks.texts++;
-    breaks.digest.add(raw);
-    // What has no line end is put in only where the line of the text before runs on into it.
-    const bool runsOn = before != nullptr && std::find(before, raw.data(), '\n') == raw.data();
-    before = raw.data();
-    if (i > lxf.records.size() || (i == lxf.records.size() && !runsOn)) return;
-    const std::string_view now = i < lxf.records.size() ? lxf.records[i].text : cutRecord(lxf.rest).text;
-    if (keepCodes && now == plain) return;
-    for (Break& found : breaksOf(codec, raw, now, inFrontOf(raw, script))) {
-      const auto line = std::count(script.data(), raw.data(), '\n') + 1;
-      breaks.list.push_back({static_cast<std::size_t>(line), i + 1, std::move(found.why)});
-    }
-  });
-  return breaks;
-}
-
 }  // namespace dravenna

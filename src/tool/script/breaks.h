@@ -6,8 +6,6 @@
 #include <vector>
 
 #include "tool/script/codec.h"
-#include "tool/script/exchange_file.h"
-#include "tool/script/records.h"
 
 // What would break a script for the next scan or for the servers that read it. All texts are work bytes.
 namespace dravenna {
@@ -36,21 +34,5 @@ struct ServerPiece {
   bool closed;  // by what ends such a piece
 };
 ServerPiece serverPieceAt(const Codec& codec, std::string_view work, std::size_t at);
-
-// What an import of an exchange file would break, with lines from 1.
-struct BrokenRecord {
-  std::size_t scriptLine;
-  std::size_t record;
-  std::string why;
-};
-struct RecordBreaks {
-  std::size_t texts = 0;  // of the script that take a record
-  TextDigest digest;      // of these
-  std::vector<BrokenRecord> list;
-};
-
-// With `keepCodes` a record that is its text without colour codes changes nothing.
-RecordBreaks breaksOf(const Codec& codec, const CommandLists& lists, std::string_view script, const ExchangeFile& lxf,
-                      bool keepCodes);
 
 }  // namespace dravenna

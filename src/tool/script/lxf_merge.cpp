@@ -1,32 +1,39 @@
 #include "tool/script/lxf_merge.h"
 
-#include "platform/failure.h"
 #include "text/text.h"
+#include "tool/script/breaks.h"
 #include "tool/script/script_lines.h"
 
 namespace dravenna {
 
 namespace {
 
-[[noreturn]] void failAt(const std::string& lxfName, MergeStatus status, std::size_t record, std::size_t scriptLine) {
+Failure failureAt(const std::string& lxfName, MergeStatus status, std::size_t record, std::size_t scriptLine) {
   const std::u16string line = decimal(static_cast<std::int64_t>(record) + 1);
-  throw Failure(fromUtf8(lxfName) + u":" + line + u": " +
-                (status == MergeStatus::NoColon
-                     ? u"Correlative number not found in line " + line
-                     : u"The exchange file ends in the middle of line " +
-                           decimal(static_cast<std::int64_t>(scriptLine) + 1) + u" of the script."));
+  return Failure(fromUtf8(lxfName) + u":" + line + u": " +
+                 (status == MergeStatus::NoColon
+                      ? u"Correlative number not found in line " + line
+                      : u"The exchange file ends in the middle of line " +
+                            decimal(static_cast<std::int64_t>(scriptLine) + 1) + u" of the script."));
 }
 
 }  // namespace
 
-Merge mergeWork(const CommandLists& lists, std::string_view script, std::string_view lxf, const std::string& lxfName,
+Merge mergeWork(const Encoding& in, std::string_view script, std::string_view lxf, const std::string& lxfName,
                 MergeWay way) {
   Merge merge;
   merge.work.reserve(script.size() + lxf.size());
   using Codes = LxfMerger<char>::Codes;
-  LxfMerger<char> merger(lxf, lists, way.keepCodes ? Codes::Keep : Codes::Replace);
+  LxfMerger<char> merger(lxf, in.lists, way.keepCodes ? Codes::Keep : Codes::Replace);
   forEachLine(script, [&](const ScriptLine& line) {
-    if (!merger.addLine(line.text, merge.work)) failAt(lxfName, merger.status(), merger.recordIndex(), line.number);
+    const auto each = [&](std::string_view text, std::string_view plain, std::optional<std::string_view> record) {
+      merge.digest.add(text);
+      if (!record || (way.keepCodes && *record == plain)) return;
+      for (Break& found : breaksOf(in.codec, text, *record, inFrontOf(text, script)))
+        merge.breaks.push_back({line.number + 1, merger.counts().texts, std::move(found.why)});
+    };
+    if (!merger.addLine(line.text, merge.work, each) && !merge.failure)
+      merge.failure = failureAt(lxfName, merger.status(), merger.recordIndex(), line.number);
     merge.work.append(way.keepEol ? line.ending : "\r\n");
   });
   merge.counts = merger.counts();
