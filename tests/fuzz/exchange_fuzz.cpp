@@ -2,7 +2,7 @@
 #include "fuzz_input.h"
 #include "model.h"
 #include "tool/script/codec.h"
-#include "tool/script/lxf_merge.h"
+#include "tool/script/exchange_file.h"
 #include "tool/script/records.h"
 
 using namespace dravenna;

@@ -13,7 +13,6 @@
 #include "tool/run/text_index.h"
 #include "tool/script/contents.h"
 #include "tool/script/exchange_file.h"
-#include "tool/script/lxf_merge.h"
 #include "tool/script/records.h"
 
 namespace dravenna {

@@ -8,7 +8,7 @@
 #include "text/text.h"
 #include "tool/check/translation.h"
 #include "tool/script/breaks.h"
-#include "tool/script/lxf_merge.h"
+#include "tool/script/exchange_file.h"
 
 namespace dravenna {
 

@@ -134,8 +134,7 @@ std::size_t Codec::encode(std::u16string_view text, std::string& work) const {
 }
 
 std::size_t Codec::units(std::string_view work) const {
-  if ((direct() && page_->isSingleByte()) || isAscii(work)) return work.size();
-  return decode(work).size();
+  return (direct() && page_->isSingleByte()) || isAscii(work) ? work.size() : decode(work).size();
 }
 
 std::size_t Codec::characters(std::string_view work) const {
@@ -156,11 +155,10 @@ std::size_t PlaceCounter::before(std::string_view line, std::size_t offset) {
 }
 
 void appendEscaped(const Codec& codec, std::string_view work, std::string& out) {
-  if (!isAscii(work)) return appendEscapedWide(codec.decode(work), out);
-  if (std::none_of(work.begin(), work.end(), needsEscape)) {
+  if (isAscii(work) && std::none_of(work.begin(), work.end(), needsEscape)) {
     out.append(work);
   } else {
-    for (const char c : work) appendEscapedAscii(c, out);
+    appendEscapedWide(codec.decode(work), out);
   }
 }
 
