@@ -187,7 +187,7 @@ std::unique_ptr<LoadedScript> OldVersion::loadFresh(const Script& script) const 
     }
     if (!path.empty()) readFile(session_, path, translation);
   }
-  const Encoding& in = takeEncoding(session_, script.path, file, translation);
+  const Encoding& in = session_.pages->take(script.path, file, translation);
   return std::make_unique<LoadedScript>(std::move(file), in, more_);
 }
 

@@ -92,7 +92,7 @@ bool Check::isWanted(const char* kind) const {
 
 Findings Check::checkOneScript(const Script& script, Buffers& buffers) const {
   readFile(session_, script.path, buffers.file);
-  const Encoding& in = takeEncoding(session_, script.path, buffers.file);
+  const Encoding& in = session_.pages->take(script.path, buffers.file);
   Findings findings(in.codec, options_.consistent);
   if (checkUtf16(findings, buffers.file)) return findings;
   const auto what = options_.against.empty() ? OutlineOf::Texts : OutlineOf::Dialogue;
@@ -119,7 +119,7 @@ Findings Check::checkOneExchangeFile(const Script& script, Buffers& buffers) con
       options_.scripts.empty() ? given_.scriptOf(script) : scriptIn(session_, options_.scripts, script);
   const bool found = !path.empty() && session_.files->pathKind(path) == PathKind::File;
   if (found) readFile(session_, path, buffers.otherFile);
-  const Encoding& in = found ? session_.pages->of(buffers.otherFile, file) : takeEncoding(session_, script.path, file);
+  const Encoding& in = found ? session_.pages->of(buffers.otherFile, file) : session_.pages->take(script.path, file);
   Findings findings(in.codec, options_.consistent);
   if (checkUtf16(findings, file)) return findings;
   if (marked) findings.addWhole("lxf-order", "begins with a byte order mark, which is no part of a number");

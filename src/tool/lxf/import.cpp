@@ -63,7 +63,7 @@ void importOne(Session& session, const ImportOptions& options) {
   readFile(session, lxfPath, lxfFile);
   if (lxfFile.empty()) throw Failure(fromUtf8(lxfPath) + u": The exchange file is empty");
   readFile(session, path, file);
-  const Encoding& in = takeEncoding(session, path, file, lxfFile);
+  const Encoding& in = session.pages->take(path, file, lxfFile);
   const std::string_view lxf = in.codec.toWork(lxfFile, lxfWork);
   const std::string_view script = in.codec.toWork(file, work);
   const ExchangeFile cut = cutExchangeFile(lxf);
@@ -186,7 +186,7 @@ class TreeImport {
     readFile(session_, lxfPath, buffers.otherFile);
     readFile(session_, script.path, buffers.file);
     const std::string& file = buffers.file;
-    const Encoding& in = takeEncoding(session_, script.path, file, buffers.otherFile);
+    const Encoding& in = session_.pages->take(script.path, file, buffers.otherFile);
     const std::string_view lxf = in.codec.toWork(buffers.otherFile, buffers.otherWork);
     const std::string_view scriptWork = in.codec.toWork(file, buffers.work);
     const auto refuse = [&](std::string_view why) {

@@ -150,7 +150,7 @@ std::string PoImport::apply(const Script& script, const LoadedScript& loaded, co
 std::unique_ptr<LoadedScript> PoImport::load(const Script& script) const {
   std::string file;
   readFile(session_, script.path, file);
-  const Encoding& in = isAscii(file) ? session_.pages->ofMost() : takeEncoding(session_, script.path, file);
+  const Encoding& in = isAscii(file) ? session_.pages->ofMost() : session_.pages->take(script.path, file);
   return std::make_unique<LoadedScript>(std::move(file), in);
 }
 

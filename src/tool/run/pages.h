@@ -29,7 +29,7 @@ class Pages {
   const Encoding& of(std::string_view script, std::string_view beside = {}) {
     return utf8_ ? of(highBytesOf(script), beside) : usual_;
   }
-  // The same for a script of the run, which tell() counts.
+  // The same for a script of the run, which tell() tells of where most others have another one.
   const Encoding& take(const std::string& path, std::string_view script, std::string_view beside = {});
   // That of most scripts of the run that have such bytes. Reads them all, once.
   const Encoding& ofMost();
@@ -39,7 +39,6 @@ class Pages {
   std::optional<Failure> bring(const std::string& path, std::string& bytes, const Encoding& into) const;
 
   void addScript(const std::string& path) { scripts_.push_back(path); }
-  // Tells of the scripts that were not taken as most were.
   void tell(Console& console);
 
  private:

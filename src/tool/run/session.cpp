@@ -208,21 +208,16 @@ void readFile(const Session& session, const std::string& path, std::string& file
   }
 }
 
-const Encoding& takeEncoding(const Session& session, const std::string& path, std::string_view bytes,
-                             std::string_view beside) {
-  return session.pages->take(path, bytes, beside);
-}
-
 Opened openScript(const Session& session, const std::string& path, std::string& file, std::string& work) {
   readFile(session, path, file);
-  const Encoding& in = takeEncoding(session, path, file);
+  const Encoding& in = session.pages->take(path, file);
   return {in, in.codec.toWork(file, work)};
 }
 
 std::unique_ptr<LoadedScript> loadScript(const Session& session, const std::string& path, MoreTexts more) {
   std::string file;
   readFile(session, path, file);
-  const Encoding& in = takeEncoding(session, path, file);
+  const Encoding& in = session.pages->take(path, file);
   return std::make_unique<LoadedScript>(std::move(file), in, more);
 }
 

@@ -86,9 +86,6 @@ struct Opened {
   const Encoding& in;
   std::string_view work;
 };
-// The encoding of a script of the run with these bytes, which is told at the end where most others have another one.
-const Encoding& takeEncoding(const Session& session, const std::string& path, std::string_view bytes,
-                             std::string_view beside = {});
 // A script of the run. Uses both buffers again and again.
 Opened openScript(const Session& session, const std::string& path, std::string& file, std::string& work);
 std::unique_ptr<LoadedScript> loadScript(const Session& session, const std::string& path, MoreTexts more = {});
