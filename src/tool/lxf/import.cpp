@@ -1,6 +1,7 @@
 #include <fmt/core.h>
 
 #include <algorithm>
+#include <map>
 #include <set>
 
 #include "platform/failure.h"
@@ -142,8 +143,7 @@ class TreeImport {
         });
     if (!options_.dryRun) index_.save();
     if (interrupted()) return session_.console.error("Interrupted; every script is the old or the new one");
-    const auto count = [&](Fate fate) { return fates_[static_cast<std::size_t>(fate)]; };
-    if (!scripts_.empty() && count(Fate::NoExchangeFile) == scripts_.size()) {
+    if (!scripts_.empty() && fates_[Fate::NoExchangeFile] == scripts_.size()) {
       session_.console.warning(
           fmt::format("{}: no exchange file of any of the scripts is there", shownName(options_.from)));
       session_.console.fail();
@@ -153,11 +153,11 @@ class TreeImport {
     const bool wholeFolders = std::none_of(scripts_.begin(), scripts_.end(), [](const Script& s) { return s.named; });
     if (session_.include.empty() && session_.exclude.empty() && wholeFolders && !isFile_) findStrays();
     notices_.close();
-    session_.console.note(
-        fmt::format("{}{} {} ({} changed), {} unchanged, {} without exchange file, {} left alone, {} failed",
-                    options_.dryRun ? "dry run: " : "", counted(count(Fate::Replaced), "script"),
-                    options_.dryRun ? "would be written" : "written", counted(changed_, "text"), count(Fate::Unchanged),
-                    count(Fate::NoExchangeFile), count(Fate::Refused), scripts_.size() - done));
+    session_.console.note(fmt::format(
+        "{}{} {} ({} changed), {} unchanged, {} without exchange file, {} left alone, {} failed",
+        options_.dryRun ? "dry run: " : "", counted(fates_[Fate::Replaced], "script"),
+        options_.dryRun ? "would be written" : "written", counted(changed_, "text"), fates_[Fate::Unchanged],
+        fates_[Fate::NoExchangeFile], fates_[Fate::Refused], scripts_.size() - done));
   }
 
  private:
@@ -231,7 +231,7 @@ class TreeImport {
   }
 
   void report(const Script& script, const Outcome& outcome) {
-    ++fates_[static_cast<std::size_t>(outcome.fate)];
+    ++fates_[outcome.fate];
     for (const Notice& warning : outcome.warnings) {
       warning.fromLine > 0 ? notices_.warn(warning) : notices_.warn(warning, Notices::kAll);
     }
@@ -271,7 +271,7 @@ class TreeImport {
   Notices notices_;
   bool isFile_;  // --from names the exchange file of a single script
   TextIndex index_;
-  std::size_t fates_[4] = {};
+  std::map<Fate, std::size_t> fates_;
   std::size_t changed_ = 0;
 };
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <functional>
 #include <mutex>
 #include <optional>
@@ -62,11 +63,8 @@ bool forEachGroup(Session& session, const std::vector<Script>& scripts, const st
   return whole && allWell;
 }
 
-// Groups so large that threads seldom wait for each other, nor for a folder that both write to, and enough of them for
-// all threads.
-std::vector<ScriptGroup> groupsInOrder(std::size_t scripts, unsigned jobs);
-// Groups of scripts of one folder, each small enough that its new files can be open together.
-std::vector<ScriptGroup> groupsByFolder(const std::vector<Script>& scripts);
+// Scripts in their order, at most so many together; with `byFolder` those of one folder.
+std::vector<ScriptGroup> groupsOf(const std::vector<Script>& scripts, std::size_t most, bool byFolder);
 
 // Tries work(i) for each script of the group, up to an interrupt.
 template <class Result>
@@ -87,8 +85,11 @@ template <class Result>
 bool forEachScript(Session& session, const std::vector<Script>& scripts,
                    const std::function<Result(const Script&, Buffers&)>& work,
                    const std::function<bool(const Script&, Result&&)>& take) {
+  // So many together that threads seldom wait for each other, nor for a folder that both write to, and enough groups
+  // for all threads.
+  const std::size_t most = std::clamp<std::size_t>(scripts.size() / (std::size_t{8} * session.jobs), 1, 32);
   return forEachGroup<Result>(
-      session, scripts, groupsInOrder(scripts.size(), session.jobs),
+      session, scripts, groupsOf(scripts, most, false),
       [&](ScriptGroup group, Buffers& buffers) {
         return attemptEach<Result>(group, [&](std::size_t i) { return work(scripts[i], buffers); });
       },
@@ -102,10 +103,11 @@ template <class Result>
 bool rewriteEachScript(Session& session, const std::vector<Script>& scripts, const std::string& backup, bool dryRun,
                        const std::function<Result(const Script&, Buffers&, std::optional<std::string>& bytes)>& work,
                        const std::function<bool(const Script&, Result&&)>& take) {
+  constexpr std::size_t kMostOpen = 64;  // new files at a time
   std::mutex mutex;
   std::set<std::string> folders;  // with renames that are not on disk yet
   const bool whole = forEachGroup<Result>(
-      session, scripts, groupsByFolder(scripts),
+      session, scripts, groupsOf(scripts, kMostOpen, true),
       [&](ScriptGroup group, Buffers& buffers) {
         Replacements replacements(*session.files, backup);
         std::vector<std::size_t> staged;

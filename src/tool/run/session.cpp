@@ -179,20 +179,11 @@ void needOneScript(TreeFiles& files, const char* option, const std::string& tree
         fmt::format("{}: {} is a file and stands for one script, not for {}", option, shownName(tree), scripts));
 }
 
-std::vector<ScriptGroup> groupsInOrder(std::size_t scripts, unsigned jobs) {
-  constexpr std::size_t kMostInGroup = 32;  // whose results wait together
-  const std::size_t size = std::clamp<std::size_t>(scripts / (std::size_t{8} * jobs), 1, kMostInGroup);
-  std::vector<ScriptGroup> groups;
-  for (std::size_t i = 0; i < scripts; i += size) groups.push_back({i, std::min(i + size, scripts)});
-  return groups;
-}
-
-std::vector<ScriptGroup> groupsByFolder(const std::vector<Script>& scripts) {
-  constexpr std::size_t kMostInGroup = 64;  // each keeps a file open
+std::vector<ScriptGroup> groupsOf(const std::vector<Script>& scripts, std::size_t most, bool byFolder) {
   std::vector<ScriptGroup> groups;
   for (std::size_t i = 0; i < scripts.size(); ++i) {
-    const bool same = !groups.empty() && i - groups.back().begin < kMostInGroup &&
-                      folderOf(scripts[groups.back().begin].path) == folderOf(scripts[i].path);
+    const bool same = !groups.empty() && i - groups.back().begin < most &&
+                      (!byFolder || folderOf(scripts[groups.back().begin].path) == folderOf(scripts[i].path));
     if (!same) groups.push_back({i, i});
     groups.back().end = i + 1;
   }
