@@ -30,6 +30,15 @@ bool isColorCode(std::basic_string_view<Char> text, std::size_t at) {
 }
 
 template <class Char>
+std::size_t countColorCodes(std::basic_string_view<Char> text) {
+  std::size_t count = 0;
+  for (std::size_t at = text.find(Char{'^'}); at != text.npos; at = text.find(Char{'^'}, at + 1)) {
+    count += isColorCode(text, at) ? 1 : 0;
+  }
+  return count;
+}
+
+template <class Char>
 void appendWithoutColor(std::basic_string_view<Char> text, std::basic_string<Char>& out) {
   std::size_t from = 0;  // appended in runs: most texts are one
   for (std::size_t at = 0; at < text.size(); ++at) {
@@ -103,6 +112,8 @@ std::u16string coloredText(const PreviewText& preview, std::u16string_view digit
 
 template bool isColorCode<char>(std::string_view, std::size_t);
 template bool isColorCode<char16_t>(std::u16string_view, std::size_t);
+template std::size_t countColorCodes<char>(std::string_view);
+template std::size_t countColorCodes<char16_t>(std::u16string_view);
 template void appendWithoutColor<char>(std::string_view, std::string&);
 template void appendWithoutColor<char16_t>(std::u16string_view, std::u16string&);
 template std::string_view withoutColor<char>(std::string_view, std::string&);

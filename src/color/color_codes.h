@@ -14,6 +14,9 @@ std::u16string RemoveColor(std::u16string_view text);
 template <class Char>
 bool isColorCode(std::basic_string_view<Char> text, std::size_t at);
 
+template <class Char>
+std::size_t countColorCodes(std::basic_string_view<Char> text);
+
 // RemoveColor appended to `out`, for characters and for bytes.
 template <class Char>
 void appendWithoutColor(std::basic_string_view<Char> text, std::basic_string<Char>& out);

@@ -2,18 +2,6 @@
 
 namespace dravenna {
 
-namespace {
-
-template <class Char>
-bool hasColorCode(std::basic_string_view<Char> text) {
-  for (std::size_t at = text.find(Char{'^'}); at != text.npos; at = text.find(Char{'^'}, at + 1)) {
-    if (isColorCode(text, at)) return true;
-  }
-  return false;
-}
-
-}  // namespace
-
 template <class Char>
 bool LxfMerger<Char>::takesTheNext(View before, View plain) {
   const Record<Char> record = cutRecord(current_);
@@ -24,7 +12,7 @@ bool LxfMerger<Char>::takesTheNext(View before, View plain) {
   ++index_;
   if (record.text == before || (codes_ == Codes::Keep && record.text == plain)) return false;
   ++counts_.changed;
-  if (plain.size() < before.size() && !hasColorCode(record.text)) ++counts_.withoutCodes;
+  if (plain.size() < before.size() && countColorCodes(record.text) == 0) ++counts_.withoutCodes;
   return true;
 }
 

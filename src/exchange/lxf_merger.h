@@ -1,7 +1,5 @@
 #pragma once
 
-#include <optional>
-
 #include "exchange/records.h"
 
 namespace dravenna {

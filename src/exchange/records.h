@@ -2,6 +2,7 @@
 
 #include <charconv>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -11,15 +12,18 @@
 #include "scan/line_scanner.h"
 
 // The exchange file: one record a line, "number:text" CR LF, numbered from 1 in the order of the document. What binds
-// it to the script is the order alone: the k-th record belongs to the k-th text that takesRecord picks. All of it works
-// on UTF-16 (the window) and on bytes (the tool).
+// it to the script is the order alone: the k-th record belongs to the k-th text that recordTextOf picks. All of it
+// works on UTF-16 (the window) and on bytes (the tool).
 namespace dravenna {
 
-// Whether a quoted text gets a record. `withoutColor` is the text without its colour codes.
+// The text without its colour codes, as withoutColor gives it, where it gets a record.
 template <class Char>
-bool takesRecord(std::basic_string_view<Char> withoutColor, const QuotedText& quoted) {
-  if (!withoutColor.empty() && (withoutColor.front() == '[' || withoutColor.back() == ']')) return false;
-  return quoted.allowed && !quoted.firstOfSpecial;
+std::optional<std::basic_string_view<Char>> recordTextOf(std::basic_string_view<Char> text, const QuotedText& quoted,
+                                                         std::basic_string<Char>& buffer) {
+  if (!quoted.allowed || quoted.firstOfSpecial) return std::nullopt;
+  const std::basic_string_view<Char> plain = withoutColor(text, buffer);
+  if (!plain.empty() && (plain.front() == '[' || plain.back() == ']')) return std::nullopt;
+  return plain;
 }
 
 // Finds the texts that get a record, line by line.
@@ -48,9 +52,8 @@ class RecordScan {
     void error(std::size_t, std::size_t) {}
     void comment(std::size_t, std::size_t) {}
     void text(const QuotedText& quoted) {
-      if (!quoted.allowed || quoted.firstOfSpecial) return;
-      const View plain = withoutColor(line.substr(quoted.begin, quoted.end - quoted.begin), buffer);
-      if (takesRecord(plain, quoted)) found(quoted, plain);
+      const auto plain = recordTextOf(line.substr(quoted.begin, quoted.end - quoted.begin), quoted, buffer);
+      if (plain) found(quoted, *plain);
     }
   };
 

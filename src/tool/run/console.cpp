@@ -40,12 +40,12 @@ void Console::error(std::string_view text) {
 void Console::warning(std::string_view text) { line("1;33", "warning", text); }
 
 void Console::note(std::string_view text) {
-  if (!quiet_) line("", "", text);
+  if (!quiet) line("", "", text);
 }
 
 void Console::progress(std::size_t done, std::size_t all) {
   static const bool possible = errorIsTerminal() && !dumbTerminal();
-  if (quiet_ || !possible || all == 0) return;
+  if (quiet || !possible || all == 0) return;
   const auto now = std::chrono::steady_clock::now();
   if (!barShown_ && barDrawn_ == std::chrono::steady_clock::time_point{}) barDrawn_ = now;
   if (now - barDrawn_ < kBarInterval) return;

@@ -14,7 +14,7 @@ enum class ColorUse { Auto, Always, Never };
 // What the user hears: messages on standard error, a progress bar there when it is a terminal. One thread at a time.
 class Console {
  public:
-  void setQuiet(bool quiet) { quiet_ = quiet; }
+  bool quiet = false;
   void setColor(ColorUse use);
 
   void error(std::string_view text);    // fails
@@ -32,7 +32,6 @@ class Console {
  private:
   void line(const char* color, std::string_view word, std::string_view text);
 
-  bool quiet_ = false;
   bool colors_ = false;
   int status_ = 0;
   bool barShown_ = false;

@@ -29,13 +29,12 @@ void Session::addOptions(Verb verb) {
   verb.text("--allowed-commands", allowedCommands, "LIST", "Commands with texts, as in ,mes,menu,select,");
   verb.text("--special-commands", specialCommands, "LIST", "Commands whose first text is none, as in ,mapannounce,");
   verb.number("-j,--jobs", jobs, "N", "Threads (default: one for each processor)", 1, 256);
-  verb.flag("-q,--quiet", quiet, "No summary and no progress bar");
+  verb.flag("-q,--quiet", console.quiet, "No summary and no progress bar");
   verb.choice("--color", color, "WHEN", "Colours on standard error: auto, always or never",
               {{"auto", ColorUse::Auto}, {"always", ColorUse::Always}, {"never", ColorUse::Never}});
 }
 
 void Session::prepare() {
-  console.setQuiet(quiet);
   console.setColor(color);
   if (jobs == 0) jobs = std::max(1U, std::thread::hardware_concurrency());
 

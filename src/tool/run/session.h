@@ -28,7 +28,6 @@ struct Session {
   std::optional<std::string> allowedCommands;
   std::optional<std::string> specialCommands;
   unsigned jobs = 0;
-  bool quiet = false;
   ColorUse color = ColorUse::Auto;
 
   std::unique_ptr<TreeFiles> files = makeTreeFiles();

@@ -5,7 +5,6 @@
 #include <numeric>
 #include <unordered_map>
 
-#include "color/color_codes.h"
 #include "exchange/records.h"
 #include "scan/line_scanner.h"
 #include "text/ascii.h"
@@ -91,7 +90,7 @@ class OutlineBuilder {
     text.segment = classOf(text.text, quoted);
     text.allowed = quoted.allowed;
     text.firstOfSpecial = quoted.firstOfSpecial;
-    text.record = quoted.allowed && !quoted.firstOfSpecial && takesRecord(withoutColor(text.text, buffer_), quoted);
+    text.record = recordTextOf(text.text, quoted, buffer_).has_value();
     text.inMenu = menu_ != Menu::None;
     text.command = commandNumber();
     text.npc = static_cast<std::uint32_t>(outline_.npcs.size() - 1);
@@ -211,14 +210,6 @@ Outline outlineOf(std::string_view work, const CommandLists& lists, OutlineOf wh
 std::string withoutColor(std::string_view text) {
   std::string buffer;
   return std::string(withoutColor(text, buffer));
-}
-
-std::size_t countColorCodes(std::string_view text) {
-  std::size_t count = 0;
-  for (std::size_t at = text.find('^'); at != std::string_view::npos; at = text.find('^', at + 1)) {
-    if (isColorCode(text, at)) ++count;
-  }
-  return count;
 }
 
 bool hasLetter(std::string_view text) {

@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "color/color_codes.h"
 #include "scan/command_list.h"
 #include "scan/segment_colors.h"
 
@@ -58,7 +59,6 @@ Outline outlineOf(std::string_view work, const CommandLists& lists, OutlineOf wh
 
 // `text` without its colour codes.
 std::string withoutColor(std::string_view text);
-std::size_t countColorCodes(std::string_view text);
 
 // Whether there is anything to translate: a letter of any script, colour codes aside.
 bool hasLetter(std::string_view text);
