@@ -35,19 +35,16 @@ struct Editor {
 
 using State = benchmark::State;
 
-void loadAndScan(State& state, const fs::path& source) {
-  Editor editor(source);
+void loadAndScan(State& state, Editor& editor) {
   for ([[maybe_unused]] auto _ : state) editor.form.LoadScript();
-  state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(fs::file_size(source)));
+  state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(fs::file_size(editor.script)));
 }
 
-void step(State& state, const fs::path& source) {
-  Editor editor(source);
+void step(State& state, Editor& editor) {
   for ([[maybe_unused]] auto _ : state) editor.press(kKeyDown);
 }
 
-void commit(State& state, const fs::path& source) {
-  Editor editor(source);
+void commit(State& state, Editor& editor) {
   bool flip = false;
   for ([[maybe_unused]] auto _ : state) {
     editor.form.EDT.setText((flip = !flip) ? u"A longer text than the one that stood here before" : u"Short");
@@ -55,8 +52,7 @@ void commit(State& state, const fs::path& source) {
   }
 }
 
-void replaceTitle(State& state, const fs::path& source) {
-  Editor editor(source);
+void replaceTitle(State& state, Editor& editor) {
   editor.form.NavMode = 1;
   editor.form.Ini = 0;
   editor.press(kKeyDown);
@@ -68,54 +64,49 @@ void replaceTitle(State& state, const fs::path& source) {
   }
 }
 
-void searchWithoutHit(State& state, const fs::path& source) {
-  Editor editor(source);
+void searchWithoutHit(State& state, Editor& editor) {
   editor.form.xIni = 0;
   for ([[maybe_unused]] auto _ : state)
     editor.form.Buscar(u"CLOSE;", true);  // stands in code only: the walk goes to the end
 }
 
-void save(State& state, const fs::path& source) {
-  Editor editor(source);
+void save(State& state, Editor& editor) {
   for ([[maybe_unused]] auto _ : state) editor.form.Salvar();
 }
 
-void exportScript(State& state, const fs::path& source) {
-  Editor editor(source);
+void exportScript(State& state, Editor& editor) {
   for ([[maybe_unused]] auto _ : state) editor.form.mnu_Export_Click();
 }
 
-void importScript(State& state, const fs::path& source) {
-  Editor editor(source);
+void importScript(State& state, Editor& editor) {
   editor.form.mnu_Export_Click();
   for ([[maybe_unused]] auto _ : state) editor.form.mnu_Import_Click();
 }
 
-void removeColor(State& state, const fs::path& source) {
-  Editor editor(source);
+void removeColor(State& state, Editor& editor) {
   for ([[maybe_unused]] auto _ : state) benchmark::DoNotOptimize(editor.form.RemoveColor(editor.form.N.Text()));
-  state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(fs::file_size(source)));
+  state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(fs::file_size(editor.script)));
 }
 
-void openPicker(State& state, const fs::path& source) {
-  Editor editor(source);
+void openPicker(State& state, Editor& editor) {
   for ([[maybe_unused]] auto _ : state) editor.press(kKeyF5);
 }
 
 void registerAll(const std::string& suffix, const fs::path& source) {
-  const std::pair<const char*, void (*)(State&, const fs::path&)> all[] = {{"load_and_scan", loadAndScan},
-                                                                           {"step", step},
-                                                                           {"commit", commit},
-                                                                           {"replace_title", replaceTitle},
-                                                                           {"search_no_hit", searchWithoutHit},
-                                                                           {"save", save},
-                                                                           {"export", exportScript},
-                                                                           {"import", importScript},
-                                                                           {"remove_color", removeColor},
-                                                                           {"open_picker", openPicker}};
+  const std::pair<const char*, void (*)(State&, Editor&)> all[] = {{"load_and_scan", loadAndScan},
+                                                                   {"step", step},
+                                                                   {"commit", commit},
+                                                                   {"replace_title", replaceTitle},
+                                                                   {"search_no_hit", searchWithoutHit},
+                                                                   {"save", save},
+                                                                   {"export", exportScript},
+                                                                   {"import", importScript},
+                                                                   {"remove_color", removeColor},
+                                                                   {"open_picker", openPicker}};
   for (const auto& [name, function] : all) {
     benchmark::RegisterBenchmark((name + suffix).c_str(), [function = function, source](State& state) {
-      function(state, source);
+      Editor editor(source);
+      function(state, editor);
     })->Unit(benchmark::kMicrosecond);
   }
 }
