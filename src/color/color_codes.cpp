@@ -41,8 +41,10 @@ std::size_t countColorCodes(std::basic_string_view<Char> text) {
 template <class Char>
 void appendWithoutColor(std::basic_string_view<Char> text, std::basic_string<Char>& out) {
   std::size_t from = 0;  // appended in runs: most texts are one
-  for (std::size_t at = 0; at < text.size(); ++at) {
-    const bool code = text[at] == '^' && isColorCode(text, at);
+  for (std::size_t at = 0;; ++at) {
+    while (at < text.size() && text[at] != '^' && text[at] != kCaretMark) ++at;
+    if (at == text.size()) break;
+    const bool code = isColorCode(text, at);
     if (!code && text[at] != kCaretMark) continue;
     out.append(text.substr(from, at - from));
     if (code) {
