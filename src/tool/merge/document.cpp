@@ -6,7 +6,7 @@
 #include "text/text.h"
 #include "tool/script/align.h"
 #include "tool/script/exchange_file.h"
-#include "tool/script/outline.h"
+#include "tool/script/pairing.h"
 #include "tool/script/script_lines.h"
 
 namespace dravenna {
@@ -17,15 +17,6 @@ namespace {
 bool endsEscaping(std::string_view text) {
   const std::size_t last = text.find_last_not_of('\\');
   return (text.size() - (last == std::string_view::npos ? 0 : last + 1)) % 2 != 0;
-}
-
-void appendCode(const DocumentLine& line, const std::vector<TextPlace>& texts, std::string& code) {
-  std::size_t copied = 0;
-  for (std::size_t i = line.firstText; i < line.endText; ++i) {
-    code.append(line.text.substr(copied, texts[i].begin - copied)).push_back(endsEscaping(texts[i].text) ? '\1' : '\0');
-    copied = texts[i].begin + texts[i].text.size();
-  }
-  code.append(line.text.substr(copied));
 }
 
 }  // namespace
@@ -49,7 +40,9 @@ Document scriptDocument(std::string_view work, const CommandLists& lists) {
     made.code = made.whole;
     if (first == next) return;
     code.clear();
-    appendCode(made, document.texts, code);
+    appendOutside(line.text, outline, first, next, code);
+    code.push_back('\n');
+    for (std::size_t i = first; i < next; ++i) code.push_back(endsEscaping(document.texts[i].text) ? '\1' : '\0');
     made.code = hashOf(code);
   });
   return document;

@@ -119,12 +119,7 @@ MergedFile mergeFile(const std::string& base, const std::string& ours, const std
   const std::array<CodePagePtr, 3> pages = pagesOf(base, ours, theirs, wish);
   const bool wide = pages[0]->number() != pages[1]->number() || pages[2]->number() != pages[1]->number();
   const FileKind kind = kindOf(wish.name, {base, ours, theirs}, lists);
-  if (kind == FileKind::Po) {
-    PoMerge po = mergePo(base, ours, theirs, wish.way);
-    merged.bytes = std::move(po.bytes);
-    merged.conflicts = po.conflicts;
-    return merged;
-  }
+  if (kind == FileKind::Po) return mergePo(base, ours, theirs, wish.way);
 
   const Codec codec(pages[1], wide);
   std::string buffers[4];

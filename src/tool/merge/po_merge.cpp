@@ -189,7 +189,7 @@ class PoMerger {
         options_(options),
         ending_(ours.find("\r\n") == std::string_view::npos ? "\n" : "\r\n") {}
 
-  PoMerge run() {
+  MergedFile run() {
     std::size_t next = 0;  // of theirs
     newOfTheirs(next);
     for (const Entry& mine : ours_.entries) {
@@ -242,26 +242,15 @@ class PoMerger {
       return write(theirs, comments, theirs.translation);
     }
     ++out_.conflicts;
-    const bool swapped = options_.swapped;
     Lines lines;
-    const std::string top = marker('<', options_.labels[swapped ? 1 : 0]);
-    const std::string middle = marker('=', {});
-    const std::string bottom = marker('>', options_.labels[swapped ? 0 : 1]);
-    const auto add = [&](const Entry& entry) {
+    const auto side = [&](char mark, const Entry& entry) {
+      lines.push_back(options_.marker(mark));
       lines.insert(lines.end(), entry.translation.begin(), entry.translation.end());
     };
-    lines.push_back(top);
-    add(swapped ? theirs : ours);
-    lines.push_back(middle);
-    add(swapped ? ours : theirs);
-    lines.push_back(bottom);
+    side('<', options_.swapped ? theirs : ours);
+    side('=', options_.swapped ? ours : theirs);
+    lines.push_back(options_.marker('>'));
     write(theirs.fuzzy ? theirs : ours, comments, lines);
-  }
-
-  std::string marker(char mark, std::string_view label) const {
-    std::string line(options_.markerSize, mark);
-    if (!label.empty()) line.append(" ").append(label);
-    return line;
   }
 
   void write(const Entry& entry, Lines comments, const Lines& translation) {
@@ -289,15 +278,17 @@ class PoMerger {
   PoDocument theirs_;
   const ThreeWayOptions& options_;
   std::string_view ending_;
-  PoMerge out_;
+  MergedFile out_;
 };
 
 }  // namespace
 
-PoMerge mergePo(std::string_view base, std::string_view ours, std::string_view theirs, const ThreeWayOptions& options) {
+MergedFile mergePo(std::string_view base, std::string_view ours, std::string_view theirs,
+                   const ThreeWayOptions& options) {
   const bool sameEnds = (ours.find('\r') == std::string_view::npos) == (theirs.find('\r') == std::string_view::npos);
-  if (base == ours && sameEnds) return {std::string(theirs), 0};
-  return PoMerger(base, ours, theirs, options).run();
+  MergedFile whole;
+  whole.bytes = theirs;
+  return base == ours && sameEnds ? whole : PoMerger(base, ours, theirs, options).run();
 }
 
 }  // namespace dravenna

@@ -129,25 +129,18 @@ class Merger {
   void endConflict() {
     if (conflictOurs_.empty() && conflictTheirs_.empty()) return;
     ++out_.conflicts;
-    const auto marker = [&](char mark, std::string_view label) {
-      std::string line(options_.markerSize, mark);
-      if (!label.empty()) line.append(" ").append(label);
-      writeLine(line, ends_.most);
-    };
     const std::size_t record = record_;
     std::size_t lastRecord = record;
-    const auto side = [&](std::vector<ConflictLine>& lines) {
+    const auto side = [&](char mark, std::vector<ConflictLine>& lines) {
+      writeLine(options_.marker(mark), ends_.most);
       record_ = record;
       for (const ConflictLine& line : lines) write(line.text, line.ending);
       lastRecord = std::max(lastRecord, record_);
       lines.clear();
     };
-    const bool swapped = options_.swapped;
-    marker('<', options_.labels[swapped ? 1 : 0]);
-    side(swapped ? conflictTheirs_ : conflictOurs_);
-    marker('=', {});
-    side(swapped ? conflictOurs_ : conflictTheirs_);
-    marker('>', options_.labels[swapped ? 0 : 1]);
+    side('<', options_.swapped ? conflictTheirs_ : conflictOurs_);
+    side('=', options_.swapped ? conflictOurs_ : conflictTheirs_);
+    writeLine(options_.marker('>'), ends_.most);
     record_ = lastRecord;
   }
 
@@ -307,6 +300,11 @@ class Merger {
 };
 
 }  // namespace
+
+std::string ThreeWayOptions::marker(char mark) const {
+  const std::string_view label = mark == '=' ? std::string_view() : labels[(mark == '<') == swapped ? 1 : 0];
+  return std::string(markerSize, mark).append(label.empty() ? "" : " ").append(label);
+}
 
 ThreeWay mergeThreeWay(const Codec& codec, const Document& base, const Document& ours, const Document& theirs,
                        const ThreeWayOptions& options) {

@@ -20,6 +20,9 @@ struct ThreeWayOptions {
   std::array<std::string, 2> labels;  // of ours and theirs
   unsigned markerSize = 7;
   bool swapped = false;
+
+  // A line of `<` above the upper side, `=` between the two, `>` below the lower one, without its end.
+  std::string marker(char mark) const;
 };
 
 // A text for a translator to see to. Views look into what was merged; an empty one tells that there is none.

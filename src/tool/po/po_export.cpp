@@ -18,8 +18,32 @@ namespace dravenna {
 
 namespace {
 
-constexpr std::size_t kServerLine = 1024;  // bytes of a line that the server reads, its end included
-constexpr std::size_t kMostStaged = 64;    // PO files that wait for the disk together; each is open
+constexpr char kExportFooter[] =
+    R"(msgid is the text with its colour codes, msgctxt its file, NPC and number. With --from the translations of the
+tree are put in; with --old they are those of an older version, and a PO file may be of any: changed and unsure ones
+become fuzzy.
+--for hercules: LF, one line each under 1,024 bytes, the script's bytes, msgctxt the NPC's name, unsure ones empty.
+Examples:
+  dravenna-lxf po export npc --out npc.po
+  dravenna-lxf po export npc --split --out po              one file a script
+  dravenna-lxf po export npc-2026 --old npc-2019 --from npc-2019-es --out es.po --language es
+  dravenna-lxf po export npc --from es.po --out es-new.po
+  dravenna-lxf po export npc --from npc-es --for hercules --out server.po)";
+
+struct PoExportOptions {
+  std::vector<std::string> paths;
+  std::string out;
+  std::string old;
+  std::string from;
+  std::string language;
+  bool split = false;
+  bool force = false;
+  bool forServer = false;         // what the server's own reader takes
+  std::vector<std::string> with;  // of that: titles, choices
+  ReportOptions report;
+};
+
+constexpr std::size_t kMostStaged = 64;  // PO files that wait for the disk together; each is open
 
 struct ExportOutcome {
   std::vector<PoEntry> entries;
@@ -31,18 +55,6 @@ struct ExportOutcome {
   std::string warning;
   std::size_t translations = 0;
   bool unfit = false;
-};
-
-// A message as the server reads it: msgctxt and msgid lines, and the translation.
-struct ServerEntry {
-  std::string key;
-  std::string translation;
-  std::size_t line;  // of the text that the translation is from
-};
-
-struct ServerEntries {
-  std::vector<ServerEntry> list;
-  std::unordered_map<std::string, std::size_t> byKey;
 };
 
 class PoExport {
@@ -58,9 +70,6 @@ class PoExport {
   ExportOutcome readScript(const Script& script, const OldVersion* oldVersion) const;
   PoEntry entryOf(const Script& script, const Codec& codec, const OutlineText& text, std::string context,
                   const CarriedText& carried, const OldVersion::Carried& version) const;
-  void readServerTexts(const Script& script, const LoadedScript& loaded, const std::vector<CarriedText>& carried,
-                       ExportOutcome& outcome) const;
-  std::string addServerEntry(const LoadedScript& script, const ServerText& text, ServerEntries& entries) const;
   void refuseDoubles(const std::vector<Script>& scripts) const;
   void take(const Script& script, ExportOutcome&& outcome);
   void takeUnclaimed(const std::vector<const PoEntry*>& entries);
@@ -119,49 +128,6 @@ PoEntry PoExport::entryOf(const Script& script, const Codec& codec, const Outlin
   return entry;
 }
 
-// One entry as the server's reader takes it: it knows no escapes but \" and no lines that go on, and of several entries
-// of one NPC with one msgid it finds the first. Gives why something is left out, or nothing.
-std::string PoExport::addServerEntry(const LoadedScript& script, const ServerText& text, ServerEntries& entries) const {
-  std::string buffer;
-  const auto fileBytes = [&](std::string_view work) { return std::string(script.in.codec.toFile(work, buffer)); };
-  const std::string_view npc = script.outline.npcs[text.first->npc];
-  if (!fitsPo(text.text)) return "control characters";
-  if (npc.empty()) return "it stands in no NPC";
-  const std::string context = fmt::format("msgctxt \"{}\"\n", fileBytes(npc));
-  const std::string id = fmt::format("msgid \"{}\"\n", fileBytes(text.text));
-  const std::string translation = fmt::format("msgstr \"{}\"\n", fileBytes(text.translation));
-  const auto tooLong = [](const std::string& line) { return line.size() >= kServerLine; };
-  if (tooLong(context) || tooLong(id) || tooLong(translation)) return "too long for the server";
-  const auto [found, fresh] = entries.byKey.emplace(context + id, entries.list.size());
-  if (fresh) {
-    entries.list.push_back({context + id, translation, text.first->lineNumber});
-    return {};
-  }
-  ServerEntry& first = entries.list[found->second];
-  if (text.translation.empty() || first.translation == translation) return {};
-  if (first.translation == "msgstr \"\"\n") {
-    first.translation = translation;
-    first.line = text.first->lineNumber;
-    return {};
-  }
-  return fmt::format("line {} has another translation of the same text of the NPC", first.line + 1);
-}
-
-void PoExport::readServerTexts(const Script& script, const LoadedScript& loaded,
-                               const std::vector<CarriedText>& carried, ExportOutcome& outcome) const {
-  const auto leave = [&](const OutlineText& text, const std::string& why) {
-    outcome.left.push_back({script.path, text.lineNumber + 1, "left out", "", 0, why});
-  };
-  const ServerTexts texts = serverTextsOf(loaded, carried);
-  for (const ServerTexts::Left& left : texts.left) leave(*left.record, left.why);
-  ServerEntries entries;
-  for (const ServerText& text : texts.list) {
-    if (const std::string why = addServerEntry(loaded, text, entries); !why.empty()) leave(*text.first, why);
-  }
-  outcome.serverMessages = entries.list.size();
-  for (const ServerEntry& entry : entries.list) outcome.serverEntries += entry.key + entry.translation + "\n";
-}
-
 ExportOutcome PoExport::readScript(const Script& script, const OldVersion* oldVersion) const {
   ExportOutcome outcome;
   const auto loaded = oldVersion == nullptr ? loadScript(session_, script.path, more_) : oldVersion->loadFresh(script);
@@ -176,8 +142,14 @@ ExportOutcome PoExport::readScript(const Script& script, const OldVersion* oldVe
   outcome.po = version.po;
   for (const PoEntry* const left : version.left) addObsolete(*left, outcome.obsolete);
   const Codec& codec = loaded->in.codec;
+  const auto leave = [&](const OutlineText& text, const std::string& why) {
+    outcome.left.push_back({script.path, text.lineNumber + 1, "left out", "", 0, why});
+  };
   if (options_.forServer) {
-    readServerTexts(script, *loaded, version.result.texts, outcome);
+    ServerEntries entries = serverEntriesOf(*loaded, version.result.texts);
+    for (const ServerEntries::Left& left : entries.left) leave(*left.text, left.why);
+    outcome.serverEntries = std::move(entries.bytes);
+    outcome.serverMessages = entries.messages;
     return outcome;
   }
   PoContexts contexts(codec, script.relative);
@@ -186,7 +158,7 @@ ExportOutcome PoExport::readScript(const Script& script, const OldVersion* oldVe
     std::string context = contexts.next(*loaded, text);
     if (text.text.empty()) continue;
     if (!fitsPo(text.text)) {
-      outcome.left.push_back({script.path, text.lineNumber + 1, "left out", "", 0, "control characters"});
+      leave(text, "control characters");
     } else {
       outcome.entries.push_back(entryOf(script, codec, text, std::move(context), version.result.texts[i], version));
       const std::vector<std::string> around = surroundingsOf(*loaded, i);
@@ -371,10 +343,29 @@ void PoExport::run() {
 
 }  // namespace
 
-void exportPo(Session& session, const PoExportOptions& options) {
-  session.prepare();
-  if (!poFilesBuiltIn() && !options.forServer) throw Failure(u"PO files are not built into this program");
-  PoExport(session, options).run();
+void addPoExport(Verb po, Session& session) {
+  Verb verb = po.verb("export", "Write the texts of scripts as PO files");
+  const auto options = std::make_shared<PoExportOptions>();
+  verb.words("path", options->paths, "PATH...", "Files and folders");
+  verb.text("-o,--out", options->out, "FILE", "The PO file, `-` for standard output; with --split a folder",
+            Need::Required);
+  verb.flag("--split", options->split, "One PO file a script, folders mirrored");
+  verb.text("--from", options->from, "PATH", "Translations to put in: scripts, exchange files, PO files");
+  verb.text("--old", options->old, "OLD", "The older version that --from translates");
+  verb.text("--language", options->language, "CODE", "The Language field, such as es or pt_BR");
+  verb.choice("--for", [options](const std::string&) { options->forServer = true; }, "SERVER",
+              "The form of a server's own reader: hercules", {"hercules"});
+  verb.each("--with", options->with, "KIND", "With --for: titles or choices (of `if (select())`), too",
+            {"titles", "choices"});
+  verb.flag("-f,--force", options->force, "Overwrite a PO file that holds translations");
+  options->report.addTo(verb);
+  session.addOptions(verb);
+  verb.footer(kExportFooter);
+  verb.onRun([&session, options] {
+    session.prepare();
+    if (!poFilesBuiltIn() && !options->forServer) throw Failure(u"PO files are not built into this program");
+    PoExport(session, *options).run();
+  });
 }
 
 }  // namespace dravenna

@@ -17,6 +17,25 @@ namespace dravenna {
 
 namespace {
 
+constexpr char kImportFooter[] =
+    R"(The scripts must be those that the PO files were made from: an entry goes where its msgctxt says. Entries whose
+place is not in the scripts are counted and named; the exit status is 1 when no entry has its place there.
+Entries that are empty, fuzzy, or whose msgid is not the script's text are left out; the others are put in, all or
+nothing for each script. A script keeps its line ends.
+Examples:
+  dravenna-lxf po import npc --from npc.po
+  dravenna-lxf po import npc --from po --dry-run)";
+
+struct PoImportOptions {
+  std::vector<std::string> paths;
+  std::string from;
+  std::string backup;
+  bool fuzzy = false;
+  bool dryRun = false;
+  bool crlf = false;
+  ReportOptions report;
+};
+
 // A PO file, and which of its entries have found their place.
 struct Entries {
   std::shared_ptr<const PoEntries> po;
@@ -232,10 +251,24 @@ void PoImport::run() {
 
 }  // namespace
 
-void importPo(Session& session, const PoImportOptions& options) {
-  session.prepare();
-  if (!poFilesBuiltIn()) throw Failure(u"PO files are not built into this program");
-  PoImport(session, options).run();
+void addPoImport(Verb po, Session& session) {
+  Verb verb = po.verb("import", "Put the translations of PO files into scripts");
+  const auto options = std::make_shared<PoImportOptions>();
+  verb.words("path", options->paths, "PATH...", "Files and folders, as they were exported");
+  verb.text("--from", options->from, "FILE", "The PO file, or the folder of a --split export", Need::Required);
+  verb.flag("--fuzzy", options->fuzzy, "Take fuzzy entries too");
+  verb.flag("--dry-run", options->dryRun, "Change nothing, tell what would change");
+  addBackupOption(verb, options->backup);
+  verb.choice("--eol", [options](const std::string& eol) { options->crlf = eol == "crlf"; }, "KIND",
+              "Line ends of a script that is written: keep or crlf (default keep)", {"crlf", "keep"});
+  options->report.addTo(verb);
+  session.addOptions(verb);
+  verb.footer(kImportFooter);
+  verb.onRun([&session, options] {
+    session.prepare();
+    if (!poFilesBuiltIn()) throw Failure(u"PO files are not built into this program");
+    PoImport(session, *options).run();
+  });
 }
 
 }  // namespace dravenna

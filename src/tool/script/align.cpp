@@ -63,19 +63,17 @@ class Aligner {
       std::uint32_t aCount = 0, bCount = 0;
       std::size_t a = 0;
     };
-    ByHash<Seen> seen(range.aEnd - range.aBegin);
+    ByHash<Seen> seen(range.aEnd - range.aBegin + range.bEnd - range.bBegin);
     for (std::size_t i = range.aBegin; i < range.aEnd; ++i) {
       Seen& item = seen[a_[i]];
       ++item.aCount;
       item.a = i;
     }
-    for (std::size_t i = range.bBegin; i < range.bEnd; ++i) {
-      if (Seen* const found = seen.find(b_[i])) ++found->bCount;
-    }
+    for (std::size_t i = range.bBegin; i < range.bEnd; ++i) ++seen[b_[i]].bCount;
     std::vector<std::pair<std::size_t, std::size_t>> unique;  // (b, a), ascending in b
     for (std::size_t i = range.bBegin; i < range.bEnd; ++i) {
-      const Seen* const found = seen.find(b_[i]);
-      if (found != nullptr && found->aCount == 1 && found->bCount == 1) unique.emplace_back(i, found->a);
+      const Seen& item = seen[b_[i]];
+      if (item.aCount == 1 && item.bCount == 1) unique.emplace_back(i, item.a);
     }
     if (unique.empty()) return false;
 

@@ -14,14 +14,12 @@ class ByHash {
   explicit ByHash(std::size_t most) : slots_(std::bit_ceil(most + most / 8 + 1)) {}
 
   Value& operator[](std::uint64_t hash) {
-    Slot& slot = slotOf(hash);
-    slot.hash = known(hash);
-    return slot.value;
-  }
-  // Null where the hash has no value.
-  Value* find(std::uint64_t hash) {
-    Slot& slot = slotOf(hash);
-    return slot.hash == 0 ? nullptr : &slot.value;
+    if (hash == 0) hash = 1;
+    const std::size_t mask = slots_.size() - 1;
+    std::size_t at = static_cast<std::size_t>(hash) & mask;
+    while (slots_[at].hash != 0 && slots_[at].hash != hash) at = (at + 1) & mask;
+    slots_[at].hash = hash;
+    return slots_[at].value;
   }
 
  private:
@@ -29,17 +27,6 @@ class ByHash {
     std::uint64_t hash = 0;  // 0: free
     Value value{};
   };
-
-  static std::uint64_t known(std::uint64_t hash) { return hash == 0 ? 1 : hash; }
-
-  // Where the hash stands, or would.
-  Slot& slotOf(std::uint64_t hash) {
-    hash = known(hash);
-    const std::size_t mask = slots_.size() - 1;
-    std::size_t at = static_cast<std::size_t>(hash) & mask;
-    while (slots_[at].hash != 0 && slots_[at].hash != hash) at = (at + 1) & mask;
-    return slots_[at];
-  }
 
   std::vector<Slot> slots_;
 };

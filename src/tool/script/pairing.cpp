@@ -1,7 +1,6 @@
 #include "tool/script/pairing.h"
 
 #include <algorithm>
-#include <string>
 
 #include "tool/script/align.h"
 #include "tool/script/script_lines.h"
@@ -16,17 +15,6 @@ struct Skeleton {
   std::vector<std::size_t> firstText;  // of each line, and one more entry behind the last
   bool endings[3] = {};                // which line ends there are, by their length
 };
-
-// What stands outside the texts of a line: its texts are those from `from` to `to` of the outline.
-void appendOutside(std::string_view line, const Outline& outline, std::size_t from, std::size_t to, std::string& out) {
-  std::size_t copied = 0;
-  for (std::size_t i = from; i < to; ++i) {
-    const OutlineText& text = outline.texts[i];
-    out.append(line.substr(copied, text.begin - copied)).push_back('\0');
-    copied = text.begin + text.text.size();
-  }
-  out.append(line.substr(copied));
-}
 
 Skeleton skeletonOf(std::string_view work, const Outline& outline) {
   Skeleton skeleton;
@@ -46,6 +34,16 @@ Skeleton skeletonOf(std::string_view work, const Outline& outline) {
 }
 
 }  // namespace
+
+void appendOutside(std::string_view line, const Outline& outline, std::size_t from, std::size_t to, std::string& out) {
+  std::size_t copied = 0;
+  for (std::size_t i = from; i < to; ++i) {
+    const OutlineText& text = outline.texts[i];
+    out.append(line.substr(copied, text.begin - copied)).push_back('\0');
+    copied = text.begin + text.text.size();
+  }
+  out.append(line.substr(copied));
+}
 
 Pairing pairScripts(std::string_view oldWork, const Outline& oldOutline, std::string_view newWork,
                     const Outline& newOutline) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -22,6 +23,9 @@ struct Pairing {
   std::vector<OutsideChange> outside;
   bool lineEndsDiffer = false;  // CR LF here, LF there
 };
+
+// Appends what stands outside the texts of a line, a NUL for each of them: those from `from` to `to` of the outline.
+void appendOutside(std::string_view line, const Outline& outline, std::size_t from, std::size_t to, std::string& out);
 
 // The lines are matched by all that stands outside their texts; lines that match have as many texts.
 Pairing pairScripts(std::string_view oldWork, const Outline& oldOutline, std::string_view newWork,
