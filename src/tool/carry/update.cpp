@@ -15,14 +15,13 @@ namespace dravenna {
 namespace {
 
 constexpr char kUpdateFooter[] =
-    "--from holds the translations of OLD: translated scripts, exchange files or PO files. For each script of NEW an\n"
-    "exchange file goes to --out that `import NEW --from DIR` takes; what could not be carried stands in it as in "
-    "NEW.\n"
-    "The report tells of each text that is new, changed or unsure, with the old text and its translation.\n"
-    "Examples:\n"
-    "  dravenna-lxf update npc-2019 npc-2026 --from npc-2019-es --out lxf > report.txt\n"
-    "  dravenna-lxf update npc-2019 npc-2026 --from lxf-2019 --out lxf --json --report report.json\n"
-    "  dravenna-lxf import npc-2026 --from lxf";
+    R"(--from holds the translations of OLD: translated scripts, exchange files or PO files. For each script of NEW an
+exchange file goes to --out that `import NEW --from DIR` takes; what could not be carried stands in it as in NEW.
+The report tells of each text that is new, changed or unsure, with the old text and its translation.
+Examples:
+  dravenna-lxf update npc-2019 npc-2026 --from npc-2019-es --out lxf > report.txt
+  dravenna-lxf update npc-2019 npc-2026 --from lxf-2019 --out lxf --json --report report.json
+  dravenna-lxf import npc-2026 --from lxf)";
 
 struct Options {
   std::string oldTree;

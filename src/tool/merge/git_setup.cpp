@@ -101,11 +101,8 @@ class GitSetup {
 
   std::string driver() const {
     std::string words = ownOptions();
-    if (options_.way.onConflict != OnConflict::Smart) {
-      words += fmt::format(" --on-conflict {}", options_.way.onConflict == OnConflict::Ours     ? "ours"
-                                                : options_.way.onConflict == OnConflict::Theirs ? "theirs"
-                                                                                                : "markers");
-    }
+    const OnConflict way = options_.way.onConflict;
+    if (way != OnConflict::Smart) words += fmt::format(" --on-conflict {}", kOnConflictNames[static_cast<int>(way)]);
     if (!options_.theirPage.empty()) words += " --their-codepage " + quotedForShell(options_.theirPage);
     if (!options_.report.empty()) words += " --report " + quotedForShell(options_.report);
     return fmt::format(

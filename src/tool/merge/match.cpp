@@ -172,34 +172,36 @@ class VersionMatcher {
     match_.baseTextOf[text] = baseText;
   }
 
-  // Texts, from and to, of lines.
-  static std::pair<std::size_t, std::size_t> textsOf(const Document& document, std::size_t begin, std::size_t end) {
-    if (begin >= end) return {0, 0};
-    return {document.lines[begin].firstText, document.lines[end - 1].endText};
+  struct Texts {
+    std::size_t begin, end;
+  };
+  static Texts textsOf(const Document& document, std::size_t beginLine, std::size_t endLine) {
+    if (beginLine >= endLine) return {0, 0};
+    return {document.lines[beginLine].firstText, document.lines[endLine - 1].endText};
   }
 
   // Lines that are not matched: first the equal texts, then the similar ones, then the rest where it is as many.
   void matchTextsOfHunk(std::size_t baseBegin, std::size_t baseEnd, std::size_t begin, std::size_t end) {
-    const auto [baseFrom, baseTo] = textsOf(base_, baseBegin, baseEnd);
-    const auto [from, to] = textsOf(version_, begin, end);
-    if (baseFrom == baseTo || from == to) return;
-    std::vector<std::uint64_t> baseHashes;
-    std::vector<std::uint64_t> hashes;
-    for (std::size_t i = baseFrom; i < baseTo; ++i) baseHashes.push_back(hashOf(base_.texts[i].text));
-    for (std::size_t i = from; i < to; ++i) hashes.push_back(hashOf(version_.texts[i].text));
-    for (const EqualRun& run : alignSequences(baseHashes, hashes)) {
-      for (std::size_t i = 0; i < run.length; ++i) pairTexts(baseFrom + run.a + i, from + run.b + i);
-    }
-    const auto left = [](const Document& document, const std::vector<std::size_t>& partners, std::size_t first,
-                         std::size_t last) {
-      Lonely texts;
-      for (std::size_t i = first; i < last; ++i) {
-        if (partners[i] == kNone) texts.add(i, document.texts[i].text);
-      }
-      return texts;
+    const Texts before = textsOf(base_, baseBegin, baseEnd);
+    const Texts now = textsOf(version_, begin, end);
+    if (before.begin == before.end || now.begin == now.end) return;
+    const auto hashes = [](const Document& document, const Texts& texts) {
+      std::vector<std::uint64_t> list;
+      for (std::size_t i = texts.begin; i < texts.end; ++i) list.push_back(hashOf(document.texts[i].text));
+      return list;
     };
-    const auto baseLeft = [&] { return left(base_, match_.textOf, baseFrom, baseTo); };
-    const auto versionLeft = [&] { return left(version_, match_.baseTextOf, from, to); };
+    for (const EqualRun& run : alignSequences(hashes(base_, before), hashes(version_, now))) {
+      for (std::size_t i = 0; i < run.length; ++i) pairTexts(before.begin + run.a + i, now.begin + run.b + i);
+    }
+    const auto left = [](const Document& document, const Texts& texts, const std::vector<std::size_t>& partners) {
+      Lonely lonely;
+      for (std::size_t i = texts.begin; i < texts.end; ++i) {
+        if (partners[i] == kNone) lonely.add(i, document.texts[i].text);
+      }
+      return lonely;
+    };
+    const auto baseLeft = [&] { return left(base_, before, match_.textOf); };
+    const auto versionLeft = [&] { return left(version_, now, match_.baseTextOf); };
     for (const SimilarPair& pair : pairSimilarTexts(baseLeft(), versionLeft())) pairTexts(pair.a, pair.b);
     const std::vector<std::size_t> baseRest = baseLeft().numbers;
     const std::vector<std::size_t> rest = versionLeft().numbers;

@@ -2,6 +2,7 @@
 
 #include <fmt/core.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <unordered_set>
 
@@ -144,15 +145,12 @@ void MergeRun::mergeByGit(const std::string& why) {
 }  // namespace
 
 void addMergeSettings(Verb verb, MergeSettings& settings) {
-  verb.choice("--on-conflict",
-              [&settings](const std::string& way) {
-                settings.way.onConflict = way == "ours"      ? OnConflict::Ours
-                                          : way == "theirs"  ? OnConflict::Theirs
-                                          : way == "markers" ? OnConflict::Markers
-                                                             : OnConflict::Smart;
-              },
-              "WAY", "A text that both changed: smart (default), ours, theirs or markers",
-              {"smart", "ours", "theirs", "markers"});
+  const auto take = [&settings](const std::string& way) {
+    const auto* const found = std::find(std::begin(kOnConflictNames), std::end(kOnConflictNames), way);
+    settings.way.onConflict = static_cast<OnConflict>(found - std::begin(kOnConflictNames));
+  };
+  verb.choice("--on-conflict", take, "WAY", "A text that both changed: smart (default), ours, theirs or markers",
+              {std::begin(kOnConflictNames), std::end(kOnConflictNames)});
   verb.text("--their-codepage", settings.theirPage, "NAME",
             "Code page of THEIRS where it is another than that of OURS");
   verb.text("--report", settings.report, "FILE", "File for the list of what is to translate and to look at");

@@ -18,6 +18,9 @@ struct MergeSettings {
   bool append = false;
 };
 
+// By OnConflict.
+inline constexpr const char* kOnConflictNames[] = {"smart", "ours", "theirs", "markers"};
+
 void addMergeSettings(Verb verb, MergeSettings& settings);
 
 // Null where none is named. Throws UsageError for a code page that there is not.
