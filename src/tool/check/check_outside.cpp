@@ -93,7 +93,10 @@ class OutsideCheck {
   static constexpr std::size_t kReach = 50;  // lines
 
   static TextLine lineOf(const Outline& outline, const std::vector<std::string_view>& lines, std::size_t number) {
-    return {lines[number], std::ranges::equal_range(outline.texts, number, {}, &OutlineText::lineNumber)};
+    const auto from = [&](std::size_t line) {
+      return std::ranges::lower_bound(outline.texts, line, {}, &OutlineText::lineNumber);
+    };
+    return {lines[number], {from(number), from(number + 1)}};
   }
 
   // Quote marks in a text. Those behind a backslash, and an odd number on the line, are findings of the script itself.
