@@ -150,7 +150,7 @@ void addMergeSettings(Verb verb, MergeSettings& settings) {
     settings.way.onConflict = static_cast<OnConflict>(found - std::begin(kOnConflictNames));
   };
   verb.choice("--on-conflict", take, "WAY", "A text that both changed: smart (default), ours, theirs or markers",
-              {std::begin(kOnConflictNames), std::end(kOnConflictNames)});
+              std::vector<std::string>(std::begin(kOnConflictNames), std::end(kOnConflictNames)));
   verb.text("--their-codepage", settings.theirPage, "NAME",
             "Code page of THEIRS where it is another than that of OURS");
   verb.text("--report", settings.report, "FILE", "File for the list of what is to translate and to look at");
