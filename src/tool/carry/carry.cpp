@@ -11,8 +11,6 @@ namespace dravenna {
 
 namespace {
 
-constexpr std::size_t kNone = static_cast<std::size_t>(-1);
-
 using Texts = std::vector<std::string_view>;
 
 std::vector<std::uint64_t> plainHashes(const Texts& texts) {

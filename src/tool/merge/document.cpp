@@ -4,7 +4,6 @@
 
 #include "platform/failure.h"
 #include "text/text.h"
-#include "tool/script/align.h"
 #include "tool/script/exchange_file.h"
 #include "tool/script/pairing.h"
 #include "tool/script/script_lines.h"

@@ -6,11 +6,10 @@
 #include <vector>
 
 #include "scan/command_list.h"
+#include "tool/script/align.h"
 
 // What a merge sees of a file: lines of code with places for texts in them.
 namespace dravenna {
-
-constexpr std::size_t kNone = static_cast<std::size_t>(-1);
 
 struct TextPlace {
   std::string_view text;

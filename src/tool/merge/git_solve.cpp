@@ -124,9 +124,7 @@ class Solver {
       throw Failure(u"it was edited since git merged it; git checkout --merge would undo that");
     }
     if (present.find("\r\n") != std::string::npos && merged.bytes.find('\r') == std::string::npos) {
-      std::string converted;  // as git does on the way to the working tree here
-      forEachLine(merged.bytes, [&](const ScriptLine& line) { converted.append(line.text).append("\r\n"); });
-      merged.bytes.swap(converted);
+      merged.bytes = withCrLf(merged.bytes);  // as git does on the way to the working tree here
     }
     replaceScript(session_, target, merged.bytes, {});
     folders_.insert(folderOf(target));

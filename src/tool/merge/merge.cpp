@@ -58,11 +58,9 @@ class MergeRun {
     std::optional<std::string> why;
     try {
       merge();
-    } catch (const UsageError& failure) {
-      why = failure.what();
     } catch (const Failure& failure) {
       why = shown(failure.description());
-    } catch (const std::exception& failure) {  // a lack of memory
+    } catch (const std::exception& failure) {  // wrong use, or a lack of memory
       why = failure.what();
     }
     if (why) mergeByGit(*why);

@@ -188,11 +188,7 @@ ImportOutcome PoImport::importScript(const Script& script, std::optional<std::st
   }
   std::string work = apply(script, *loaded, split_ ? *outcome.own : whole_, outcome);
   if (outcome.changed == 0) return outcome;
-  if (options_.crlf) {
-    std::string lines;
-    forEachLine(work, [&](const ScriptLine& line) { lines.append(line.text).append("\r\n"); });
-    work.swap(lines);
-  }
+  if (options_.crlf) work = withCrLf(work);
   std::string buffer;
   bytes = loaded->in.codec.toFile(work, buffer);
   return outcome;

@@ -44,8 +44,6 @@ class Aligner {
   }
 
  private:
-  static constexpr std::size_t kNone = static_cast<std::size_t>(-1);
-
   void pair(std::size_t a, std::size_t b) { partnerOf_[a] = b; }
 
   void trim(Range& range) {

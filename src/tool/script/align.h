@@ -1,10 +1,13 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string_view>
 #include <vector>
 
 namespace dravenna {
+
+constexpr std::size_t kNone = static_cast<std::size_t>(-1);  // the index of what has no partner
 
 // A run of equal items in two sequences.
 struct EqualRun {
