@@ -37,16 +37,16 @@ inline std::vector<std::string_view> linesOf(std::string_view bytes) {
   return lines;
 }
 
-// What stands in front of a text in the work bytes that it is a piece of.
-inline std::string_view inFrontOf(std::string_view text, std::string_view work) {
-  return work.substr(0, static_cast<std::size_t>(text.data() - work.data()));
-}
-
 // The same lines, each with CR LF behind it.
 inline std::string withCrLf(std::string_view bytes) {
   std::string lines;
   forEachLine(bytes, [&](const ScriptLine& line) { lines.append(line.text).append("\r\n"); });
   return lines;
+}
+
+// What stands in front of a text in the work bytes that it is a piece of.
+inline std::string_view inFrontOf(std::string_view text, std::string_view work) {
+  return work.substr(0, static_cast<std::size_t>(text.data() - work.data()));
 }
 
 // Only the lines that hold a quote mark: no other line changes the state of a scan or holds a text.
