@@ -130,7 +130,8 @@ void exportTree(Session& session, const Options& options) {
                          exported.fate == Fate::Written);
         }
         return true;
-      });
+      },
+      true);
   index.save();
   if (empty > 0 && files == 0) {
     session.console.warning("no script has a text for an exchange file");

@@ -80,16 +80,17 @@ std::vector<Attempted<Result>> attemptEach(ScriptGroup group, const std::functio
 
 // Runs work(script, buffers) for each script on the session's threads and hands each result to take(script, result) on
 // the calling thread, in order. A script whose work fails is told and sets the exit status; the others go on. Ends
-// early when take() gives false or the process was interrupted. Gives whether every script was done.
+// early when take() gives false or the process was interrupted. Gives whether every script was done. Where work makes a
+// file for each, `makesFiles` keeps threads from waiting for each other's folder; its results should be small.
 template <class Result>
 bool forEachScript(Session& session, const std::vector<Script>& scripts,
                    const std::function<Result(const Script&, Buffers&)>& work,
-                   const std::function<bool(const Script&, Result&&)>& take) {
-  // So many together that threads seldom wait for each other, nor for a folder that both write to, and enough groups
-  // for all threads.
-  const std::size_t most = std::clamp<std::size_t>(scripts.size() / (std::size_t{8} * session.jobs), 1, 32);
+                   const std::function<bool(const Script&, Result&&)>& take, bool makesFiles = false) {
+  // So many together that threads seldom wait for each other, and enough groups for all threads.
+  const std::size_t enough = scripts.size() / (std::size_t{8} * session.jobs);
+  const std::size_t most = std::clamp<std::size_t>(enough, 1, makesFiles ? 128 : 32);
   return forEachGroup<Result>(
-      session, scripts, groupsOf(scripts, most, false),
+      session, scripts, groupsOf(scripts, most, makesFiles),
       [&](ScriptGroup group, Buffers& buffers) {
         return attemptEach<Result>(group, [&](std::size_t i) { return work(scripts[i], buffers); });
       },
