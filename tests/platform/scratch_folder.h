@@ -3,8 +3,8 @@
 #include <chrono>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <set>
+#include <sstream>
 #include <string>
 #include <string_view>
 
@@ -36,8 +36,9 @@ class ScratchFolder {
   }
 
   std::string get(std::string_view name) const {
-    std::ifstream stream(file(name), std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
+    std::ostringstream bytes;
+    bytes << std::ifstream(file(name), std::ios::binary).rdbuf();
+    return bytes.str();
   }
 
   std::set<std::string> names() const {

@@ -63,7 +63,7 @@ struct RescuingForm {
 };
 
 TEST(Rescue, ProcessThatEndsAtAnyCallLosesNoCommit) {
-  constexpr std::size_t kTexts = 50;
+  constexpr std::size_t kTexts = 20;
   atEachCall([&](const FaultyCalls& faulty) {
     const ScratchFolder folder;
     folder.put("guard.txt", scriptOf(kTexts, "Old "));
@@ -80,7 +80,7 @@ TEST(Rescue, ProcessThatEndsAtAnyCallLosesNoCommit) {
           first.type(u"New " + decimal(static_cast<std::int64_t>(i)));
           EXPECT_FALSE(failing && first.failing) << "it works again";
           count.put('.').flush();
-          if (i % 20 == 0) first.rescue.flush();
+          if (i % 8 == 0) first.rescue.flush();
         }
         RescuingForm second(folder);
         EXPECT_TRUE(calls.happened() || second.rescue.finds().empty()) << "what is in use counts as left behind";

@@ -15,15 +15,16 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr int kMany = 3000;  // more than one read and one write of the window
 constexpr int kFew = 3;
+const std::string kLong(22000, 'x');  // three are more than one read of the window
 constexpr fs::perms kPrivate = fs::perms::owner_read | fs::perms::owner_write;
 
 // One run over a fresh folder.
 struct Scene {
-  explicit Scene(int messages) : script(scriptOf(messages, "Old ")), after{{"guard.txt", scriptOf(messages, "New ")}} {
+  explicit Scene(const std::string& more)
+      : script(scriptOf(kFew, more + "Old ")), after{{"guard.txt", scriptOf(kFew, more + "New ")}} {
     folder.put("guard.txt", script);
-    folder.put("guard.lxf", exchangeFileOf(messages, "New "));
+    folder.put("guard.lxf", exchangeFileOf(kFew, more + "New "));
   }
 
   ScratchFolder folder;
@@ -36,10 +37,10 @@ struct Scene {
 bool isTemporary(const std::string& name) { return name.starts_with(".dravenna-") && name.ends_with(".tmp"); }
 
 // `prepare` sets the scene and gives the operation, which gives whether it told of a failure.
-void failEach(int messages, const std::function<std::function<bool()>(Scene&)>& prepare) {
+void failEach(const std::string& more, const std::function<std::function<bool()>(Scene&)>& prepare) {
   std::set<std::string> failed;
   atEachCall([&](const FaultyCalls& faulty) {
-    Scene scene(messages);
+    Scene scene(more);
     const std::function<bool()> act = prepare(scene);
     const std::set<std::string> names = scene.folder.names();
     std::map<std::string, std::string> before;
@@ -83,9 +84,9 @@ std::shared_ptr<QuietForm> openForm(Scene& scene) {
 }
 
 TEST(Save, FailsWhole) {
-  failEach(kMany, [](Scene& scene) {
+  failEach(kLong, [](Scene& scene) {
     const auto form = openForm(scene);
-    form->typeAndCommit(u"New 1");
+    form->typeAndCommit(fromUtf8(kLong + "New 1"));
     scene.after["guard.txt"] = scene.script.replace(scene.script.find("Old 1"), 5, "New 1");
     return [form] {
       form->boxes.clear();
@@ -99,7 +100,7 @@ TEST(Save, FailsWhole) {
 }
 
 TEST(Import, FailsWholeInTheWindow) {
-  failEach(kMany, [](Scene& scene) {
+  failEach(kLong, [](Scene& scene) {
     const auto form = openForm(scene);
     return [form, tries = 0]() mutable {
       if (tries++ > 0) (*form)->LoadScript();  // one that failed may have left a part of the script
@@ -119,8 +120,7 @@ std::function<bool()> tool(Scene& scene, std::vector<std::string> words) {
     Session session;
     session.files = posix::makeTreeFiles(scene.calls);
     CommandLine line("", "", "");
-    addImport(line.program(), session);
-    addPo(line.program(), session);
+    (words[0] == "po" ? addPo : addImport)(line.program(), session);
     try {
       line.run(words);
     } catch (const Failure& failure) {
@@ -133,7 +133,7 @@ std::function<bool()> tool(Scene& scene, std::vector<std::string> words) {
 // With messages on standard error, which every failure must have.
 void failEachQuietly(const std::function<std::function<bool()>(Scene&)>& prepare) {
   testing::internal::CaptureStderr();
-  failEach(kFew, prepare);
+  failEach("", prepare);
   EXPECT_NE(testing::internal::GetCapturedStderr().find("error: "), std::string::npos);
 }
 
