@@ -1,7 +1,4 @@
 // What of the window lies outside the form's rules.
-#include <random>
-#include <tuple>
-
 #include "desktop/color_pick_dialog.h"
 #include "desktop/edit_box.h"
 #include "desktop/placing.h"
@@ -236,58 +233,6 @@ TEST_F(MainWindowTest, ScreenReadersAreToldWhatColourTellsTheEye) {
   window->handle([this] { window->principal().Buscar(u"X", true); });
   auto* word = window->searchBox()->findChild<QWidget*>(QStringLiteral("txtSearch"));
   EXPECT_EQ(told(*word), QStringLiteral("Message. Text 1 of 1. Line 2. x"));
-}
-
-// What the window adds to the keyboard changes nothing that the form sees.
-TEST_F(MainWindowTest, AThousandKeysDoWhatTheyDoWithoutAWindow) {
-  std::string script;
-  for (int i = 0; i < 60; ++i) {
-    const std::string n = std::to_string(i);
-    script += "mes \"[name" + n + "]\";\r\n\tmes \"a text " + n + "\"; // said\r\nset x,\"code " + n + "\";\r\n";
-  }
-  folder.put("sub/gate.txt", script);
-  FailingTextFiles coreFiles(makeTextFiles(codePageByName("1252")));
-  MemoryRegistry coreStore;
-  ScriptedProcess coreProcess(u"/opt/dravenna");
-  Stage stage;
-  const auto core = makeCoreDriver({coreFiles, coreStore, coreProcess, stage, [](ColorPick&) {}});
-  core->start(u"sub/gate.txt");
-  Principal& expected = *core->form();
-  Principal& form = start(u"sub/gate.txt").principal();
-  window->onBeep = [] {};
-  expected.LastSearch = form.LastSearch = u"7";
-  const std::pair<std::int16_t, Qt::Key> keys[] = {
-      {kKeyUp, Qt::Key_Up},      {kKeyDown, Qt::Key_Down}, {kKeyEnter, Qt::Key_Return},
-      {kKeyEsc, Qt::Key_Escape}, {kKeyLeft, Qt::Key_Left}, {kKeyRight, Qt::Key_Right},
-      {kKeyHome, Qt::Key_Home},  {kKeyEnd, Qt::Key_End},   {kKeyDel, Qt::Key_Delete},
-      {kKeyF3, Qt::Key_F3},      {'A', Qt::Key_A},         {'7', Qt::Key_7}};
-  const std::pair<Qt::Key, Qt::KeyboardModifiers> added[] = {{Qt::Key_PageUp, {}},
-                                                             {Qt::Key_PageDown, {}},
-                                                             {Qt::Key_F9, {}},
-                                                             {Qt::Key_Plus, Qt::ControlModifier},
-                                                             {Qt::Key_Minus, Qt::ControlModifier},
-                                                             {Qt::Key_0, Qt::ControlModifier}};
-  std::minstd_rand random(1);
-  for (int i = 0; i < 1000; ++i) {
-    const auto& [code, key] = keys[random() % std::size(keys)];
-    const bool shift = code != kKeyDel && random() % 4 == 0;  // with Del that is a cut
-    const bool letter = key == Qt::Key_A || key == Qt::Key_7;
-    const int lower = letter && !shift ? 0x20 : 0;
-    const bool yields = letter || code == kKeyEnter || code == kKeyEsc;
-    const auto character = static_cast<char16_t>(yields ? code | lower : 0);
-    core->key({code, shift ? kShift : std::int16_t{0}, character});
-    QTest::sendKeyEvent(QTest::Click, window->windowHandle(), key,
-                        character != 0 ? QString(QChar(character)) : QString(),
-                        shift ? Qt::ShiftModifier : Qt::NoModifier);
-    const auto& [own, modifier] = added[random() % std::size(added)];
-    QTest::sendKeyEvent(QTest::Click, window->windowHandle(), own, QString(), modifier);
-    const auto state = [](const Principal& of) {
-      return std::tuple(of.N.SelStart(), of.N.SelLength(), of.Ini, of.Fin, of.xIni, of.Modified, of.UndoText,
-                        of.EDT.Text(), of.EDT.SelStart(), of.EDT.SelLength(), of.EDT.Visible, of.EDT.BackColor);
-    };
-    ASSERT_EQ(state(form), state(expected)) << i << " " << code << " " << shift;
-    ASSERT_EQ(form.N.Text(), expected.N.Text()) << i;
-  }
 }
 
 }  // namespace

@@ -20,8 +20,8 @@ struct KeyStroke {
   char16_t character = 0;
 };
 
-constexpr std::int16_t kKeyBackspace = 8, kKeyTab = 9, kKeyEnd = 35, kKeyHome = 36, kKeyLeft = 37, kKeyRight = 39,
-                       kKeyDel = 46, kKeyF9 = 120;
+constexpr std::int16_t kKeyBackspace = 8, kKeyTab = 9, kKeyPageUp = 33, kKeyPageDown = 34, kKeyEnd = 35, kKeyHome = 36,
+                       kKeyLeft = 37, kKeyRight = 39, kKeyDel = 46, kKeyPlus = 107, kKeyMinus = 109, kKeyF9 = 120;
 
 enum class MouseStep { Press, Move, Release };
 

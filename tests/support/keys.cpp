@@ -1,6 +1,7 @@
 #include "support/keys.h"
 
-#include <utility>
+#include <algorithm>
+#include <span>
 
 #include "support/scenario.h"
 
@@ -12,26 +13,27 @@ bool isLetter(char16_t c) { return (c >= u'a' && c <= u'z') || (c >= u'A' && c <
 bool isDigit(char16_t c) { return c >= u'0' && c <= u'9'; }
 char16_t upper(char16_t c) { return static_cast<char16_t>(c & ~0x20); }
 
-template <std::size_t Size>
-std::int16_t codeOf(const std::pair<std::u16string_view, std::int16_t> (&codes)[Size], std::u16string_view name) {
-  for (const auto& [known, code] : codes) {
-    if (known == name) return code;
-  }
-  throw ScenarioError{0, "unknown key"};
+std::int16_t codeOf(std::span<const std::u16string_view> names, std::span<const std::int16_t> codes,
+                    std::u16string_view name) {
+  const auto found = std::find(names.begin(), names.end(), name);
+  if (found == names.end()) throw ScenarioError{0, "unknown key"};
+  return codes[static_cast<std::size_t>(found - names.begin())];
 }
 
 }  // namespace
 
 KeyStroke keyNamed(std::u16string_view name) {
-  static const std::pair<std::u16string_view, std::int16_t> kKeys[] = {
-      {u"Enter", kKeyEnter},         {u"Esc", kKeyEsc},   {u"Up", kKeyUp},   {u"Down", kKeyDown}, {u"Left", kKeyLeft},
-      {u"Right", kKeyRight},         {u"Home", kKeyHome}, {u"End", kKeyEnd}, {u"Tab", kKeyTab},   {u"Del", kKeyDel},
-      {u"Backspace", kKeyBackspace}, {u"F1", kKeyF1},     {u"F3", kKeyF3},   {u"F5", kKeyF5},     {u"F9", kKeyF9}};
-  static const std::pair<std::u16string_view, std::int16_t> kModifiers[] = {
-      {u"Shift", kShift}, {u"Ctrl", kCtrl}, {u"Alt", kAlt}};
+  static constexpr std::u16string_view kKeys[] = {
+      u"Enter", u"Esc", u"Up",        u"Down", u"Left",  u"Right", u"Home", u"End", u"PageUp", u"PageDown",
+      u"Tab",   u"Del", u"Backspace", u"Plus", u"Minus", u"F1",    u"F3",   u"F5",  u"F9"};
+  static constexpr std::int16_t kCodes[] = {
+      kKeyEnter, kKeyEsc, kKeyUp,        kKeyDown, kKeyLeft,  kKeyRight, kKeyHome, kKeyEnd, kKeyPageUp, kKeyPageDown,
+      kKeyTab,   kKeyDel, kKeyBackspace, kKeyPlus, kKeyMinus, kKeyF1,    kKeyF3,   kKeyF5,  kKeyF9};
+  static constexpr std::u16string_view kModifiers[] = {u"Shift", u"Ctrl", u"Alt"};
+  static constexpr std::int16_t kBits[] = {kShift, kCtrl, kAlt};
   KeyStroke stroke;
   for (std::size_t plus; (plus = name.find(u'+')) != name.npos; name.remove_prefix(plus + 1)) {
-    stroke.shift = static_cast<std::int16_t>(stroke.shift | codeOf(kModifiers, name.substr(0, plus)));
+    stroke.shift = static_cast<std::int16_t>(stroke.shift | codeOf(kModifiers, kBits, name.substr(0, plus)));
   }
   const bool alt = (stroke.shift & kAlt) != 0;
   if (name.size() == 1 && (isLetter(name[0]) || isDigit(name[0]))) {
@@ -45,7 +47,7 @@ KeyStroke keyNamed(std::u16string_view name) {
     }
     return stroke;
   }
-  stroke.code = codeOf(kKeys, name);
+  stroke.code = codeOf(kKeys, kCodes, name);
   if (stroke.code < 0x20 && !alt) stroke.character = static_cast<char16_t>(stroke.code);
   return stroke;
 }

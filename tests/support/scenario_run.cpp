@@ -1,18 +1,10 @@
 #include "support/scenario_run.h"
 
-#include <algorithm>
-#include <cstdio>
 #include <fstream>
-#include <map>
-#include <optional>
 #include <random>
 
-#include "platform/scratch_folder.h"
-#include "platform/system.h"
 #include "support/keys.h"
-#include "support/memory_registry.h"
-#include "support/scenario.h"
-#include "text/text.h"
+#include "support/scenario_expect.h"
 
 namespace dravenna {
 
@@ -25,41 +17,15 @@ std::string readFile(const fs::path& path) {
   return {std::istreambuf_iterator<char>(in), {}};
 }
 
-std::int64_t numberIn(std::u16string_view word) {
-  const std::string text = toUtf8(word);
-  const bool hexadecimal = text.starts_with("0x") || text.starts_with("-0x");
-  char* end = nullptr;
-  const std::int64_t number = std::strtoll(text.c_str(), &end, hexadecimal ? 16 : 10);
-  if (text.empty() || *end != '\0') throw ScenarioError{0, "not a number: " + text};
-  return number;
-}
-
-std::string shown(const Value& value) {
-  if (const bool* flag = std::get_if<bool>(&value)) return *flag ? "True" : "False";
-  if (const std::int64_t* number = std::get_if<std::int64_t>(&value)) return std::to_string(*number);
-  return inQuotes(std::get<std::u16string>(value));
-}
-
-std::string shown(const ShownBox& box) {
-  return std::to_string(box.flags) + ' ' + inQuotes(box.text) + " title " + inQuotes(box.title);
-}
-
-char16_t segmentLetter(std::uint32_t color) {
-  const std::uint32_t colors[] = {clrPlain, clrComment, clrQuote, clrError, clrTitle, clrMessage, clrCode};
-  return u"pcqetmk?"[std::find(std::begin(colors), std::end(colors), color) - colors];
-}
-
 // What `random` looks at behind each step.
 constexpr const char* kSeen[] = {"N.Text",       "N.SelStart",    "N.SelLength", "N.SelColor",    "EDT.Text",
                                  "EDT.SelStart", "EDT.SelLength", "EDT.Visible", "EDT.ForeColor", "EDT.BackColor",
                                  "focus",        "frmSearch",     "Ini",         "Fin",           "xIni",
                                  "Modified",     "UndoText",      "LastSearch",  "Status.Text"};
 
-class ScenarioRun {
+class ScenarioRun : public ScenarioExpectations {
  public:
-  ScenarioRun(std::string name, DriverFactory makeDriver) : name_(std::move(name)), makeDriver_(std::move(makeDriver)) {
-    fs::create_directory(folder_.file("files"));
-  }
+  using ScenarioExpectations::ScenarioExpectations;
 
   // What was seen behind each step of `random`.
   std::vector<std::string> seen;
@@ -83,13 +49,6 @@ class ScenarioRun {
 
  private:
   using Handler = void (ScenarioRun::*)();
-
-  // The directive at hand, and what of it has been read.
-  struct Reading {
-    const Directive* directive = nullptr;
-    std::size_t word = 0;
-    bool block = false;
-  };
 
   void step() {
     reading_ = {&directives_[next_++]};
@@ -127,81 +86,6 @@ class ScenarioRun {
     const auto handler = name.quoted ? handlers.end() : handlers.find(name.text);
     if (handler == handlers.end()) throw ScenarioError{0, "directive not understood: " + toUtf8(name.text)};
     (this->*handler->second)();
-  }
-
-  // The words of the directive at hand.
-  bool more() const { return reading_.word < reading_.directive->words.size(); }
-  const Word& take(const char* what) {
-    if (!more()) throw ScenarioError{0, std::string("missing: ") + what};
-    return reading_.directive->words[reading_.word++];
-  }
-  std::string lastWord() const { return toUtf8(reading_.directive->words[reading_.word - 1].text); }
-  bool takeIf(std::u16string_view bare) {
-    const bool there = more() && reading_.directive->words[reading_.word].is(bare);
-    reading_.word += there ? 1 : 0;
-    return there;
-  }
-  std::u16string takeText(const char* what) { return filled(take(what).text); }
-  // A file name: in the scenario's folder unless it is absolute.
-  fs::path takePath() { return directory_ / fs::path(takeText("NAME")); }
-  std::int32_t takeNumber(const char* what) { return static_cast<std::int32_t>(numberIn(take(what).text)); }
-  // A number behind a sign that stands in front of it.
-  std::int32_t takeNumber(const char* what, char16_t sign) {
-    const Word& word = take(what);
-    if (word.quoted || !word.text.starts_with(sign)) throw ScenarioError{0, "not understood: " + toUtf8(word.text)};
-    return static_cast<std::int32_t>(numberIn(word.text.substr(1)));
-  }
-  template <class Choice>
-  Choice takeChoice(const std::map<std::u16string_view, Choice>& choices) {
-    const auto choice = choices.find(take("a word").text);
-    std::string wanted;
-    for (const auto& [name, _] : choices) wanted += ' ' + toUtf8(name);
-    if (choice == choices.end()) throw ScenarioError{0, "one of these is wanted:" + wanted};
-    return choice->second;
-  }
-  std::uint32_t takeRoot() {
-    return takeChoice<std::uint32_t>({{u"HKLM", HKEY_LOCAL_MACHINE_ID}, {u"HKCR", HKEY_CLASSES_ROOT_ID}});
-  }
-  std::u16string takeBlock(std::u16string_view lineEnd = u"\r\n") {
-    reading_.block = true;
-    std::u16string text;
-    for (const std::u16string& line : reading_.directive->block) (text += line) += lineEnd;
-    return text;
-  }
-  // The bytes of a file: behind `raw`, or the block.
-  std::string takeBytes() {
-    const bool lf = takeIf(u"lf");
-    std::string bytes;
-    if (takeIf(u"raw")) {
-      for (const char16_t unit : takeText("STRING")) {
-        if (unit > 0xFF) throw ScenarioError{0, "raw holds code units up to 255"};
-        bytes += static_cast<char>(unit);
-      }
-    } else if (codePage_->encode(takeBlock(lf ? u"\n" : u"\r\n"), bytes) != std::u16string::npos) {
-      throw ScenarioError{0, "the block does not fit the code page"};
-    }
-    return bytes;
-  }
-  // {program} is the program as the shell verb names it; the path behind a {dir} has the system's separators.
-  std::u16string filled(std::u16string_view text) {
-    std::u16string line = replaceAll(text, u"{program}", u"{dir}" + process_.programName());
-    for (std::size_t at = line.find(u"{dir}"); at != line.npos; at = line.find(u"{dir}", at + 1)) {
-      const auto path = line.begin() + static_cast<std::ptrdiff_t>(at);
-      const auto end =
-          line.begin() + static_cast<std::ptrdiff_t>(std::min(line.find_first_of(u"\"'\r\n]", at), line.size()));
-      std::replace(path, end, u'/', process_.pathSeparator());
-    }
-    return replaceAll(line, u"{dir}", directory_.u16string());
-  }
-
-  Driver& driver() {
-    if (driver_ == nullptr) throw ScenarioError{0, "there is no start before it"};
-    return *driver_;
-  }
-  // For a step in the main window.
-  Driver& inMain() {
-    driver().mainForm();
-    return *driver_;
   }
 
   void doFile() {
@@ -263,7 +147,7 @@ class ScenarioRun {
     const Word& what = take("STRING");
     std::size_t at = 0;
     if (!what.quoted && what.text.starts_with(u'@')) {
-      at = static_cast<std::size_t>(numberIn(what.text.substr(1)));
+      at = static_cast<std::size_t>(wholeNumber(what.text.substr(1)));
     } else {
       at = inMain().form()->N.Text().find(filled(what.text));
       if (at == std::u16string::npos) throw ScenarioError{0, "the text of the click does not occur"};
@@ -333,6 +217,10 @@ class ScenarioRun {
       driver_->mouse(MouseStep::Release, x, y);
       driver_->key(keyNamed(u"Enter"));
     };
+    const auto elsewhere = [this](const std::u16string& key) {  // what only the window knows
+      return driver().focused() == (key == u"Tab" ? Control::txtSearch : Control::N) &&
+             (key == u"Tab" || key.starts_with(u"Page"));
+    };
     for (int step = 1; step <= steps; ++step) {
       const Word& key = keys.at(static_cast<std::size_t>(below(keys.size())));
       const char16_t character = key.quoted ? key.text.at(static_cast<std::size_t>(below(key.text.size()))) : u' ';
@@ -341,7 +229,7 @@ class ScenarioRun {
       if (text.substr(place, 1) == u"\n") --place;  // no place for a caret
       if (key.is(u"@")) {
         drag(static_cast<std::int32_t>(place), static_cast<std::int32_t>(place));
-      } else if (!key.is(u"Tab") || driver().focused() != Control::txtSearch) {
+      } else if (!elsewhere(key.text)) {
         driver().key(key.quoted ? keyTyping(character) : keyNamed(key.text));
       }
       const std::string name = key.quoted ? inQuotes({&character, 1}) : toUtf8(key.text);
@@ -354,113 +242,6 @@ class ScenarioRun {
     stepsInPicker_ = nullptr;
   }
 
-  void doExpect() {
-    do expectOne();
-    while (more());
-  }
-  void expectOne() {
-    static const std::map<std::string, Handler> handlers = {
-        {"colors", &ScenarioRun::expectColors},    {"picBigBox.Point", &ScenarioRun::expectPoint},
-        {"box", &ScenarioRun::expectBox},          {"dialog", &ScenarioRun::expectDialog},
-        {"beeps", &ScenarioRun::expectBeeps},      {"file", &ScenarioRun::expectFile},
-        {"registry", &ScenarioRun::expectRegistry}};
-    const std::string what = toUtf8(takeText("WHAT"));
-    if (const auto handler = handlers.find(what); handler != handlers.end()) return (this->*handler->second)();
-    const std::optional<Value> value = driver().read(what);
-    if (!value) throw ScenarioError{0, "expectation not understood: " + what};
-    if (what == "N.Text" && !more()) return compareTexts(what, takeBlock(), std::get<std::u16string>(*value));
-    compare(what, *value);
-  }
-  // The value of the next word against what was got.
-  void compare(const std::string& what, const Value& got) {
-    const std::u16string word = takeText("VALUE");
-    Value expected = word;
-    if (std::holds_alternative<bool>(got)) {
-      if (word != u"True" && word != u"False") throw ScenarioError{0, what + " is True or False"};
-      expected = word == u"True";
-    } else if (const std::int64_t* number = std::get_if<std::int64_t>(&got)) {
-      // Colours and the like may be written signed or not.
-      expected = numberIn(word);
-      if (static_cast<std::uint32_t>(numberIn(word)) == static_cast<std::uint32_t>(*number)) return;
-    }
-    expect(what, expected == got, shown(expected), shown(got));
-  }
-  void expect(const std::string& what, bool holds, const std::string& expected, const std::string& got) {
-    if (!holds) report(reading_.directive->line, what + ": expected " + expected + ", got " + got);
-  }
-  // The first line that differs is shown.
-  void compareTexts(const std::string& what, std::u16string_view expected, std::u16string_view got) {
-    const auto cut = [](std::u16string_view& text) {
-      const std::u16string_view first = text.substr(0, std::min(text.find(u'\n'), text.size() - 1) + 1);
-      text.remove_prefix(first.size());
-      return first;
-    };
-    const auto side = [](std::u16string_view text) { return text.empty() ? std::string("the end") : inQuotes(text); };
-    for (int line = 1; expected != got; ++line) {
-      const std::u16string_view a = cut(expected), b = cut(got);
-      if (a != b) return expect(what + " line " + std::to_string(line), false, side(a), side(b));
-    }
-  }
-  void expectColors() {
-    const std::u16string text = std::get<std::u16string>(*driver().read("N.Text"));
-    std::u16string letters;
-    for (const std::uint32_t color : driver().colors()) letters += segmentLetter(color);
-    letters.resize(text.size(), u'-');
-    std::u16string got;
-    for (std::size_t at = 0, end = 0; at < text.size(); at = end + 2) {
-      end = std::min(text.find(u"\r\n", at), text.size());
-      got += text.substr(at, end - at) + u"\r\n" + letters.substr(at, end - at) + u"\r\n";
-    }
-    compareTexts("colors", takeBlock(), got);
-  }
-  void expectPoint() {
-    const std::int32_t x = takeNumber("X");
-    const std::int32_t y = takeNumber("Y");
-    compare("picBigBox.Point", driver().point(x, y));
-  }
-  void expectBox() {
-    ShownBox expected;
-    expected.flags = takeNumber("FLAGS");
-    expected.text = takeText("STRING");
-    expected.title = takeIf(u"title") ? takeText("STRING") : u"Dravenna";
-    if (boxLines_.empty()) return expect("box", false, shown(expected), "none");
-    const std::string got = shown(boxLines_.front().first);
-    boxLines_.pop_front();
-    expect("box", got == shown(expected), shown(expected), got);
-  }
-  void expectDialog() {
-    if (!stage_.dialog) throw ScenarioError{0, "no file dialog was shown"};
-    const CommonDialog& dialog = stage_.dialog->properties;
-    const auto value = takeChoice<Value>({{u"Kind", std::u16string(stage_.dialog->save ? u"save" : u"open")},
-                                          {u"Filter", dialog.Filter},
-                                          {u"DialogTitle", dialog.DialogTitle},
-                                          {u"InitDir", dialog.InitDir},
-                                          {u"FileName", dialog.FileName},
-                                          {u"Flags", std::int64_t{dialog.Flags}}});
-    compare("dialog " + lastWord(), value);
-  }
-  void expectBeeps() { compare("beeps", std::int64_t{std::exchange(stage_.beeps, 0)}); }
-  void expectFile() {
-    const fs::path path = takePath();
-    const std::string what = "file " + lastWord();
-    const bool there = fs::is_regular_file(path);
-    if (takeIf(u"missing")) return expect(what, !there, "missing", "a file");
-    const std::string expected = takeBytes();
-    if (!there) return expect(what, false, "a file", "none");
-    compareTexts(what, codePage_->decode(expected), codePage_->decode(readFile(path)));
-  }
-  void expectRegistry() {
-    const std::uint32_t root = takeRoot();
-    const std::u16string key = takeText("KEY"), valueName = takeText("NAME");
-    Registry store(calls_);
-    const std::u16string got = store.GetRegValue(root, key, valueName, u"<missing>");
-    const bool missing = got == u"<missing>" && store.GetRegValue(root, key, valueName, u"") != got;
-    const std::string what = "registry " + toUtf8(key) + ' ' + inQuotes(valueName);
-    if (takeIf(u"missing")) return expect(what, missing, "missing", inQuotes(got));
-    if (missing) return expect(what, false, inQuotes(takeText("VALUE")), "missing");
-    compare(what, got);
-  }
-
   // The steps up to the end of the picker; a scenario that ends before it leaves it by Esc.
   void stepsOf(ColorPick& picker) {
     if (stepsInPicker_) return stepsInPicker_();
@@ -470,34 +251,7 @@ class ScenarioRun {
     reading_ = outer;
   }
 
-  void report(int line, const std::string& text) {
-    const int at = line != 0 ? line : reading_.directive != nullptr ? reading_.directive->line : 1;
-    const std::string reason = std::to_string(at) + ": " + text;
-    const bool wanted = !reasons_.empty() && reasons_.front() == reason;
-    if (!reasons_.empty()) reasons_.pop_front();
-    if (wanted) return;
-    passed_ = false;
-    std::printf("%s:%s\n", name_.c_str(), reason.c_str());
-  }
-
-  std::string name_;
-  DriverFactory makeDriver_;
-  std::vector<Directive> directives_;
-  std::size_t next_ = 0;
-  Reading reading_;
-  std::deque<std::string> reasons_;  // that it must fail for, in this order
-  bool passed_ = true;
-
-  ScratchFolder folder_;
-  fs::path directory_ = folder_.file("files").make_preferred();
   std::function<void()> stepsInPicker_;  // of `random`
-  CodePagePtr codePage_ = codePageByName("1252");
-  Stage stage_;
-  std::deque<std::pair<ShownBox, int>> boxLines_;  // shown and not expected yet, with the line of the step
-  MemoryRegistry calls_;
-  ScriptedProcess process_{directory_.u16string()};
-  FailingTextFiles files_{makeTextFiles(codePage_)};
-  std::unique_ptr<Driver> driver_;
 };
 
 std::vector<fs::path> scenarioFiles(const fs::path& path) {

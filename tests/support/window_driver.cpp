@@ -12,6 +12,7 @@
 #include "desktop/view/script_view.h"
 #include "support/scenario.h"
 #include "support/scenario_run.h"
+#include "support/widgets.h"
 #include "text/text.h"
 
 namespace dravenna {
@@ -20,40 +21,6 @@ namespace {
 
 // Milliseconds after which something that should appear is given up.
 constexpr int kPatience = 60000;
-
-Qt::Key keyOf(std::int16_t code) {
-  constexpr std::int16_t kCodes[] = {kKeyBackspace, kKeyTab,  kKeyEnter, kKeyEsc, kKeyEnd, kKeyHome, kKeyLeft, kKeyUp,
-                                     kKeyRight,     kKeyDown, kKeyDel,   kKeyF1,  kKeyF3,  kKeyF5,   kKeyF9};
-  constexpr Qt::Key kKeys[] = {Qt::Key_Backspace, Qt::Key_Tab,  Qt::Key_Return, Qt::Key_Escape, Qt::Key_End,
-                               Qt::Key_Home,      Qt::Key_Left, Qt::Key_Up,     Qt::Key_Right,  Qt::Key_Down,
-                               Qt::Key_Delete,    Qt::Key_F1,   Qt::Key_F3,     Qt::Key_F5,     Qt::Key_F9};
-  const auto* const found = std::find(std::begin(kCodes), std::end(kCodes), code);
-  // Letters, digits and the blank are the same.
-  return found == std::end(kCodes) ? static_cast<Qt::Key>(code) : kKeys[found - kCodes];
-}
-
-std::uint32_t colorNumber(const QColor& color) {
-  return static_cast<std::uint32_t>(color.red() | color.green() << 8 | color.blue() << 16);
-}
-
-// The flags that a message box stands for, read from what it shows.
-int flagsOf(const QMessageBox& box) {
-  constexpr int kIcons[] = {0, kInformation, kWarning, kCritical, 32};  // in the order of QMessageBox::Icon
-  int flags = kIcons[box.icon()];
-  const QMessageBox::StandardButtons buttons = box.standardButtons();
-  if (buttons == (QMessageBox::Ok | QMessageBox::Cancel)) flags += 1;
-  if (buttons == (QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel)) flags += 3;
-  if (buttons == (QMessageBox::Yes | QMessageBox::No)) flags += 4;
-  const QPushButton* standard = box.defaultButton();
-  if (standard == box.button(QMessageBox::Cancel) && standard != nullptr) flags += (flags & 7) == 3 ? 512 : 256;
-  return flags;
-}
-
-QMessageBox::StandardButton buttonOf(Answer answer) {
-  if (answer == Answer::Yes) return QMessageBox::Yes;
-  if (answer == Answer::No) return QMessageBox::No;
-  return answer == Answer::Cancel ? QMessageBox::Cancel : QMessageBox::Ok;
-}
 
 // The real window, driven by events of mouse and keyboard, and its dialogs, answered as they appear.
 class WindowDriver : public QObject, public Driver {
@@ -285,19 +252,7 @@ class WindowDriver : public QObject, public Driver {
     ShownDialog shown{dialog.acceptMode() == QFileDialog::AcceptSave, form()->CMD};
     shown.properties.DialogTitle = fromQt(dialog.windowTitle());
     stage_.dialog = shown;
-    if (const std::optional<std::u16string> path = stage_.nextPick()) {
-      // The user goes to the folder and types the name over the one that is offered. (The list would drop its selection
-      // by itself, but only when it has read the folder.)
-      const QFileInfo picked(toQt(*path));
-      const bool reachable = QFileInfo(picked.path()).isDir();
-      if (reachable) dialog.setDirectory(picked.path());
-      auto* name = dialog.findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
-      dialog.findChild<QListView*>(QStringLiteral("listView"))->clearSelection();
-      name->selectAll();
-      name->insert(reachable ? picked.fileName() : picked.filePath());
-      const auto standard = shown.save ? QDialogButtonBox::Save : QDialogButtonBox::Open;
-      dialog.findChild<QDialogButtonBox*>()->button(standard)->click();
-    }
+    if (const std::optional<std::u16string> path = stage_.nextPick()) typeName(dialog, toQt(*path));
     if (dialog.isVisible()) dialog.reject();
   }
 
@@ -372,25 +327,6 @@ class WindowDriver : public QObject, public Driver {
     if (what == "SelText") return fromQt(text.text(start, end));
     if (what == "Visible") return window_->scriptView().contentShown();
     if (what == "TabStop") return (window_->scriptView().focusPolicy() & Qt::TabFocus) != 0;
-    return std::nullopt;
-  }
-
-  static std::optional<Value> readBox(const QLineEdit& box, const std::string& what) {
-    if (what == "Text") return fromQt(box.text());
-    if (what == "SelStart") return std::int64_t{box.hasSelectedText() ? box.selectionStart() : box.cursorPosition()};
-    if (what == "SelLength") return std::int64_t{box.selectionLength()};
-    if (what == "SelText") return fromQt(box.selectedText());
-    if (what == "Visible") return !box.isHidden();
-    if (what == "ForeColor") return std::int64_t{colorNumber(box.palette().color(QPalette::Text))};
-    if (what == "BackColor") return std::int64_t{colorNumber(box.palette().color(QPalette::Base))};
-    return std::nullopt;
-  }
-
-  std::optional<Value> readAction(const QAction& action, const std::string& what) const {
-    if (action.isSeparator()) return std::nullopt;
-    if (what == "Caption") return fromQt(action.text());
-    if (what == "Enabled") return action.isEnabled();
-    if (what == "Checked") return action.isChecked();
     return std::nullopt;
   }
 
