@@ -122,7 +122,7 @@ class ScenarioExpectations : public ScenarioState {
     if (takeIf(u"missing")) return expect(what, !there, "missing", "a file");
     const std::string expected = takeBytes();
     if (!there) return expect(what, false, "a file", "none");
-    compareTexts(what, codePage_->decode(expected), codePage_->decode(folder_.get(path.string())));
+    compareTexts(what, codePage_->decode(expected), codePage_->decode(readFile(path)));
   }
   void expectRegistry() {
     const std::uint32_t root = takeRoot();

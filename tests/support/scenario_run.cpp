@@ -1,6 +1,5 @@
 #include "support/scenario_run.h"
 
-#include <fstream>
 #include <random>
 
 #include "support/keys.h"
@@ -11,11 +10,6 @@ namespace dravenna {
 namespace fs = std::filesystem;
 
 namespace {
-
-std::string readFile(const fs::path& path) {
-  std::ifstream in(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(in), {}};
-}
 
 // What `random` looks at behind each step.
 constexpr const char* kSeen[] = {"N.Text",       "N.SelStart",    "N.SelLength", "N.SelColor",    "EDT.Text",

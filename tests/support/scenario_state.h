@@ -4,6 +4,8 @@
 #include <cstdio>
 #include <deque>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <map>
 #include <optional>
 #include <utility>
@@ -17,6 +19,11 @@
 #include "text/text.h"
 
 namespace dravenna {
+
+inline std::string readFile(const std::filesystem::path& path) {
+  std::ifstream in(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(in), {}};
+}
 
 inline std::int64_t wholeNumber(std::u16string_view word) {
   const std::string text = toUtf8(word);
