@@ -37,7 +37,11 @@ void Principal::Form_KeyDown(std::int16_t& KeyCode, std::int16_t Shift) {
       const bool forward = KeyCode == kKeyDown;
       KeyCode = 0;
       if (EDT.Visible) press(kKeyEnter, 0);
-      MoveToText(forward, Shift);
+      if (forward) {
+        GoNextText(Shift);
+      } else {
+        GoPrevText(Shift);
+      }
       break;
     }
     case kKeyF:
@@ -77,7 +81,11 @@ void Principal::N_KeyDown(std::int16_t& KeyCode, std::int16_t Shift) {
         std::int16_t enter = kKeyEnter;
         Form_KeyDown(enter, 0);
       }
-      MoveToText(forward, Shift);
+      if (forward) {
+        GoNextText(Shift);
+      } else {
+        GoPrevText(Shift);
+      }
       break;
     }
     case kKeyE:

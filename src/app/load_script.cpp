@@ -73,7 +73,7 @@ void Principal::LoadScript() {
   N.Visible = true;
   form.Caption = std::u16string(kCaption) + u" [" + ScriptPath + u"]";
   if (ScriptLoaded) {
-    MoveToText(true, 0);
+    GoNextText(0);
   } else {
     N.setSelStart(0);
   }

@@ -161,6 +161,8 @@ class Principal {
   std::u16string_view selectedPart(std::u16string_view whole) const;
   void ReplaceTitle(std::u16string_view Text);
   void writeScript(std::u16string_view text);  // whole, to its file
+  void GoNextText(std::int16_t Shift);
+  void GoPrevText(std::int16_t Shift);
   void MoveToText(bool Forward, std::int16_t Shift);
   void openSearch();
   void openColorPick();

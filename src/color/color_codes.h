@@ -25,7 +25,7 @@ void appendWithoutColor(std::basic_string_view<Char> text, std::basic_string<Cha
 template <class Char>
 std::basic_string_view<Char> withoutColor(std::basic_string_view<Char> text, std::basic_string<Char>& buffer);
 
-// "^" and six upper-case digits.
+// "^" and six digits, each 0 to 9 or A to F: two for red, two for green, two for blue.
 std::u16string RGB2HTMLColor(std::uint8_t r, std::uint8_t g, std::uint8_t b);
 
 // What the picker shows of the text around a selection: 60 characters at most, without codes.
