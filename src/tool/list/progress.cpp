@@ -97,7 +97,9 @@ Rows rowsOfMissing(const Session& session, const ProgressOptions& options, const
 }  // namespace
 
 Progress::State stateOf(std::string_view original, std::string_view now) {
-  return withoutColor(original) == withoutColor(now) && hasLetter(now) ? Progress::ToDo : Progress::Translated;
+  const std::string plain = withoutColor(now);
+  const bool isBlank = plain.find_first_not_of(' ') == std::string::npos;
+  return hasLetter(original) && (isBlank || plain == withoutColor(original)) ? Progress::ToDo : Progress::Translated;
 }
 
 void Progress::add(State state, std::size_t words) {

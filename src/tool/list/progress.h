@@ -36,7 +36,7 @@ struct Progress {
   unsigned percent() const;  // of the texts, translated; 100 only when all are
 };
 
-// The state of a text with a record. One without a letter has nothing to translate.
+// The state of a text with a record. One without a letter has nothing to translate; blanks alone are no translation.
 Progress::State stateOf(std::string_view original, std::string_view now);
 
 // Calls each(state, original text) for the texts of a script with a record. What stands for no text of the original is
