@@ -156,7 +156,7 @@ void addMergeSettings(Verb verb, MergeSettings& settings) {
 }
 
 CodePagePtr theirPageOf(const MergeSettings& settings) {
-  const CodePagePtr page = settings.theirPage.empty() ? nullptr : codePageByName(settings.theirPage);
+  CodePagePtr page = settings.theirPage.empty() ? nullptr : codePageByName(settings.theirPage);
   if (page || settings.theirPage.empty()) return page;
   throw UsageError(fmt::format("--their-codepage: {} is no code page that is supported", settings.theirPage));
 }

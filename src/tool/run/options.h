@@ -53,6 +53,7 @@ class Verb {
   void choice(const char* name, Value& value, const char* type, const char* about,
               const std::map<std::string, Value>& choices) {
     std::vector<std::string> words;
+    words.reserve(choices.size());
     for (const auto& [word, meaning] : choices) words.push_back(word);
     choice(
         name, [&value, choices](const std::string& word) { value = choices.at(word); }, type, about, words);

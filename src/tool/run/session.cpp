@@ -142,7 +142,7 @@ std::string partnerIn(TreeFiles& files, const std::string& tree, const Script& s
 std::string scriptIn(const Session& session, const std::string& tree, const Script& exchangeFile) {
   TreeFiles& files = *session.files;
   if (files.pathKind(tree) == PathKind::File) return tree;
-  const std::string path = joinPath(tree, withExtension(relativeIn(files, tree, exchangeFile), ".txt"));
+  std::string path = joinPath(tree, withExtension(relativeIn(files, tree, exchangeFile), ".txt"));
   if (files.pathKind(path) == PathKind::File) return path;
   for (const std::string& pattern : session.include) {
     const std::size_t dot = pattern.rfind('.');
