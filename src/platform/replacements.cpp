@@ -22,6 +22,13 @@ void removeFile(const std::filesystem::path& path) {
   failOn(error, path);
 }
 
+bool isLink(const std::filesystem::path& path) {
+  std::error_code error;
+  const bool link = std::filesystem::is_symlink(path, error);
+  failOn(error, path);
+  return link;
+}
+
 void allowToRun(const std::filesystem::path& path) {
   using std::filesystem::perms;
   std::error_code error;

@@ -74,6 +74,8 @@ std::unique_ptr<TreeFiles> makeTreeFiles();
 
 // These throw Failure. What is missing is removed already; a system without the right has nothing to give.
 void removeFile(const std::filesystem::path& path);
+// Whether the path itself is a link, wherever it leads.
+bool isLink(const std::filesystem::path& path);
 void allowToRun(const std::filesystem::path& path);
 
 // Replaces files, all or nothing each: new contents go to a temporary file beside the old one. Permission bits are

@@ -18,6 +18,12 @@ Examples:
   dravenna-lxf git setup --hook --codepage 874     checks each commit, too
   dravenna-lxf git setup --undo)";
 
+// As the PATH finds it where the system does not tell, as without /proc.
+std::string programName() {
+  const std::string file = executableFile().generic_string();
+  return file.empty() ? "dravenna-lxf" : file;
+}
+
 struct SetupOptions : MergeSettings {
   bool hook = false;
   bool dryRun = false;
@@ -182,7 +188,7 @@ class GitSetup {
   const SetupOptions& options_;
   std::string attributes_ = joinPath(askTree({"rev-parse", "--show-toplevel"}), ".gitattributes");
   std::string hook_ = askTree({"rev-parse", "--path-format=absolute", "--git-path", "hooks/pre-commit"});
-  std::string tool_ = quotedForShell(executableFile().generic_string());
+  std::string tool_ = quotedForShell(programName());
 };
 
 }  // namespace

@@ -3,7 +3,6 @@
 #include <fmt/core.h>
 
 #include <algorithm>
-#include <filesystem>
 #include <unordered_set>
 
 #include "platform/failure.h"
@@ -116,7 +115,7 @@ void MergeRun::write(const MergedFile& merged) {
     replacement->write(merged.bytes);
     replacement->close();
     // Some systems bring to disk at once what is renamed over a file, which takes longer than the merge.
-    if (!std::filesystem::is_symlink(options_.out)) removeFile(options_.out);
+    if (!isLink(options_.out)) removeFile(options_.out);
     replacement->place();
   } else {
     replaceScript(session_, options_.out, merged.bytes, {});
